@@ -1,0 +1,3 @@
+#include "arithmparammgr.h"
+
+char gszErrVerMsg[33] = "ArithmParamMgr version mismatch.";

@@ -1,0 +1,1 @@
+#include "DataSource/datasource.h"

@@ -1,0 +1,1 @@
+#include "arithmMgr/arithmregister.h"

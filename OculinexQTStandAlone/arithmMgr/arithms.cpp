@@ -1,0 +1,1 @@
+#include "arithmMgr/arithms.h"

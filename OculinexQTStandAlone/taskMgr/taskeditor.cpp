@@ -1,0 +1,1 @@
+#include "taskMgr/taskMgr.h"

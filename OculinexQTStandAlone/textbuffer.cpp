@@ -1,0 +1,53 @@
+#include "textbuffer.h"
+
+#include <cstring>
+#include <limits>
+#include <new>
+
+#include "qguard.h"
+
+namespace
+{
+int grownLength(int nBuffLen, int nTextLen)
+{
+    qint64 nLength = nBuffLen;
+    while (nTextLen >= nLength) {
+        nLength = nLength * 3 / 2;
+        // A length of 0 or 1 (a host may write the boundary buffer's length) would never grow.
+        if (nLength < 2)
+            nLength = TextBuffer::INITIAL_LENGTH;
+    }
+    return static_cast<int>(qMin<qint64>(nLength, std::numeric_limits<int>::max()));
+}
+} // namespace
+
+char *TextBuffer::create()
+{
+    return new char[INITIAL_LENGTH]();
+}
+
+void TextBuffer::store(const QByteArray &achText, char *&pchBuffer, int &nBuffLen)
+{
+    const int nGrown = grownLength(nBuffLen, achText.size());
+    if (nGrown > nBuffLen) {
+        if (char *pchGrown = new (std::nothrow) char[static_cast<size_t>(nGrown)]) {
+            delete[] pchBuffer;
+            pchBuffer = pchGrown;
+            nBuffLen = nGrown;
+        }
+    }
+    const int nCopied = qMin(achText.size(), nBuffLen - 1);
+    memcpy(pchBuffer, achText.constData(), static_cast<size_t>(nCopied));
+    pchBuffer[nCopied] = '\0';
+}
+
+char *TextBuffer::storeShared(const QByteArray &achText, char *&pchBuffer, int &nBuffLen, QMutex &cMutex)
+{
+    {
+        QGuard cGuard(cMutex);
+        store(achText, pchBuffer, nBuffLen);
+    }
+    thread_local QByteArray s_achCopy;
+    s_achCopy = achText;
+    return s_achCopy.data();
+}

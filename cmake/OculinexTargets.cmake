@@ -1,0 +1,70 @@
+# What all targets of the project share.
+
+set(CMAKE_CXX_STANDARD 17)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_AUTOMOC ON)
+set(CMAKE_AUTOUIC ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+
+add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion
+    # Fused multiplies would round differently on ARM.
+    -ffp-contract=off)
+
+# A host's own `void init()` must not capture the library's calls to its init(), while data stays
+# open to being shared with the host.
+function(oculinex_bind_functions target)
+    target_link_options(${target} PRIVATE -Wl,-Bsymbolic-functions)
+endfunction()
+
+# oculinex_add_library(<name> HEADERS <installed headers…> SOURCES <…> LIBRARIES <public libraries…>)
+# makes one of the shared libraries: export header, soname, installed headers and pkg-config file.
+function(oculinex_add_library name)
+    cmake_parse_arguments(ARG "" "" "HEADERS;SOURCES;LIBRARIES;PKGCONFIG_DEPS" ${ARGN})
+    add_library(${name} SHARED ${ARG_SOURCES} ${ARG_HEADERS})
+    add_library(Oculinex::${name} ALIAS ${name})
+    generate_export_header(${name})
+    set_target_properties(${name} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION 1)
+    oculinex_bind_functions(${name})
+    target_compile_features(${name} PUBLIC cxx_std_17)
+    target_include_directories(${name} PUBLIC
+        "$<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR};${CMAKE_CURRENT_BINARY_DIR}>"
+        "$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/oculinex>")
+    target_link_libraries(${name} PUBLIC ${ARG_LIBRARIES})
+
+    install(TARGETS ${name} EXPORT OculinexQTStandAloneTargets
+        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+    string(TOLOWER ${name} lower)
+    list(APPEND ARG_HEADERS ${CMAKE_CURRENT_BINARY_DIR}/${lower}_export.h)
+    foreach(header IN LISTS ARG_HEADERS)
+        get_filename_component(folder ${header} DIRECTORY)
+        if(IS_ABSOLUTE ${header})
+            set(folder "")
+        endif()
+        install(FILES ${header} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/oculinex/${folder})
+    endforeach()
+    ecm_generate_pkgconfig_file(BASE_NAME ${name} LIB_NAME ${name} DEPS ${ARG_PKGCONFIG_DEPS}
+        INCLUDE_INSTALL_DIR ${CMAKE_INSTALL_INCLUDEDIR}/oculinex
+        LIB_INSTALL_DIR ${CMAKE_INSTALL_LIBDIR}
+        DESCRIPTION "${PROJECT_DESCRIPTION}" INSTALL)
+endfunction()
+
+# oculinex_add_plugin(<name> FOLDER baseArithm|extArithm|DataSource SOURCES <…> LIBRARIES <…>
+#                     [OUTPUT_DIR <directory that holds the folders>])
+# makes a plug-in, placed where the hosts of the build tree look for it.
+function(oculinex_add_plugin name)
+    cmake_parse_arguments(ARG "" "FOLDER;OUTPUT_DIR" "SOURCES;LIBRARIES" ${ARGN})
+    add_library(${name} MODULE ${ARG_SOURCES})
+    if(NOT ARG_OUTPUT_DIR)
+        set(ARG_OUTPUT_DIR ${OCULINEX_BIN_DIR})
+        install(TARGETS ${name}
+            LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/oculinex/${ARG_FOLDER})
+    endif()
+    set_target_properties(${name} PROPERTIES PREFIX ""
+        LIBRARY_OUTPUT_DIRECTORY ${ARG_OUTPUT_DIR}/${ARG_FOLDER})
+    oculinex_bind_functions(${name})
+    target_link_libraries(${name} PRIVATE ${ARG_LIBRARIES})
+endfunction()
