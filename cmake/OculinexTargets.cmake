@@ -62,9 +62,13 @@ function(oculinex_add_plugin name)
         set(ARG_OUTPUT_DIR ${OCULINEX_BIN_DIR})
         install(TARGETS ${name}
             LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/oculinex/${ARG_FOLDER})
+        add_dependencies(oculinex-demo ${name})
     endif()
     set_target_properties(${name} PROPERTIES PREFIX ""
         LIBRARY_OUTPUT_DIRECTORY ${ARG_OUTPUT_DIR}/${ARG_FOLDER})
     oculinex_bind_functions(${name})
     target_link_libraries(${name} PRIVATE ${ARG_LIBRARIES})
 endfunction()
+
+# What "./dev run" needs: the command-line host and every plug-in.
+add_custom_target(oculinex-demo)

@@ -1,0 +1,84 @@
+#!/usr/bin/env bash
+# run.sh BUILD SOURCE COMPILER CMAKE LIBDIR: installs the build into an empty prefix and uses it from
+# outside the tree: sonames, symbols, headers, the example host with CMake and with pkg-config.
+set -euo pipefail
+build=$1 source=$2 compiler=$3 cmake=$4 libdir=$5
+prefix=$(mktemp -d)
+trap 'rm -rf "$prefix"' EXIT
+fail() { echo "FAILED: $*" >&2; exit 1; }
+
+"$cmake" --install "$build" --prefix "$prefix" >/dev/null
+lib=$prefix/$libdir
+task=$lib/libOculinexQTStandAlone.so.1 store=$lib/libArithmParamMgr.so.1
+export PKG_CONFIG_PATH=$lib/pkgconfig LD_LIBRARY_PATH=$lib
+
+for file in "$task" "$store"; do
+    readelf -d "$file" | grep -q "SONAME.*\[$(basename "$file")\]" || fail "$file has another soname"
+done
+
+# Every exported function and global of the host interface, and nothing of the library's inside.
+symbols=$(nm -DC --defined-only "$task")
+while read -r symbol; do
+    grep -qF " $symbol" <<<"$symbols" || fail "$symbol is not exported"
+done <<'NAMES'
+B gbInited
+D gMaxMsgNum
+D gnBuffLenForStandAlone
+gpchConfigStrForStandAlone
+glstErrMsg
+glstOutputMsg
+gMtxErr
+gMtxOutput
+gszBlank
+gszErrVerMsg
+T transConfigStr(QString)
+T FuncHaveErrorMessage(QString)
+T FuncHavePrintMessage(QString)
+T getErrMsg(char*, int)
+T getOutputMsg(char*, int)
+T init()
+T openTasksFile(char*)
+T saveTasksFile(char*)
+T startAllTasks()
+T stopAllTasks()
+T startTask(int)
+T stopTask(int)
+T runAllTasksOnce()
+T runTaskOnce(int)
+T IsTaskRunning(bool&, int)
+T OculinexQtStandAlone::getInstance()
+NAMES
+nm -DC --defined-only "$store" | grep -q gszErrVerMsg || fail "the store does not export gszErrVerMsg"
+helpers=$(grep -E 'TextBuffer|PluginLoader|TaskRecord|guardedCall|lcTask|lcPlugin' <<<"$symbols" || true)
+[ -z "$helpers" ] || fail "internal names are exported: $helpers"
+
+# Each installed header compiles by itself with what pkg-config tells.
+read -ra flags < <(pkg-config --cflags OculinexQTStandAlone)
+find "$prefix/include" -name '*.h' | while read -r header; do
+    "$compiler" -std=c++17 -fPIC -fsyntax-only -Wall -Wextra -x c++ "${flags[@]}" -include "$header" /dev/null ||
+        fail "$header does not compile by itself"
+done
+
+# The host's two ways of finding the library; the interface's types; names that the host has as well.
+read -ra libs < <(pkg-config --libs OculinexQTStandAlone)
+"$compiler" -std=c++17 -fPIC "$source/examples/host/main.cpp" "${flags[@]}" "${libs[@]}" -o "$prefix/host-pkgconfig"
+for program in interface capture; do
+    "$compiler" -std=c++17 -fPIC "$source/tests/install/$program.cpp" "${flags[@]}" "${libs[@]}" \
+        -o "$prefix/$program"
+done
+"$cmake" -S "$source/examples/host" -B "$prefix/host-cmake" -DCMAKE_PREFIX_PATH="$prefix" \
+    -DCMAKE_CXX_COMPILER="$compiler" >/dev/null
+"$cmake" --build "$prefix/host-cmake" >/dev/null
+
+cd "$source"
+"$prefix/interface" || fail "interface"
+"$prefix/capture" "$source/examples/coins.tasks" || fail "capture"
+for host in "$prefix/host-pkgconfig" "$prefix/host-cmake/host"; do
+    # Hosts find plug-ins beside themselves.
+    cp -r "$lib/oculinex/." "$(dirname "$host")/"
+    "$host" missing.tasks 2>/dev/null && fail "$host takes a missing file for good"
+    "$host" examples/coins.tasks 2 >"$prefix/out" 2>&1 || fail "$host: $(cat "$prefix/out")"
+    grep -q . "$prefix/out" || fail "$host printed nothing"
+    grep -q '^error' "$prefix/out" && fail "$host: $(cat "$prefix/out")"
+done
+echo "installed, found by CMake and pkg-config, and run"
