@@ -29,6 +29,8 @@ function(oculinex_add_library name)
     generate_export_header(${name})
     set_target_properties(${name} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION 1)
     oculinex_bind_functions(${name})
+    # A host that unloads the library never takes the code from under a running thread.
+    target_link_options(${name} PRIVATE -Wl,-z,nodelete)
     target_compile_features(${name} PUBLIC cxx_std_17)
     target_include_directories(${name} PUBLIC
         "$<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR};${CMAKE_CURRENT_BINARY_DIR}>"

@@ -1,1 +1,73 @@
 #include "arithmMgr/arithms.h"
+
+#include <QVarLengthArray>
+
+#include "guardedcall.h"
+#include "logging.h"
+
+namespace
+{
+void logFailure(const char *szFunction, const QString &strID, const QString &strWhat)
+{
+    qCWarning(lcPlugin).noquote() << szFunction << "of the algorithm" << strID << "failed:" << strWhat;
+}
+} // namespace
+
+Arithm::Arithm(bool bExtLib, fnGetID fnID, fnShowConfigWindow fnWindow, fnExecute fnExec)
+    : m_fnGetID(fnID), m_fnShowConfigWindow(fnWindow), m_fnExecute(fnExec), m_bExtLib(bExtLib)
+{
+}
+
+QString Arithm::getID()
+{
+    if (!m_fnGetID)
+        return {};
+    return guardedCall([this] { return textFromPlugin(m_fnGetID()); },
+                       [](const QString &strWhat) {
+                           logFailure("getID", QString(), strWhat);
+                           return QString();
+                       });
+}
+
+QString Arithm::showConfigWindow(QString strConfig, ArithmParamMgr *pcAPM)
+{
+    if (!m_fnShowConfigWindow)
+        return {};
+    return guardedCall(
+        [&] {
+            QByteArray achConfig = strConfig.toUtf8();
+            return textFromPlugin(m_fnShowConfigWindow(achConfig.data(), pcAPM, true));
+        },
+        [this](const QString &strWhat) {
+            logFailure("showConfigWindow", getID(), strWhat);
+            return QString();
+        });
+}
+
+QString Arithm::execute(QString &strConfig, ArithmParamMgr *pcAPM)
+{
+    return execute(strConfig.toUtf8(), pcAPM);
+}
+
+QString Arithm::execute(const QByteArray &achConfig, ArithmParamMgr *pcAPM)
+{
+    if (!m_fnExecute)
+        return {};
+    return guardedCall(
+        [&] {
+            // A copy, because the algorithm may write into the text that it is given.
+            QVarLengthArray<char, 1024> achCopy;
+            achCopy.append(achConfig.constData(), achConfig.size());
+            achCopy.append('\0');
+            return textFromPlugin(m_fnExecute(achCopy.data(), pcAPM));
+        },
+        [this](const QString &strWhat) {
+            logFailure("execute", getID(), strWhat);
+            return strWhat;
+        });
+}
+
+bool Arithm::IsExtLib()
+{
+    return m_bExtLib;
+}

@@ -1,0 +1,38 @@
+#ifndef GUARDEDCALL_H
+#define GUARDEDCALL_H
+
+#include <cxxabi.h>
+
+#include <cstring>
+#include <exception>
+
+#include <QString>
+
+/// Calls into code that is not the library's own (private header).
+
+/// The text that a plug-in handed out: UTF-8 with bad bytes as U+FFFD, null as the empty text.
+inline QString textFromPlugin(const char *szText)
+{
+    // A QString holds less than 2^30 characters; what is longer is cut.
+    constexpr size_t MAX_LENGTH = (size_t(1) << 30) - 64;
+    return szText ? QString::fromUtf8(szText, static_cast<int>(strnlen(szText, MAX_LENGTH))) : QString();
+}
+
+/// The result of fnCall(). When an exception leaves it, its text goes to fnFailed(const QString &)
+/// and that function's result is returned instead. The unwinding of a thread that is cancelled or
+/// exits is passed on.
+template <typename Call, typename Failed>
+auto guardedCall(const Call &fnCall, const Failed &fnFailed) -> decltype(fnCall())
+{
+    try {
+        return fnCall();
+    } catch (const abi::__forced_unwind &) {
+        throw;
+    } catch (const std::exception &cError) {
+        return fnFailed(textFromPlugin(cError.what()));
+    } catch (...) {
+        return fnFailed(QStringLiteral("unknown exception"));
+    }
+}
+
+#endif

@@ -1,0 +1,105 @@
+#include "pluginloader.h"
+
+#include <elf.h>
+#include <link.h>
+
+#include <cstring>
+#include <memory>
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+#include "guardedcall.h"
+#include "logging.h"
+
+namespace
+{
+constexpr unsigned char NATIVE_CLASS = sizeof(void *) == 8 ? ELFCLASS64 : ELFCLASS32;
+constexpr unsigned char NATIVE_DATA = Q_BYTE_ORDER == Q_LITTLE_ENDIAN ? ELFDATA2LSB : ELFDATA2MSB;
+
+/// Whether a library of this machine's kind ends before its segments do (a copy that was broken
+/// off). The loader maps such a file all the same, and touching what is missing kills the process.
+bool isTruncated(const QString &strPath)
+{
+    QFile cFile(strPath);
+    ElfW(Ehdr) cHeader;
+    if (!cFile.open(QIODevice::ReadOnly) ||
+        cFile.read(reinterpret_cast<char *>(&cHeader), sizeof cHeader) != qint64(sizeof cHeader) ||
+        memcmp(cHeader.e_ident, ELFMAG, SELFMAG) != 0 || cHeader.e_ident[EI_CLASS] != NATIVE_CLASS ||
+        cHeader.e_ident[EI_DATA] != NATIVE_DATA || cHeader.e_phentsize != sizeof(ElfW(Phdr)))
+        return false; // the loader itself refuses these
+    const quint64 nSize = static_cast<quint64>(cFile.size());
+    std::vector<ElfW(Phdr)> vSegments(cHeader.e_phnum);
+    const qint64 nTableSize = qint64(vSegments.size() * sizeof(ElfW(Phdr)));
+    if (cHeader.e_phoff > nSize || !cFile.seek(static_cast<qint64>(cHeader.e_phoff)) ||
+        cFile.read(reinterpret_cast<char *>(vSegments.data()), nTableSize) != nTableSize)
+        return true;
+    for (const ElfW(Phdr) & cSegment : vSegments)
+        if (cSegment.p_type == PT_LOAD &&
+            (cSegment.p_offset > nSize || cSegment.p_filesz > nSize - cSegment.p_offset))
+            return true;
+    return false;
+}
+
+/// Libraries that stay loaded though no registry lists them.
+std::vector<std::unique_ptr<QLibrary>> &keptLibraries()
+{
+    static auto *s_pvKept = new std::vector<std::unique_ptr<QLibrary>>;
+    return *s_pvKept;
+}
+} // namespace
+
+QString PluginLoader::applicationDir()
+{
+    if (QCoreApplication::instance())
+        return QCoreApplication::applicationDirPath();
+    return QFileInfo(QFile::symLinkTarget(QStringLiteral("/proc/self/exe"))).path();
+}
+
+void PluginLoader::loadAll(const QString &strFolder, const std::vector<const char *> &vSymbolNames,
+                           const FoundCallback &fnFound, const FailedCallback &fnFailed)
+{
+    const QDir cDir(applicationDir() + QLatin1Char('/') + strFolder);
+    for (const QFileInfo &cFile : cDir.entryInfoList(QDir::Files)) {
+        if (!cFile.fileName().endsWith(QLatin1String(".so"), Qt::CaseInsensitive))
+            continue;
+        const QString strPath = cFile.absoluteFilePath();
+        if (isTruncated(strPath)) {
+            fnFailed(QStringLiteral("Cannot load library %1: (file too short)").arg(strPath));
+            continue;
+        }
+        auto pcLibrary = std::make_unique<QLibrary>(strPath);
+        // All symbols are bound now: one that is missing is an error text here and the end of the
+        // process when it is met in a call.
+        pcLibrary->setLoadHints(QLibrary::PreventUnloadHint | QLibrary::ResolveAllSymbolsHint);
+        if (!pcLibrary->load()) {
+            fnFailed(pcLibrary->errorString());
+            continue;
+        }
+        std::vector<QFunctionPointer> vSymbols;
+        for (const char *szName : vSymbolNames) {
+            vSymbols.push_back(pcLibrary->resolve(szName));
+            if (!vSymbols.back()) {
+                qCInfo(lcPlugin).noquote() << strPath << "is no plug-in: it lacks" << szName;
+                break;
+            }
+        }
+        if (vSymbols.back())
+            fnFound(pcLibrary.release(), vSymbols);
+        else
+            keptLibraries().push_back(std::move(pcLibrary));
+    }
+}
+
+QString PluginLoader::selfDescription(const QLibrary &cLibrary, const char *szFunction,
+                                      QFunctionPointer fnText)
+{
+    return guardedCall([&] { return textFromPlugin(reinterpret_cast<const char *(*)()>(fnText)()); },
+                       [&](const QString &strWhat) {
+                           qCWarning(lcPlugin).noquote()
+                               << szFunction << "of" << cLibrary.fileName() << "failed:" << strWhat;
+                           return QString();
+                       });
+}
