@@ -1,0 +1,102 @@
+#ifndef TASKRECORD_H
+#define TASKRECORD_H
+
+#include <atomic>
+#include <condition_variable>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+#include "taskMgr/taskstatus.h"
+
+class TaskInfo;
+
+/// The figures of one start of a task, or of one single run. One thread writes them, any may read.
+class RunFigures
+{
+public:
+    explicit RunFigures(int nSteps) : m_lstStep(static_cast<size_t>(nSteps)) {}
+
+    void beginStep(int nStep, qint64 nNowNs);
+    void endStep(int nStep, qint64 nNowNs, const QString &strResult);
+    void endRun(qint64 nBeganNs, qint64 nNowNs);
+    void setPicture(qint64 nNowNs);
+    void setError(const QString &strError); ///< also counts the failure
+    void setDataSourceError(const QString &strError);
+
+    void read(TaskStatus &cStatus) const;
+
+private:
+    struct StepFigures {
+        std::atomic<qint64> m_nExecutions{0};
+        std::atomic<qint64> m_nLastNs{0};
+        std::atomic<qint64> m_nTotalNs{0};
+        std::atomic<qint64> m_nWorstNs{0};
+        QString m_strLastResult; ///< under m_cTextLock
+    };
+
+    void setText(QString &strOld, const QString &strNew);
+
+    std::atomic<qint64> m_nRuns{0};
+    std::atomic<qint64> m_nPictures{0};
+    std::atomic<qint64> m_nFailures{0};
+    std::atomic<qint64> m_nLastRunNs{0};
+    std::atomic<qint64> m_nTotalRunNs{0};
+    std::atomic<qint64> m_nWorstRunNs{0};
+    std::atomic<qint64> m_nPictureNs{-1}; ///< when the last picture came
+    std::atomic<int> m_nCurrentStep{-1};
+    std::atomic<qint64> m_nStepBeganNs{0};
+    std::vector<StepFigures> m_lstStep;
+    mutable std::mutex m_cTextLock;
+    QString m_strError;
+    QString m_strDataSourceError;
+};
+
+/// What the library keeps of a task beside the task itself. It outlives the task for as long as the
+/// task's thread needs it.
+class TaskRecord
+{
+public:
+    explicit TaskRecord(TaskInfo *pcTask) : m_pcTask(pcTask) {}
+
+    static std::shared_ptr<TaskRecord> of(const TaskInfo *pcTask);
+
+    /// The latch: a thread enters before it is made and leaves when it will touch neither the task
+    /// nor anything of it again. Waiting returns at once on a thread that has entered itself.
+    void enterThread();
+    void leaveThread();
+    void waitForThreads();
+    /// False when threads are still in after that time.
+    bool waitForThreads(int nTimeoutMs);
+    bool hasThreads() const;
+    /// Tells the record that the calling thread is the one that entered.
+    void claimThread();
+
+    /// Fresh figures, or none when the status functions are off.
+    std::shared_ptr<RunFigures> renewFigures(int nSteps);
+    std::shared_ptr<RunFigures> figures() const;
+
+    TaskInfo *const m_pcTask;
+
+private:
+    mutable std::mutex m_cLock;
+    std::condition_variable m_cLeft;
+    int m_nThreads = 0;
+    std::shared_ptr<RunFigures> m_pcFigures;
+};
+
+/// Nanoseconds of a clock that is never set back.
+qint64 steadyNs();
+
+/// Called last by the task's constructor.
+void createTaskRecord(TaskInfo *pcTask);
+/// Called first by the task's destructor: stops the thread and waits until it touches the task no
+/// more.
+void stopForDestruction(TaskInfo *pcTask);
+
+/// At the end of the process: asks every running task to stop and waits a bounded time. A thread
+/// that comes back later than that must not go on: the library's objects are going.
+void stopTasksForExit();
+bool isProcessEnding();
+
+#endif
