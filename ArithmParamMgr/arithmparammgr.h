@@ -69,7 +69,8 @@ public:
     /// Makes the picture nWidth x nHeight. Contents are undefined afterwards, but memory that was
     /// newly allocated is 0. A buffer that is large enough is kept, so that pictures of one size
     /// allocate once. A size that is negative, overflows or cannot be allocated, and a width or
-    /// height of 0, leave the picture empty.
+    /// height of 0, leave the picture empty; so does a picture of 2 GiB or more, whose bytes an int
+    /// cannot count. Buffers are aligned to 64 bytes.
     void resize(int nWidth, int nHeight);
 
     unsigned char *m_puchDIB;
@@ -314,8 +315,9 @@ public:
     class ARITHMPARAMMGR_EXPORT Resource
     {
     public:
-        Resource();
-        ~Resource();
+        /// Needs no code before main() and none at exit: static constructors and threads that
+        /// outlive main() may use resources.
+        constexpr Resource() {}
         Resource(const Resource &) = delete;
         Resource &operator=(const Resource &) = delete;
 
@@ -323,10 +325,10 @@ public:
         void release();             ///< gives one back; ignored when none is held
         void setMaxCount(int nMax); ///< at least 1
 
-        pthread_cond_t m_cCond;
-        pthread_mutex_t m_cMutex;
-        int m_nMaxCount; ///< 1 at first
-        int m_nCurCount; ///< how many are held now
+        pthread_cond_t m_cCond = PTHREAD_COND_INITIALIZER;
+        pthread_mutex_t m_cMutex = PTHREAD_MUTEX_INITIALIZER;
+        int m_nMaxCount = 1;
+        int m_nCurCount = 0; ///< how many are held now
     };
 
     /// The kinds of parameters, in the order of the maps.
@@ -399,7 +401,7 @@ public:
     void removeParamDoubles(int nID);
     void removeParamBools(int nID);
 
-    /// What the store holds, by kind and ascending ID.
+    /// What the store holds, by kind and ascending ID, at one moment.
     QList<Entry> snapshot() const;
     /// Copies of one list at one moment, safe against a task that fills it and against clean() and
     /// removeParam…(); empty when there is no such parameter (none is created). The name goes to
@@ -411,10 +413,12 @@ public:
     QList<QString> snapshotStrings(int nID, QString *pstrName = nullptr) const;
 
     /// Holds one of the counted resources 0 to 9, waiting for as long as it takes; returns zero at
-    /// once for another number.
+    /// once for another number. Whoever holds one may be any thread, and any thread may give it back.
     static int requestResource(int nIndex);
     static int releaseResource(int nIndex);
-    /// The shared variables 0 to 255 of the process; another number reads 0 and writes nothing.
+    /// The shared variables 0 to 255 of the process, guarded by s_cMutexForVar; another number reads
+    /// 0 and writes nothing. A caller that holds that mutex, to read and write at one moment, uses
+    /// s_anShare itself.
     static long long getInt64(int nIndex);
     static void setInt64(int nIndex, long long nValue);
 
