@@ -4,8 +4,6 @@
 #include <chrono>
 #include <unordered_map>
 
-#include <unistd.h>
-
 #include <QElapsedTimer>
 
 #include "taskMgr/taskMgr.h"
@@ -207,17 +205,10 @@ void createTaskRecord(TaskInfo *pcTask)
     cTable.m_mapRecord[pcTask] = std::move(pcRecord);
 }
 
-void stopForDestruction(TaskInfo *pcTask)
+void forgetTaskRecord(TaskInfo *pcTask)
 {
-    if (pcTask->m_hThread != 0) {
-        pcTask->m_bExit = true;
-        while (!pcTask->m_bExited && !isProcessEnding())
-            usleep(100000);
-        pcTask->m_hThread = 0;
-    }
     // The thread has reported that it left, and may yet be in its last lines.
-    const auto pcRecord = TaskRecord::of(pcTask);
-    pcRecord->waitForThreads();
+    TaskRecord::of(pcTask)->waitForThreads();
     RecordTable &cTable = records();
     const std::lock_guard<std::mutex> cGuard(cTable.m_cLock);
     cTable.m_mapRecord.erase(pcTask);

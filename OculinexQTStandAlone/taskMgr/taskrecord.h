@@ -93,6 +93,8 @@ void createTaskRecord(TaskInfo *pcTask);
 /// Called first by the task's destructor: stops the thread and waits until it touches the task no
 /// more.
 void stopForDestruction(TaskInfo *pcTask);
+/// Its last part: waits for the latch and drops the record.
+void forgetTaskRecord(TaskInfo *pcTask);
 
 /// At the end of the process: asks every running task to stop and waits a bounded time. A thread
 /// that comes back later than that must not go on: the library's objects are going.

@@ -1,1 +1,249 @@
+#include <cstring>
+
+#include <sched.h>
+#include <unistd.h>
+
+#include <QAbstractButton>
+#include <QPointer>
+
+#include "arithmMgr/arithmregister.h"
+#include "guardedcall.h"
+#include "logging.h"
+#include "taskMgr/flowrun.h"
 #include "taskMgr/taskMgr.h"
+#include "taskMgr/taskrecord.h"
+#include "taskMgr/taskwidgets.h"
+
+namespace
+{
+/// Stops all tasks when the process exits.
+struct ExitStop {
+    ExitStop() = default;
+    ~ExitStop() { stopTasksForExit(); }
+    ExitStop(const ExitStop &) = delete;
+    ExitStop &operator=(const ExitStop &) = delete;
+};
+
+/// The last lines of a task's thread, gone through however it ends: also when a plug-in ends it.
+class ThreadEnd
+{
+public:
+    ThreadEnd(TaskInfo &cTask, std::shared_ptr<TaskRecord> pcRecord)
+        : m_cTask(cTask),
+          m_pcRecord(std::move(pcRecord)),
+          m_strMsg(QStringLiteral("Task \"%1\": its thread was ended by a step.").arg(cTask.m_strName))
+    {
+    }
+    ~ThreadEnd()
+    {
+        if (m_cTask.m_pcDS)
+            m_cTask.m_pcDS->stop();
+        m_cTask.m_bExited = true;
+        m_cTask.m_bRunning = false;
+        emit m_cTask.threadFinished(m_strMsg, m_bSuccess);
+        m_pcRecord->leaveThread();
+    }
+    ThreadEnd(const ThreadEnd &) = delete;
+    ThreadEnd &operator=(const ThreadEnd &) = delete;
+
+    TaskInfo &m_cTask;
+    std::shared_ptr<TaskRecord> m_pcRecord;
+    QString m_strMsg;
+    bool m_bSuccess = false;
+};
+
+void pinToCore(int nCore)
+{
+    cpu_set_t cCores; // 1024 cores; one beyond leaves the set empty
+    CPU_ZERO(&cCores);
+    CPU_SET(static_cast<size_t>(nCore), &cCores);
+    if (pthread_setaffinity_np(pthread_self(), sizeof cCores, &cCores) != 0)
+        qCInfo(lcTask) << "a task's thread can't be pinned to core" << nCore;
+}
+
+/// Waits until a thread that was told to stop has left its loop and the task itself.
+void waitForThread(TaskInfo &cTask)
+{
+    cTask.m_bExit = true;
+    while (!cTask.m_bExited && !isProcessEnding())
+        usleep(100000);
+    TaskRecord::of(&cTask)->waitForThreads();
+    cTask.m_hThread = 0;
+}
+
+/// A thread that comes back after the process has begun to end stays where it is.
+void haltIfProcessEnding()
+{
+    while (isProcessEnding())
+        pause();
+}
+
+QString singleRunErrorText(const QString &strName, const QString &strError)
+{
+    return QStringLiteral("Arithm \"") + strName + QStringLiteral("\" error, message:") + strError;
+}
+
+void setButtonText(const TaskInfo &cTask, const QString &strText)
+{
+    inWidgetThread<QAbstractButton>(cTask.m_pcRunTask,
+                                    [strText](QAbstractButton *pcButton) { pcButton->setText(strText); });
+}
+
+/// The widgets that change the task, which can't be used while it runs.
+void enableControls(const TaskInfo &cTask, bool bEnabled)
+{
+    for (QObject *pcControl :
+         {cTask.m_pcDataSource, cTask.m_pcViewSelect, cTask.m_pcThreadSelect, cTask.m_pcTaskFlow})
+        inWidgetThread<QWidget>(pcControl, [bEnabled](QWidget *pcWidget) { pcWidget->setEnabled(bEnabled); });
+}
+} // namespace
+
+void TaskInfo::initTaskItemExeTimes()
+{
+    for (TaskItem &cItem : m_lstArithm)
+        cItem.m_nExeTimes = 0;
+}
+
+bool TaskInfo::runOnce(QString &strMsg, bool bSingle, int nLastStep, int nTimeoutMs)
+{
+    m_lstArithm.detach();
+    return FlowRun(*this).run(strMsg, bSingle, nLastStep, nTimeoutMs);
+}
+
+void TaskInfo::startTask()
+{
+    if (m_bRunning.exchange(true))
+        return;
+    // After the registries, so that the tasks are stopped before those go.
+    ArithmFactory::getInstance();
+    DataSource::getInstance();
+    static const ExitStop s_cExitStop;
+
+    const auto pcRecord = TaskRecord::of(this);
+    pcRecord->waitForThreads();
+    m_bExit = false;
+    m_bExited = false;
+    m_lstArithm.detach();
+    pcRecord->enterThread();
+    pthread_t hThread{};
+    if (const int nError = pthread_create(&hThread, nullptr, threadTaskFunc, this)) {
+        qCWarning(lcTask).noquote() << "task" << m_strName << "has no thread:" << strerror(nError);
+        pcRecord->leaveThread();
+        m_bExited = true;
+        m_bRunning = false;
+        return;
+    }
+    m_hThread = hThread;
+    setButtonText(*this, QStringLiteral("停止任务"));
+    enableControls(*this, false);
+}
+
+void TaskInfo::stopTask()
+{
+    if (!m_bRunning)
+        return;
+    waitForThread(*this);
+    m_bExit = false;
+    setButtonText(*this, QStringLiteral("执行任务"));
+    m_bRunning = false;
+    enableControls(*this, true);
+}
+
+void stopForDestruction(TaskInfo *pcTask)
+{
+    if (pcTask->m_hThread != 0)
+        waitForThread(*pcTask);
+    forgetTaskRecord(pcTask);
+}
+
+void TaskInfo::runTaskOnce()
+{
+    const auto fnReport = [this](QString &strMsg) {
+        if (!strMsg.isEmpty() && m_fnHaveErrorMessage)
+            m_fnHaveErrorMessage(strMsg);
+        strMsg.clear();
+    };
+    initTaskItemExeTimes();
+    FlowRun cFlow(*this);
+    QString strMsg;
+    if (m_pcDS)
+        m_pcDS->start();
+    cFlow.run(strMsg, false, -1, -1);
+    fnReport(strMsg);
+    cFlow.cleanUp(strMsg, singleRunErrorText);
+    if (m_pcDS)
+        m_pcDS->stop();
+    fnReport(strMsg);
+}
+
+void *TaskInfo::threadTaskFunc(void *pvTask)
+{
+    pthread_detach(pthread_self());
+    auto &cTask = *static_cast<TaskInfo *>(pvTask);
+    const auto pcRecord = TaskRecord::of(&cTask);
+    pcRecord->claimThread();
+    if (cTask.m_nWhichKernel > 0)
+        pinToCore(cTask.m_nWhichKernel);
+
+    ThreadEnd cEnd(cTask, pcRecord);
+    FlowRun cFlow(cTask);
+    QString strMsg;
+    bool bSuccess = true;
+    // An algorithm's exception is its error text; what comes here is the host's or the library's.
+    const auto fnEscaped = [&](const QString &strWhat) {
+        strMsg = QStringLiteral("Task \"%1\" was ended by an exception: %2").arg(cTask.m_strName, strWhat);
+        qCWarning(lcTask).noquote() << strMsg;
+        cFlow.noteFailure(strMsg);
+        return false;
+    };
+    cFlow.resetCounts();
+    if (cTask.m_pcDS)
+        cTask.m_pcDS->start();
+    while (bSuccess && !cTask.m_bExit)
+        bSuccess = guardedCall([&] { return cFlow.run(strMsg, false, -1, -1); }, fnEscaped);
+    haltIfProcessEnding();
+    guardedCall(
+        [&] {
+            cFlow.cleanUp(strMsg, FlowRun::runErrorText);
+            return true;
+        },
+        fnEscaped);
+    haltIfProcessEnding();
+    cEnd.m_strMsg = strMsg;
+    cEnd.m_bSuccess = bSuccess;
+    return nullptr;
+}
+
+void TaskInfo::RunClicked()
+{
+    if (m_bRunning)
+        stopTask();
+    else
+        startTask();
+}
+
+void TaskInfo::ViewSelected(int nIndex)
+{
+    m_nWhichView = nIndex;
+}
+
+void TaskInfo::ThreadSelected(int nIndex)
+{
+    m_nWhichKernel = nIndex;
+}
+
+void TaskInfo::threadFinishedArrived(QString strMsg, bool bSuccess)
+{
+    if (bSuccess)
+        return;
+    const QPointer<TaskInfo> pcThis(this);
+    if (!strMsg.isEmpty() && m_fnHaveErrorMessage)
+        m_fnHaveErrorMessage(strMsg);
+    // The host may have deleted the task or started it again since the thread ended: a new run is
+    // left alone.
+    if (!pcThis || m_bRunning)
+        return;
+    m_hThread = 0;
+    setButtonText(*this, QStringLiteral("执行任务"));
+    enableControls(*this, true);
+}
