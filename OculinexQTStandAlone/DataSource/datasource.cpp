@@ -5,6 +5,7 @@
 #include <mutex>
 #include <unordered_map>
 
+#include "DataSource/MemoryDiskCallBack/memorydiskcallback.h"
 #include "arithmparammgr.h"
 #include "globalfunction.h"
 #include "guardedcall.h"
@@ -119,8 +120,21 @@ struct BuiltInKind {
     DataSource::DataSourceInfo m_cInfo;
 };
 
+template <typename Kind>
+constexpr BuiltInKind builtInKind(const char *szName)
+{
+    return {szName,
+            {Kind::MemoryDiskRequestPicture, Kind::MemoryDiskReleasePicture, Kind::MemoryDiskShowConfigDlg,
+             Kind::MemoryDiskSetConfig, Kind::MemoryDiskStart, Kind::MemoryDiskStop,
+             Kind::MemoryDiskRemoveInstance, Kind::MemoryDiskGetLastError}};
+}
+
 /// The built-in kinds. They are registered after the plug-ins and replace those of the same name.
-const std::initializer_list<BuiltInKind> BUILT_IN_KINDS = {};
+const std::initializer_list<BuiltInKind> BUILT_IN_KINDS = {
+    builtInKind<MemoryDiskCallBack0>("Memory Disk 0"), builtInKind<MemoryDiskCallBack1>("Memory Disk 1"),
+    builtInKind<MemoryDiskCallBack2>("Memory Disk 2"), builtInKind<MemoryDiskCallBack3>("Memory Disk 3"),
+    builtInKind<MemoryDiskCallBack4>("Memory Disk 4"), builtInKind<MemoryDiskCallBack5>("Memory Disk 5"),
+};
 } // namespace
 
 DataSource::DataSourceInstance *DataSource::DataSourceInfo::newInstance(QString strConfig,

@@ -8,6 +8,7 @@
 #include <QStringList>
 #include <QThread>
 
+#include "MemoryDisk/memorydisk.h"
 #include "logging.h"
 #include "pluginloader.h"
 #include "singleton.h"
@@ -26,13 +27,15 @@ struct BuiltIn {
 };
 
 template <typename T>
-[[maybe_unused]] constexpr BuiltIn builtIn()
+constexpr BuiltIn builtIn()
 {
     return {T::getClass, T::getName, T::getID, T::showConfigWindow, T::execute};
 }
 
 /// The built-in algorithms in the order of the registry: write memory disk, drawing, saving, loading.
-const std::initializer_list<BuiltIn> BUILT_INS = {};
+const std::initializer_list<BuiltIn> BUILT_INS = {
+    builtIn<MemoryDisk>(),
+};
 
 std::mutex s_cMtxForCache; // guards m_mapArithm; no function of a plug-in is called under it
 
