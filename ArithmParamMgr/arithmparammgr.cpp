@@ -12,7 +12,8 @@
 #include <unordered_map>
 #include <utility>
 
-char gszErrVerMsg[33] = "ArithmParamMgr version mismatch.";
+// Weak, since the task library exports the same text under the same name: a process has one of them.
+__attribute__((weak)) char gszErrVerMsg[33] = "ArithmParamMgr version mismatch.";
 
 // Initialised before any code runs, and never destroyed under a thread that outlives main().
 LockStripes g_cStoreLocks;
