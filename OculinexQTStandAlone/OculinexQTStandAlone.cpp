@@ -1,1 +1,70 @@
 #include "OculinexQTStandAlone.h"
+
+#include "OculinexQTStandAloneInQt.h"
+
+OculinexQtStandAlone *OculinexQtStandAlone::s_pcThis = nullptr;
+QMutex OculinexQtStandAlone::s_cMtx;
+
+OculinexQtStandAlone *OculinexQtStandAlone::getInstance()
+{
+    QGuard cGuard(s_cMtx);
+    // Never deleted: it holds nothing, and a host may use it until the very end.
+    if (!s_pcThis)
+        s_pcThis = new OculinexQtStandAlone;
+    return s_pcThis;
+}
+
+char *OculinexQtStandAlone::openTasksFile(char *szTaskFilePath)
+{
+    return ::openTasksFile(szTaskFilePath);
+}
+
+char *OculinexQtStandAlone::saveTasksFile(char *szTaskFilePath)
+{
+    return ::saveTasksFile(szTaskFilePath);
+}
+
+int OculinexQtStandAlone::getErrMsg(char *szBuff, int nBuffLen)
+{
+    return ::getErrMsg(szBuff, nBuffLen);
+}
+
+int OculinexQtStandAlone::getOutputMsg(char *szBuff, int nBuffLen)
+{
+    return ::getOutputMsg(szBuff, nBuffLen);
+}
+
+void OculinexQtStandAlone::startAllTasks()
+{
+    ::startAllTasks();
+}
+
+void OculinexQtStandAlone::stopAllTasks()
+{
+    ::stopAllTasks();
+}
+
+void OculinexQtStandAlone::startTask(int nPos)
+{
+    ::startTask(nPos);
+}
+
+void OculinexQtStandAlone::stopTask(int nPos)
+{
+    ::stopTask(nPos);
+}
+
+void OculinexQtStandAlone::runAllTasksOnce()
+{
+    ::runAllTasksOnce();
+}
+
+void OculinexQtStandAlone::runTaskOnce(int nPos)
+{
+    ::runTaskOnce(nPos);
+}
+
+bool OculinexQtStandAlone::IsTaskRunning(bool &bRunning, int nPos)
+{
+    return ::IsTaskRunning(bRunning, nPos);
+}

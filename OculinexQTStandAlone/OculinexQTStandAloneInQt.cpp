@@ -1,1 +1,259 @@
 #include "OculinexQTStandAloneInQt.h"
+
+#include <cerrno>
+#include <cstring>
+#include <new>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <QFile>
+#include <QSaveFile>
+
+#include "logging.h"
+#include "taskMgr/taskMgr.h"
+#include "taskMgr/taskrecord.h"
+#include "textbuffer.h"
+
+int gMaxMsgNum = 10;
+int gnBuffLenForStandAlone = TextBuffer::INITIAL_LENGTH;
+char *gpchConfigStrForStandAlone = TextBuffer::create();
+QList<QString> glstErrMsg;
+QList<QString> glstOutputMsg;
+QMutex gMtxErr;
+QMutex gMtxOutput;
+bool gbInited = false;
+char gszBlank[1] = "";
+char gszErrVerMsg[33] = "ArithmParamMgr version mismatch.";
+
+namespace
+{
+/// Stands behind the queues and so goes before them, when the process ends: waits for a message that
+/// a task which could not be stopped is just adding. It adds no further one.
+class QueuesEnd
+{
+public:
+    QueuesEnd() = default;
+    ~QueuesEnd()
+    {
+        for (QMutex *pcMutex : {&gMtxErr, &gMtxOutput})
+            QGuard cGuard(*pcMutex);
+    }
+    QueuesEnd(const QueuesEnd &) = delete;
+    QueuesEnd &operator=(const QueuesEnd &) = delete;
+};
+
+const QueuesEnd s_cQueuesEnd;
+
+void pushMessage(QList<QString> &lstMsg, QMutex &cMutex, const QString &strMsg)
+{
+    QGuard cGuard(cMutex);
+    if (lstMsg.size() < gMaxMsgNum && !isProcessEnding())
+        lstMsg.append(strMsg);
+}
+
+int takeMessage(QList<QString> &lstMsg, QMutex &cMutex, char *szBuff, int nBuffLen)
+{
+    QGuard cGuard(cMutex);
+    if (lstMsg.isEmpty())
+        return -1;
+    const QByteArray achMsg = lstMsg.takeFirst().toLocal8Bit();
+    const int nCopied = nBuffLen <= achMsg.size() ? nBuffLen - 1 : achMsg.size();
+    // Nothing to copy leaves the buffer as it is, without even a terminating zero.
+    if (szBuff && nCopied > 0) {
+        memcpy(szBuff, achMsg.constData(), static_cast<size_t>(nCopied));
+        szBuff[nCopied] = '\0';
+    }
+    return lstMsg.isEmpty() ? 0 : 1;
+}
+
+/// The task at that position; null when the position is out of range or unused.
+TaskInfo *taskAt(int nPos)
+{
+    TaskMgr *pcManager = TaskMgr::getInstance();
+    return nPos >= 0 && nPos < pcManager->getTaskNum() ? pcManager->getTask(nPos) : nullptr;
+}
+
+/// The bytes up to the first zero byte. False when they can't be read.
+bool readText(QFile &cFile, QByteArray &achText)
+{
+    constexpr int CHUNK = 1 << 20;
+    for (;;) {
+        const int nOld = achText.size();
+        achText.resize(nOld + CHUNK);
+        const qint64 nRead = cFile.read(achText.data() + nOld, CHUNK);
+        achText.resize(nOld + static_cast<int>(qMax<qint64>(nRead, 0)));
+        if (nRead < 0)
+            return false;
+        const int nZero = achText.indexOf('\0', nOld);
+        if (nZero >= 0)
+            achText.truncate(nZero);
+        if (nRead == 0 || nZero >= 0)
+            return true;
+    }
+}
+
+/// Whether a new file may take the old one's place without anybody seeing more than new contents:
+/// no other name and no other owner would be left behind.
+bool isReplaceable(const QString &strPath)
+{
+    struct stat cStat = {};
+    if (stat(QFile::encodeName(strPath).constData(), &cStat) != 0)
+        return errno == ENOENT;
+    return S_ISREG(cStat.st_mode) && cStat.st_nlink == 1 && cStat.st_uid == geteuid() &&
+           cStat.st_gid == getegid();
+}
+
+/// False when the file can't be opened. What can't be written is only logged.
+bool writeText(const QString &strPath, const QByteArray &achText)
+{
+    constexpr QIODevice::OpenMode eMode = QIODevice::WriteOnly | QIODevice::Text;
+    if (isReplaceable(strPath)) {
+        QSaveFile cFile(strPath);
+        if (cFile.open(eMode)) {
+            cFile.write(achText);
+            if (!cFile.commit())
+                qCWarning(lcFile, "%s keeps its old contents: %s", qUtf8Printable(strPath),
+                          qUtf8Printable(cFile.errorString()));
+            return true;
+        }
+    }
+    QFile cFile(strPath);
+    if (!cFile.open(eMode | QIODevice::Truncate))
+        return false;
+    if (cFile.write(achText) != achText.size() || !cFile.flush())
+        qCWarning(lcFile, "%s is not written whole: %s", qUtf8Printable(strPath),
+                  qUtf8Printable(cFile.errorString()));
+    return true;
+}
+} // namespace
+
+char *transConfigStr(QString strConfigStr)
+{
+    TextBuffer::store(strConfigStr.toLocal8Bit(), gpchConfigStrForStandAlone, gnBuffLenForStandAlone);
+    return gpchConfigStrForStandAlone;
+}
+
+void FuncHaveErrorMessage(QString str)
+{
+    pushMessage(glstErrMsg, gMtxErr, str);
+}
+
+void FuncHavePrintMessage(QString str)
+{
+    pushMessage(glstOutputMsg, gMtxOutput, str);
+}
+
+int getErrMsg(char *szBuff, int nBuffLen)
+{
+    return takeMessage(glstErrMsg, gMtxErr, szBuff, nBuffLen);
+}
+
+int getOutputMsg(char *szBuff, int nBuffLen)
+{
+    return takeMessage(glstOutputMsg, gMtxOutput, szBuff, nBuffLen);
+}
+
+void init()
+{
+    if (gbInited)
+        return;
+    TaskMgr::getInstance()->setMssageCallBack(FuncHaveErrorMessage);
+    TaskMgr::getInstance()->setPrintCallBack(FuncHavePrintMessage);
+    gbInited = true;
+}
+
+char *openTasksFile(char *szTaskFilePath)
+{
+    init();
+    QString strTasks;
+    try {
+        QFile cFile(QString::fromLocal8Bit(szTaskFilePath));
+        QByteArray achText;
+        if (!cFile.open(QIODevice::ReadOnly) || !readText(cFile, achText)) {
+            qCWarning(lcFile, "%s: %s", qUtf8Printable(cFile.fileName()),
+                      qUtf8Printable(cFile.errorString()));
+            return transConfigStr(QStringLiteral("open file failed."));
+        }
+        strTasks = QString::fromUtf8(achText);
+    } catch (const std::bad_alloc &) {
+        qCWarning(lcFile, "%s is too large.", szTaskFilePath);
+        return transConfigStr(QStringLiteral("open file failed."));
+    }
+    TaskMgr::getInstance()->fromString(strTasks);
+    return gszBlank;
+}
+
+char *saveTasksFile(char *szTaskFilePath)
+{
+    init();
+    if (!writeText(QString::fromUtf8(szTaskFilePath), TaskMgr::getInstance()->toString().toUtf8()))
+        return transConfigStr(QStringLiteral("save file failed."));
+    return gszBlank;
+}
+
+void startAllTasks()
+{
+    init();
+    for (int nPos = 0; nPos < TaskMgr::getInstance()->getTaskNum(); ++nPos)
+        startTask(nPos);
+}
+
+void stopAllTasks()
+{
+    init();
+    for (int nPos = 0; nPos < TaskMgr::getInstance()->getTaskNum(); ++nPos)
+        stopTask(nPos);
+}
+
+void startTask(int nPos)
+{
+    init();
+    TaskInfo *pcTask = taskAt(nPos);
+    if (pcTask && !pcTask->IsRunning())
+        pcTask->startTask();
+}
+
+void stopTask(int nPos)
+{
+    init();
+    TaskInfo *pcTask = taskAt(nPos);
+    if (pcTask && pcTask->IsRunning())
+        pcTask->stopTask();
+}
+
+void runAllTasksOnce()
+{
+    init();
+    for (int nPos = 0; nPos < TaskMgr::getInstance()->getTaskNum(); ++nPos)
+        runTaskOnce(nPos);
+}
+
+void runTaskOnce(int nPos)
+{
+    init();
+    TaskInfo *pcTask = taskAt(nPos);
+    if (pcTask && !pcTask->IsRunning())
+        pcTask->runTaskOnce();
+}
+
+bool IsTaskRunning(bool &bRunning, int nPos)
+{
+    init();
+    bRunning = false;
+    TaskMgr *pcManager = TaskMgr::getInstance();
+    return nPos >= 0 && nPos < pcManager->getTaskNum() && pcManager->isTaskRunning(nPos, bRunning);
+}
+
+void enableTaskStatus(bool bEnabled)
+{
+    init();
+    TaskInfo::setStatusEnabled(bEnabled);
+}
+
+bool getTaskStatus(int nPos, TaskStatus &cStatus)
+{
+    init();
+    TaskMgr *pcManager = TaskMgr::getInstance();
+    return nPos >= 0 && nPos < pcManager->getTaskNum() && pcManager->getTaskStatus(nPos, cStatus);
+}

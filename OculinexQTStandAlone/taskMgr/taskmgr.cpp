@@ -1,1 +1,310 @@
 #include "taskMgr/taskMgr.h"
+
+#include <memory>
+
+#include <QComboBox>
+
+#include "arithmparammgr.h"
+#include "globalfunction.h"
+#include "qguard.h"
+#include "taskMgr/blockreader.h"
+#include "taskMgr/flowtable.h"
+#include "taskMgr/taskrecord.h"
+
+namespace
+{
+/// A field or a block of the tasks file, by its two markers.
+class Field
+{
+public:
+    explicit Field(QLatin1String strName)
+        : m_strBegin(QLatin1Char('<') + strName + QLatin1Char('>')),
+          m_strEnd(QLatin1String("</") + strName + QLatin1Char('>'))
+    {
+    }
+
+    QString take(QString &strText) const
+    {
+        return GlobalFunction::getAndRemoveBody(strText, m_strBegin, m_strEnd);
+    }
+    BlockReader blocks(const QString &strText) const { return {strText, m_strBegin, m_strEnd}; }
+
+    void appendTo(QString &strText, const QString &strValue) const
+    {
+        strText += m_strBegin;
+        strText += strValue;
+        strText += m_strEnd;
+        strText += QLatin1Char('\n');
+    }
+    void appendLinesTo(QString &strText, const QString &strValue) const
+    {
+        beginIn(strText);
+        strText += strValue;
+        strText += QLatin1Char('\n');
+        endIn(strText);
+    }
+    void beginIn(QString &strText) const
+    {
+        strText += m_strBegin;
+        strText += QLatin1Char('\n');
+    }
+    void endIn(QString &strText) const
+    {
+        strText += m_strEnd;
+        strText += QLatin1Char('\n');
+    }
+
+private:
+    const QString m_strBegin;
+    const QString m_strEnd;
+};
+
+const Field s_cTask(QLatin1String("=TaskInfo="));
+const Field s_cName(QLatin1String("-TaskName-"));
+const Field s_cKernel(QLatin1String("-Kernel-"));
+const Field s_cView(QLatin1String("-View-"));
+const Field s_cDataSource(QLatin1String("-DataSource-"));
+const Field s_cItem(QLatin1String("-TaskItem-"));
+const Field s_cMaxExeTimes(QLatin1String("-MaxExeTimes-"));
+const Field s_cArithmID(QLatin1String("-ArithmID-"));
+const Field s_cOptionStr(QLatin1String("-OptionStr-"));
+const Field s_cClassName(QLatin1String("-ClassName-"));
+const Field s_cArithmName(QLatin1String("-ArithmName-"));
+const Field s_cDescribe(QLatin1String("-Describe-"));
+
+void appendItem(QString &strText, const TaskItem &cItem)
+{
+    s_cItem.beginIn(strText);
+    s_cMaxExeTimes.appendTo(strText, QString::number(cItem.m_nMaxExeTimes));
+    s_cArithmID.appendTo(strText, cItem.m_strArithmID);
+    QString strOptionStr = cItem.m_strOptionStr;
+    GlobalFunction::trimString(strOptionStr);
+    s_cOptionStr.appendLinesTo(strText, strOptionStr);
+    s_cClassName.appendTo(strText, cItem.m_strClassName);
+    s_cArithmName.appendTo(strText, cItem.m_strArithmName);
+    s_cDescribe.appendTo(strText, cItem.m_strDescribe);
+    s_cItem.endIn(strText);
+}
+
+TaskItem readItem(QString strText)
+{
+    TaskItem cItem;
+    cItem.m_nMaxExeTimes = s_cMaxExeTimes.take(strText).toInt();
+    cItem.m_strArithmID = s_cArithmID.take(strText);
+    cItem.m_strOptionStr = s_cOptionStr.take(strText);
+    cItem.m_strClassName = s_cClassName.take(strText);
+    cItem.m_strArithmName = s_cArithmName.take(strText);
+    cItem.m_strDescribe = s_cDescribe.take(strText);
+    return cItem;
+}
+
+void setCurrentIndex(QObject *pcCombo, int nIndex)
+{
+    if (auto *pcBox = qobject_cast<QComboBox *>(pcCombo))
+        pcBox->setCurrentIndex(nIndex);
+}
+} // namespace
+
+TaskInfo::TaskInfo(QString strName, void (*fnHaveErrorMessage)(QString))
+    : m_strName(strName), m_pcAPM(ArithmParamMgr::newInstance()), m_fnHaveErrorMessage(fnHaveErrorMessage)
+{
+    connect(this, &TaskInfo::threadFinished, this, &TaskInfo::threadFinishedArrived);
+    createTaskRecord(this);
+}
+
+TaskInfo::~TaskInfo()
+{
+    stopForDestruction(this);
+    disconnectEvents();
+    delete m_pcDS;
+    ArithmParamMgr::deleteInstance(m_pcAPM);
+}
+
+QString TaskInfo::getName()
+{
+    return m_strName;
+}
+
+QList<TaskItem> &TaskInfo::getTaskItem()
+{
+    return m_lstArithm;
+}
+
+bool TaskInfo::IsRunning() const
+{
+    return m_bRunning;
+}
+
+void TaskInfo::setMssageCallBack(void (*fnHaveErrorMessage)(QString))
+{
+    m_fnHaveErrorMessage = fnHaveErrorMessage;
+}
+
+void TaskInfo::setPrintCallBack(void (*fnHavePrintMessage)(QString))
+{
+    m_fnHavePrintMessage = fnHavePrintMessage;
+}
+
+QString TaskInfo::toString()
+{
+    QString strText;
+    s_cName.appendTo(strText, m_strName);
+    s_cKernel.appendTo(strText, QString::number(m_nWhichKernel));
+    s_cView.appendTo(strText, QString::number(m_nWhichView));
+    if (m_pcDS) {
+        GlobalFunction::trimString(m_strDataSourceConfigString);
+        s_cDataSource.appendLinesTo(strText, m_strDataSourceConfigString);
+    }
+    for (const TaskItem &cItem : qAsConst(m_lstArithm))
+        appendItem(strText, cItem);
+    return strText;
+}
+
+void TaskInfo::fromString(QString strTask)
+{
+    m_strName = s_cName.take(strTask);
+    m_nWhichKernel = s_cKernel.take(strTask).toInt();
+    m_nWhichView = s_cView.take(strTask).toInt();
+    // The combo boxes may answer by setting the values to an index that they have.
+    setCurrentIndex(m_pcThreadSelect, m_nWhichKernel);
+    setCurrentIndex(m_pcViewSelect, m_nWhichView);
+
+    m_strDataSourceConfigString = s_cDataSource.take(strTask);
+    if (!m_strDataSourceConfigString.isEmpty()) {
+        delete m_pcDS;
+        m_pcDS =
+            DataSource::getInstance()->createDataSourceFromConfigString(m_pcAPM, m_strDataSourceConfigString);
+    }
+
+    BlockReader cItems = s_cItem.blocks(strTask);
+    for (QStringView strItem = cItems.next(); !strItem.isEmpty(); strItem = cItems.next()) {
+        m_lstArithm.append(readItem(strItem.toString()));
+        insertFlowRow(m_pcTaskFlow, -1, m_lstArithm.constLast());
+    }
+}
+
+TaskMgr *TaskMgr::s_pcInstance = nullptr;
+QMutex TaskMgr::s_cMutex;
+
+namespace
+{
+/// Guards the map of the one manager, and what is read of a task that stands in it.
+QMutex s_cMapMutex;
+} // namespace
+
+TaskMgr::TaskMgr() = default;
+
+TaskMgr::~TaskMgr()
+{
+    clear();
+}
+
+TaskMgr *TaskMgr::getInstance()
+{
+    QGuard cGuard(s_cMutex);
+    if (!s_pcInstance)
+        s_pcInstance = new TaskMgr;
+    return s_pcInstance;
+}
+
+void TaskMgr::deleteThis()
+{
+    TaskMgr *pcManager = nullptr;
+    {
+        QGuard cGuard(s_cMutex);
+        std::swap(pcManager, s_pcInstance);
+    }
+    // Outside the lock: a task's last messages may lead to getInstance() on the task's thread.
+    delete pcManager;
+}
+
+void TaskMgr::setMssageCallBack(void (*fnHaveErrorMessage)(QString))
+{
+    m_fnHaveErrorMessage = fnHaveErrorMessage;
+}
+
+void TaskMgr::setPrintCallBack(void (*fnHavePrintMessage)(QString))
+{
+    m_fnHavePrintMessage = fnHavePrintMessage;
+}
+
+void TaskMgr::addTask(TaskInfo *pcTask, int nPos)
+{
+    if (pcTask) {
+        pcTask->setMssageCallBack(m_fnHaveErrorMessage);
+        pcTask->setPrintCallBack(m_fnHavePrintMessage);
+    }
+    QGuard cGuard(s_cMapMutex);
+    m_mapTask.insert(nPos, pcTask);
+}
+
+TaskInfo *TaskMgr::getTask(int nPos)
+{
+    QGuard cGuard(s_cMapMutex);
+    return m_mapTask.value(nPos);
+}
+
+int TaskMgr::getTaskNum()
+{
+    QGuard cGuard(s_cMapMutex);
+    return m_mapTask.size();
+}
+
+void TaskMgr::removeTask(int nPos)
+{
+    TaskInfo *pcTask = nullptr;
+    {
+        QGuard cGuard(s_cMapMutex);
+        pcTask = m_mapTask.take(nPos);
+    }
+    delete pcTask;
+}
+
+void TaskMgr::clear()
+{
+    QMap<int, TaskInfo *> mapTask;
+    {
+        QGuard cGuard(s_cMapMutex);
+        mapTask.swap(m_mapTask);
+    }
+    qDeleteAll(mapTask);
+}
+
+QString TaskMgr::toString()
+{
+    QString strText;
+    for (TaskInfo *pcTask : qAsConst(m_mapTask)) {
+        if (pcTask)
+            s_cTask.appendLinesTo(strText, pcTask->toString());
+    }
+    return strText;
+}
+
+void TaskMgr::fromString(QString strTasks)
+{
+    clear();
+    int nPos = 0;
+    BlockReader cTasks = s_cTask.blocks(strTasks);
+    for (QStringView strTask = cTasks.next(); !strTask.isEmpty(); strTask = cTasks.next()) {
+        auto pcTask = std::make_unique<TaskInfo>(QString(), m_fnHaveErrorMessage);
+        pcTask->fromString(strTask.toString());
+        addTask(pcTask.release(), nPos++);
+    }
+}
+
+bool TaskMgr::isTaskRunning(int nPos, bool &bRunning)
+{
+    QGuard cGuard(s_cMapMutex);
+    const TaskInfo *pcTask = m_mapTask.value(nPos);
+    bRunning = pcTask && pcTask->IsRunning();
+    return pcTask != nullptr;
+}
+
+bool TaskMgr::getTaskStatus(int nPos, TaskStatus &cStatus)
+{
+    QGuard cGuard(s_cMapMutex);
+    const TaskInfo *pcTask = m_mapTask.value(nPos);
+    if (pcTask)
+        cStatus = pcTask->getStatus();
+    return pcTask != nullptr;
+}
