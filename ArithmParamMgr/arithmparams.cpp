@@ -173,7 +173,7 @@ void ArithmParam::setDescribe(QString strDescribe)
 }
 
 // A picture of one kind: the member that points to its pixels, and the bytes of a row of nWidth.
-#define PICTURE_PARAM(Picture, Pixel, pPixels, nRowBytes)                                                    \
+#define PICTURE_PARAM(Picture, pPixels, nRowBytes)                                                           \
     Param##Picture::Param##Picture() : Param##Picture(0) {}                                                  \
     Param##Picture::Param##Picture(int nID)                                                                  \
         : ArithmParam(nID), pPixels(nullptr), m_nWidth(0), m_nHeight(0) {}                                   \
@@ -189,7 +189,7 @@ void ArithmParam::setDescribe(QString strDescribe)
     {                                                                                                        \
         return read(this, m_nHeight);                                                                        \
     }                                                                                                        \
-    Pixel *Param##Picture::get##Picture() const                                                              \
+    auto Param##Picture::get##Picture() const->decltype(pPixels)                                             \
     {                                                                                                        \
         return read(this, pPixels);                                                                          \
     }                                                                                                        \
@@ -198,9 +198,9 @@ void ArithmParam::setDescribe(QString strDescribe)
         resizePicture(this, pPixels, m_nWidth, m_nHeight, nRowBytes, nWidth, nHeight);                       \
     }
 
-PICTURE_PARAM(DIB, unsigned char, m_puchDIB, (nWidth * 3LL + 3) & ~3LL)
-PICTURE_PARAM(Gray8, unsigned char, m_puchGray8, nWidth)
-PICTURE_PARAM(Gray16, unsigned short, m_punGray16, nWidth * 2LL)
+PICTURE_PARAM(DIB, m_puchDIB, (nWidth * 3LL + 3) & ~3LL)
+PICTURE_PARAM(Gray8, m_puchGray8, nWidth)
+PICTURE_PARAM(Gray16, m_punGray16, nWidth * 2LL)
 
 // A list of one kind: the name of its element, and how an element is handed in.
 #define LIST_PARAM(Item, Argument)                                                                           \
