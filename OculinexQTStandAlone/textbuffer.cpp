@@ -26,6 +26,12 @@ char *TextBuffer::create()
     return new char[INITIAL_LENGTH]();
 }
 
+char *TextBuffer::blank()
+{
+    static char s_szBlank[1] = "";
+    return s_szBlank;
+}
+
 void TextBuffer::store(const QByteArray &achText, char *&pchBuffer, int &nBuffLen)
 {
     const int nGrown = grownLength(nBuffLen, achText.size());

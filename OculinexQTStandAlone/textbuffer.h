@@ -13,6 +13,9 @@ constexpr int INITIAL_LENGTH = 1024;
 /// A buffer of INITIAL_LENGTH bytes that holds the empty text.
 char *create();
 
+/// The empty text that steps without a message hand out, one for the process.
+char *blank();
+
 /// Copies the bytes and a terminating zero into the buffer, growing it first where needed. Where
 /// memory is short, the text is cut to what fits.
 void store(const QByteArray &achText, char *&pchBuffer, int &nBuffLen);

@@ -8,6 +8,7 @@
 #include <QStringList>
 #include <QThread>
 
+#include "LoadFile/loading.h"
 #include "MemoryDisk/memorydisk.h"
 #include "logging.h"
 #include "pluginloader.h"
@@ -35,6 +36,7 @@ constexpr BuiltIn builtIn()
 /// The built-in algorithms in the order of the registry: write memory disk, drawing, saving, loading.
 const std::initializer_list<BuiltIn> BUILT_INS = {
     builtIn<MemoryDisk>(),
+    builtIn<Loading>(),
 };
 
 std::mutex s_cMtxForCache; // guards m_mapArithm; no function of a plug-in is called under it
