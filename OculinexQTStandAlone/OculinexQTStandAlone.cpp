@@ -68,3 +68,13 @@ bool OculinexQtStandAlone::IsTaskRunning(bool &bRunning, int nPos)
 {
     return ::IsTaskRunning(bRunning, nPos);
 }
+
+void OculinexQtStandAlone::useDrawingWindow(int nPos, int nWidth, int nHeight)
+{
+    ::useDrawingWindow(nPos, nWidth, nHeight);
+}
+
+int OculinexQtStandAlone::getDrawingWindow(int nPos, unsigned char *puchDIB, int nWidth, int nHeight)
+{
+    return ::getDrawingWindow(nPos, puchDIB, nWidth, nHeight);
+}

@@ -24,6 +24,8 @@ public:
     void runAllTasksOnce();
     void runTaskOnce(int nPos);
     bool IsTaskRunning(bool &bRunning, int nPos);
+    void useDrawingWindow(int nPos, int nWidth, int nHeight);
+    int getDrawingWindow(int nPos, unsigned char *puchDIB, int nWidth, int nHeight);
 
     static OculinexQtStandAlone *s_pcThis;
     static QMutex s_cMtx;

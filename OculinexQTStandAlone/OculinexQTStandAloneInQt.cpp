@@ -2,14 +2,17 @@
 
 #include <cerrno>
 #include <cstring>
+#include <memory>
 #include <new>
 
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <QFile>
+#include <QImage>
 #include <QSaveFile>
 
+#include "globalfunction.h"
 #include "logging.h"
 #include "taskMgr/taskMgr.h"
 #include "taskMgr/taskrecord.h"
@@ -28,6 +31,10 @@ char gszErrVerMsg[33] = "ArithmParamMgr version mismatch.";
 
 namespace
 {
+constexpr int USABLE_VIEW_NUM = 4;
+constexpr int READABLE_VIEW_NUM = 3; // view 3 can be filled and saved, but not read
+constexpr int MAX_VIEW_LENGTH = 10000;
+
 /// Stands behind the queues and so goes before them, when the process ends: waits for a message that
 /// a task which could not be stopped is just adding. It adds no further one.
 class QueuesEnd
@@ -243,6 +250,33 @@ bool IsTaskRunning(bool &bRunning, int nPos)
     bRunning = false;
     TaskMgr *pcManager = TaskMgr::getInstance();
     return nPos >= 0 && nPos < pcManager->getTaskNum() && pcManager->isTaskRunning(nPos, bRunning);
+}
+
+void useDrawingWindow(int nPos, int nWidth, int nHeight)
+{
+    init();
+    if (nPos >= 0 && nPos < USABLE_VIEW_NUM && nWidth >= 1 && nHeight >= 1)
+        GlobalFunction::getInstance()->addView(nPos, nWidth, nHeight);
+}
+
+int getDrawingWindow(int nPos, unsigned char *puchDIB, int nWidth, int nHeight)
+{
+    init();
+    const auto isLength = [](int nLength) { return nLength >= 1 && nLength <= MAX_VIEW_LENGTH; };
+    if (!isLength(nWidth) || !isLength(nHeight) || nPos < 0 || nPos >= READABLE_VIEW_NUM)
+        return -1;
+    QImage cTarget(puchDIB, nWidth, nHeight, (nWidth * 3 + 3) & ~3, QImage::Format_RGB888);
+    GlobalFunction *pcViews = GlobalFunction::getInstance();
+    GlobalFunction::ViewDrawOption *pcCanvas = pcViews->requestViewDrawOption(nPos);
+    if (!pcCanvas)
+        return -1;
+    const std::unique_ptr<Drawing::DrawingOpt> pcOpt(pcCanvas->popDrawingOpt());
+    const bool bMore = pcCanvas->haveDrawingOpt();
+    pcViews->releaseViewDrawOption(nPos, pcCanvas);
+    if (!pcOpt)
+        return -1;
+    pcOpt->draw(&cTarget, pcOpt->m_pcAPM);
+    return bMore ? 1 : 0;
 }
 
 void enableTaskStatus(bool bEnabled)

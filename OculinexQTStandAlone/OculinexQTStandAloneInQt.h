@@ -8,9 +8,9 @@
 /// valid until the next call that returns a text. The empty text means success.
 ///
 /// Threads: one thread controls (open, save, start, stop, run once). getErrMsg, getOutputMsg,
-/// IsTaskRunning and getTaskStatus may be called by any thread. The first call of all comes before
-/// the host starts threads of its own. The controlling thread needs an event loop for the messages
-/// of failed tasks to arrive.
+/// IsTaskRunning, getTaskStatus and getDrawingWindow may be called by any thread. The first call of all comes
+/// before the host starts threads of its own. The controlling thread needs an event loop for the messages of
+/// failed tasks to arrive.
 
 #include <QList>
 #include <QMutex>
@@ -54,6 +54,14 @@ OCULINEXQTSTANDALONE_EXPORT void runAllTasksOnce();
 OCULINEXQTSTANDALONE_EXPORT void runTaskOnce(int nPos);
 /// False for a position without a task.
 OCULINEXQTSTANDALONE_EXPORT bool IsTaskRunning(bool &bRunning, int nPos);
+/// Makes view 0 to 3, or gives it another size (1 or more each way); what is queued stays. Other
+/// arguments are ignored. Until then, drawing steps into that view draw nothing.
+OCULINEXQTSTANDALONE_EXPORT void useDrawingWindow(int nPos, int nWidth, int nHeight);
+/// Takes the oldest drawing object of view 0, 1 or 2 and paints it over what the host's buffer holds:
+/// red, green, blue, rows from the top down, each padded to a multiple of 4 bytes; nWidth and
+/// nHeight from 1 to 10000. 1 when more objects wait, 0 when that was the last, -1 when there was
+/// none (nothing is painted) or an argument is bad. Call it on one buffer until it returns 0 or -1.
+OCULINEXQTSTANDALONE_EXPORT int getDrawingWindow(int nPos, unsigned char *puchDIB, int nWidth, int nHeight);
 
 /// Switches the collection of status figures on or off (off at first).
 OCULINEXQTSTANDALONE_EXPORT void enableTaskStatus(bool bEnabled);

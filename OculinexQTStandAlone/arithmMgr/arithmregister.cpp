@@ -8,6 +8,7 @@
 #include <QStringList>
 #include <QThread>
 
+#include "Drawing/drawing.h"
 #include "LoadFile/loading.h"
 #include "MemoryDisk/memorydisk.h"
 #include "logging.h"
@@ -36,6 +37,7 @@ constexpr BuiltIn builtIn()
 /// The built-in algorithms in the order of the registry: write memory disk, drawing, saving, loading.
 const std::initializer_list<BuiltIn> BUILT_INS = {
     builtIn<MemoryDisk>(),
+    builtIn<Drawing>(),
     builtIn<Loading>(),
 };
 

@@ -4,6 +4,7 @@
 
 #include <QComboBox>
 
+#include "Drawing/drawing.h"
 #include "arithmparammgr.h"
 #include "globalfunction.h"
 #include "qguard.h"
@@ -117,6 +118,7 @@ TaskInfo::~TaskInfo()
     stopForDestruction(this);
     disconnectEvents();
     delete m_pcDS;
+    Drawing::disarm(m_pcAPM);
     ArithmParamMgr::deleteInstance(m_pcAPM);
 }
 

@@ -1,0 +1,24 @@
+#ifndef PIXELBUFFERS_H
+#define PIXELBUFFERS_H
+
+#include <cstddef>
+#include <memory>
+
+/// Memory for pixels that lives for one drawing. The last buffers that were given back are kept and
+/// serve again, so that a steady flow of pictures touches no fresh memory; what is kept is bounded.
+///
+/// Threads: any; a leaf lock.
+namespace PixelBuffers
+{
+/// At least nBytes bytes of undefined contents; null when nBytes is 0 or cannot be allocated.
+unsigned char *take(size_t nBytes);
+/// Gives a buffer of take() back; null is ignored.
+void giveBack(unsigned char *puchBuffer);
+
+struct GiveBack {
+    void operator()(unsigned char *puchBuffer) const { giveBack(puchBuffer); }
+};
+using Owned = std::unique_ptr<unsigned char, GiveBack>;
+} // namespace PixelBuffers
+
+#endif
