@@ -69,6 +69,16 @@ bool OculinexQtStandAlone::IsTaskRunning(bool &bRunning, int nPos)
     return ::IsTaskRunning(bRunning, nPos);
 }
 
+char *OculinexQtStandAlone::showConfigWindow(int nTaskPos, int nArithmPos)
+{
+    return ::showConfigWindow(nTaskPos, nArithmPos);
+}
+
+char *OculinexQtStandAlone::selectDataSource(int nTaskPos)
+{
+    return ::selectDataSource(nTaskPos);
+}
+
 void OculinexQtStandAlone::useDrawingWindow(int nPos, int nWidth, int nHeight)
 {
     ::useDrawingWindow(nPos, nWidth, nHeight);

@@ -24,6 +24,8 @@ public:
     void runAllTasksOnce();
     void runTaskOnce(int nPos);
     bool IsTaskRunning(bool &bRunning, int nPos);
+    char *showConfigWindow(int nTaskPos, int nArithmPos);
+    char *selectDataSource(int nTaskPos);
     void useDrawingWindow(int nPos, int nWidth, int nHeight);
     int getDrawingWindow(int nPos, unsigned char *puchDIB, int nWidth, int nHeight);
 

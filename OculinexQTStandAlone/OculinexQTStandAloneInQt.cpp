@@ -81,6 +81,21 @@ TaskInfo *taskAt(int nPos)
     return nPos >= 0 && nPos < pcManager->getTaskNum() ? pcManager->getTask(nPos) : nullptr;
 }
 
+/// The task at that position when it can be edited, else null and the reason.
+TaskInfo *idleTaskAt(int nPos, QString &strError)
+{
+    if (nPos < 0 || nPos >= TaskMgr::getInstance()->getTaskNum()) {
+        strError = QStringLiteral("nTaskPos must less than task quantity.");
+        return nullptr;
+    }
+    TaskInfo *pcTask = TaskMgr::getInstance()->getTask(nPos);
+    if (!pcTask)
+        strError = QStringLiteral("Task is not exist.");
+    else if (pcTask->IsRunning())
+        strError = QStringLiteral("Task is running.");
+    return strError.isEmpty() ? pcTask : nullptr;
+}
+
 /// The bytes up to the first zero byte. False when they can't be read.
 bool readText(QFile &cFile, QByteArray &achText)
 {
@@ -250,6 +265,25 @@ bool IsTaskRunning(bool &bRunning, int nPos)
     bRunning = false;
     TaskMgr *pcManager = TaskMgr::getInstance();
     return nPos >= 0 && nPos < pcManager->getTaskNum() && pcManager->isTaskRunning(nPos, bRunning);
+}
+
+char *showConfigWindow(int nTaskPos, int nArithmPos)
+{
+    init();
+    QString strError;
+    TaskInfo *pcTask = idleTaskAt(nTaskPos, strError);
+    return transConfigStr(pcTask ? pcTask->showConfigWindow(nArithmPos) : strError);
+}
+
+char *selectDataSource(int nTaskPos)
+{
+    init();
+    QString strError;
+    TaskInfo *pcTask = idleTaskAt(nTaskPos, strError);
+    if (!pcTask)
+        return transConfigStr(strError);
+    pcTask->selectDataSource();
+    return gszBlank;
 }
 
 void useDrawingWindow(int nPos, int nWidth, int nHeight)

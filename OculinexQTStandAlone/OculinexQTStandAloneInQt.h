@@ -63,6 +63,12 @@ OCULINEXQTSTANDALONE_EXPORT void useDrawingWindow(int nPos, int nWidth, int nHei
 /// none (nothing is painted) or an argument is bad. Call it on one buffer until it returns 0 or -1.
 OCULINEXQTSTANDALONE_EXPORT int getDrawingWindow(int nPos, unsigned char *puchDIB, int nWidth, int nHeight);
 
+/// Opens the configuration window of a step (GUI thread); "" or the reason why it can't be opened.
+/// What goes wrong with the step itself arrives as an error message.
+OCULINEXQTSTANDALONE_EXPORT char *showConfigWindow(int nTaskPos, int nArithmPos);
+/// Lets the user choose the task's data source (GUI thread); "" or the reason why that can't be.
+OCULINEXQTSTANDALONE_EXPORT char *selectDataSource(int nTaskPos);
+
 /// Switches the collection of status figures on or off (off at first).
 OCULINEXQTSTANDALONE_EXPORT void enableTaskStatus(bool bEnabled);
 /// The figures of one task; false for a position without a task.

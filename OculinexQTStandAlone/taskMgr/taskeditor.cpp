@@ -1,8 +1,118 @@
 #include "taskMgr/taskMgr.h"
 
+#include <QApplication>
+#include <QComboBox>
+#include <QMenu>
+#include <QMessageBox>
+#include <QPointer>
 #include <QTableWidget>
 
+#include "arithmMgr/arithmmgr.h"
+#include "arithmMgr/arithms.h"
+#include "arithmparammgr.h"
+#include "logging.h"
+#include "taskMgr/dialoghold.h"
 #include "taskMgr/flowtable.h"
+
+namespace
+{
+constexpr int EDITOR_TIMEOUT_MS = 10000; ///< for a run that prepares or tries the flow
+constexpr int MENU_OFFSET = 20;          ///< pixels below the point that was asked for
+constexpr int WHOLE_FLOW = -1;
+
+QTableWidget *tableOf(const TaskInfo &cTask)
+{
+    return qobject_cast<QTableWidget *>(cTask.m_pcTaskFlow);
+}
+
+/// Row of the first selected item; -1 when there is none.
+int selectedRow(const TaskInfo &cTask)
+{
+    const QTableWidget *pcTable = tableOf(cTask);
+    const QList<QTableWidgetItem *> lstSelected =
+        pcTable ? pcTable->selectedItems() : QList<QTableWidgetItem *>();
+    return lstSelected.isEmpty() ? -1 : lstSelected.constFirst()->row();
+}
+
+int showBox(const TaskInfo &cTask, QMessageBox::Icon eIcon, const QString &strText,
+            QMessageBox::StandardButtons eButtons, QMessageBox::StandardButton eDefault)
+{
+    if (!qobject_cast<QApplication *>(QCoreApplication::instance())) {
+        qCWarning(lcTask, "%s", qUtf8Printable(strText));
+        return QMessageBox::NoButton;
+    }
+    // On the heap: the box goes with the table when that is deleted meanwhile.
+    QPointer<QMessageBox> pcBox =
+        new QMessageBox(eIcon, QStringLiteral("Warning"), strText, eButtons, tableOf(cTask));
+    pcBox->setDefaultButton(eDefault);
+    const int nPressed = pcBox->exec();
+    delete pcBox;
+    return nPressed;
+}
+
+void warn(const TaskInfo &cTask, const QString &strText)
+{
+    showBox(cTask, QMessageBox::Information, strText, QMessageBox::Ok, QMessageBox::Ok);
+}
+
+/// Fills the store with what the steps before the given one leave there, so that the dialog of that
+/// step finds it. Returns the message of a run that failed.
+QString prepareStore(TaskInfo &cTask, int nStep)
+{
+    QString strMsg;
+    bool bDone = true;
+    if (cTask.m_pcDS)
+        cTask.m_pcDS->start();
+    if (nStep != 0)
+        bDone = cTask.runOnce(strMsg, true, nStep == WHOLE_FLOW ? -1 : nStep - 1, EDITOR_TIMEOUT_MS);
+    else if (cTask.m_pcDS)
+        cTask.m_pcDS->execute();
+    if (cTask.m_pcDS)
+        cTask.m_pcDS->stop();
+    return bDone ? QString() : strMsg;
+}
+
+/// The config string that the user gives a step, after the store was filled for it; empty when
+/// cancelled.
+QString configFromWindow(TaskInfo &cTask, const DialogHold &cHold, const TaskItem &cItem, int nStep)
+{
+    Arithm *pcArithm = ArithmMgr::getInstance()->getArithm(cItem.m_strArithmID);
+    if (!pcArithm) {
+        warn(cTask, QStringLiteral("Arithm is not finded."));
+        return QString();
+    }
+    cTask.m_pcAPM->clean();
+    const QString strMsg = prepareStore(cTask, nStep);
+    if (!strMsg.isEmpty())
+        warn(cTask, strMsg);
+    return cHold.mayEdit() ? pcArithm->showConfigWindow(cItem.m_strOptionStr, cTask.m_pcAPM) : QString();
+}
+
+void callBack(void (*fnCallBack)(QString), const QString &strText)
+{
+    if (fnCallBack)
+        fnCallBack(strText);
+}
+
+void setIndexFrom1(QObject *pcCombo, int nIndex)
+{
+    auto *pcBox = qobject_cast<QComboBox *>(pcCombo);
+    if (pcBox && nIndex >= 1)
+        pcBox->setCurrentIndex(nIndex);
+}
+
+/// Stores the host's widget in the task, which forgets it when the widget is deleted first.
+void attach(TaskInfo &cTask, QObject *TaskInfo::*pcMember, QObject *pcWidget)
+{
+    cTask.*pcMember = pcWidget;
+    if (!pcWidget)
+        return;
+    QObject::connect(pcWidget, &QObject::destroyed, &cTask, [&cTask, pcMember](QObject *pcGone) {
+        if (cTask.*pcMember == pcGone)
+            cTask.*pcMember = nullptr;
+    });
+}
+} // namespace
 
 void insertFlowRow(QObject *pcTable, int nRow, const TaskItem &cItem)
 {
@@ -22,4 +132,267 @@ void insertFlowRow(QObject *pcTable, int nRow, const TaskItem &cItem)
     pcFlow->setItem(nRow, 2, pcTime);
 }
 
-void TaskInfo::disconnectEvents() {}
+void TaskInfo::addRunTaskButton(QObject *pcButton)
+{
+    attach(*this, &TaskInfo::m_pcRunTask, pcButton);
+}
+
+void TaskInfo::addViewSelectCombo(QObject *pcCombo)
+{
+    attach(*this, &TaskInfo::m_pcViewSelect, pcCombo);
+    setIndexFrom1(pcCombo, m_nWhichView);
+}
+
+void TaskInfo::addThreadSelectCombo(QObject *pcCombo)
+{
+    attach(*this, &TaskInfo::m_pcThreadSelect, pcCombo);
+    setIndexFrom1(pcCombo, m_nWhichKernel);
+}
+
+void TaskInfo::addSelectDataSourceButton(QObject *pcButton)
+{
+    attach(*this, &TaskInfo::m_pcDataSource, pcButton);
+}
+
+void TaskInfo::addTaskFlowListWidget(QObject *pcTable)
+{
+    attach(*this, &TaskInfo::m_pcTaskFlow, pcTable);
+}
+
+void TaskInfo::connectEvents()
+{
+    // By name: a host may attach any object that has these signals.
+    if (m_pcRunTask)
+        connect(m_pcRunTask, SIGNAL(clicked()), this, SLOT(RunClicked()));
+    if (m_pcViewSelect)
+        connect(m_pcViewSelect, SIGNAL(currentIndexChanged(int)), this, SLOT(ViewSelected(int)));
+    if (m_pcThreadSelect)
+        connect(m_pcThreadSelect, SIGNAL(currentIndexChanged(int)), this, SLOT(ThreadSelected(int)));
+    if (m_pcDataSource)
+        connect(m_pcDataSource, SIGNAL(clicked()), this, SLOT(DataSourceClicked()));
+    if (!m_pcTaskFlow)
+        return;
+    if (auto *pcWidget = qobject_cast<QWidget *>(m_pcTaskFlow))
+        pcWidget->setContextMenuPolicy(Qt::CustomContextMenu);
+    connect(m_pcTaskFlow, SIGNAL(customContextMenuRequested(QPoint)), this, SLOT(showContextmenu(QPoint)));
+    connect(m_pcTaskFlow, SIGNAL(cellChanged(int, int)), this, SLOT(TaskFlowTblCellChanged(int, int)));
+    connect(m_pcTaskFlow, SIGNAL(itemPressed(QTableWidgetItem *)), this,
+            SLOT(TableItemClicked(QTableWidgetItem *)));
+}
+
+void TaskInfo::disconnectEvents()
+{
+    // From all receivers. The core combo box and the table's cells and presses stay connected on
+    // purpose: a host that has taken the events off may still edit the steps and the core.
+    if (m_pcRunTask)
+        disconnect(m_pcRunTask, SIGNAL(clicked()), nullptr, nullptr);
+    if (m_pcViewSelect)
+        disconnect(m_pcViewSelect, SIGNAL(currentIndexChanged(int)), nullptr, nullptr);
+    if (m_pcDataSource)
+        disconnect(m_pcDataSource, SIGNAL(clicked()), nullptr, nullptr);
+    if (m_pcTaskFlow)
+        disconnect(m_pcTaskFlow, SIGNAL(customContextMenuRequested(QPoint)), nullptr, nullptr);
+}
+
+void TaskInfo::showContextmenu(QPoint cPos)
+{
+    QTableWidget *pcTable = tableOf(*this);
+    if (m_hThread != 0 || !pcTable)
+        return;
+    if (!m_pcMenu) {
+        m_pcMenu = new QMenu(pcTable);
+        connect(m_pcMenu, &QObject::destroyed, this, [this] {
+            m_pcMenu = nullptr;
+            m_mapArithm.clear();
+        });
+        QMenu *const apcKind[] = {m_pcMenu->addMenu(QStringLiteral("添加算法")),
+                                  m_pcMenu->addMenu(QStringLiteral("添加扩展算法"))};
+        ArithmMgr *pcArithms = ArithmMgr::getInstance();
+        for (const QString &strClass : pcArithms->getArithmClassNames()) {
+            QMenu *apcClass[] = {nullptr, nullptr};
+            for (const QString &strName : pcArithms->getArithmNames(strClass)) {
+                TaskItem cItem;
+                cItem.m_strArithmID = pcArithms->getArithm(strClass, strName);
+                cItem.m_strClassName = strClass;
+                cItem.m_strArithmName = strName;
+                Arithm *pcArithm = pcArithms->getArithm(cItem.m_strArithmID);
+                if (!pcArithm)
+                    continue;
+                const int nKind = pcArithm->IsExtLib() ? 1 : 0;
+                if (!apcClass[nKind]) {
+                    apcClass[nKind] = apcKind[nKind]->addMenu(strClass);
+                    connect(apcClass[nKind], &QMenu::triggered, this, &TaskInfo::addArithm);
+                }
+                m_mapArithm.insert(apcClass[nKind]->addAction(strName), cItem);
+            }
+        }
+        m_pcMenu->addSeparator();
+        m_pcMenu->addAction(QStringLiteral("修改配置"), this, &TaskInfo::modifyOption);
+        m_pcMenu->addAction(QStringLiteral("删除"), this, &TaskInfo::delArithm);
+        m_pcMenu->addSeparator();
+        m_pcMenu->addAction(QStringLiteral("执行到选中算法"), this, &TaskInfo::runHere);
+    }
+    m_pcMenu->popup(pcTable->mapToGlobal(cPos + QPoint(0, MENU_OFFSET)));
+}
+
+void TaskInfo::addArithm(QAction *pcAction)
+{
+    const int nRow = selectedRow(*this);
+    if (nRow >= 0) {
+        insertArithm(nRow, pcAction);
+        return;
+    }
+    const DialogHold cHold(*this);
+    TaskItem cItem = m_mapArithm.value(pcAction);
+    cItem.m_strOptionStr = configFromWindow(*this, cHold, cItem, WHOLE_FLOW);
+    if (cItem.m_strOptionStr.isEmpty() || !cHold.mayEdit())
+        return;
+    m_lstArithm.append(cItem);
+    insertFlowRow(m_pcTaskFlow, -1, cItem);
+}
+
+void TaskInfo::insertArithm(int nRow, QAction *pcAction)
+{
+    if (nRow < 0 || nRow >= m_lstArithm.size())
+        return;
+    const DialogHold cHold(*this);
+    TaskItem cItem = m_mapArithm.value(pcAction);
+    cItem.m_strOptionStr = configFromWindow(*this, cHold, cItem, nRow);
+    if (cItem.m_strOptionStr.isEmpty() || !cHold.mayEdit() || nRow > m_lstArithm.size())
+        return;
+    m_lstArithm.insert(nRow, cItem);
+    insertFlowRow(m_pcTaskFlow, nRow, cItem);
+}
+
+void TaskInfo::delArithm()
+{
+    const DialogHold cHold(*this);
+    if (selectedRow(*this) < 0) {
+        warn(*this, QStringLiteral("No arithm have been selected."));
+        return;
+    }
+    const int nAnswer =
+        showBox(*this, QMessageBox::Question,
+                QStringLiteral("Would you like to delete the arithm? It can not be recover after delete."),
+                QMessageBox::Yes | QMessageBox::No, QMessageBox::No);
+    const int nRow = cHold.mayEdit() ? selectedRow(*this) : -1;
+    if (nAnswer != QMessageBox::Yes || nRow < 0)
+        return;
+    if (nRow < m_lstArithm.size()) {
+        prepareForRemoveArithm(m_lstArithm.at(nRow));
+        m_lstArithm.removeAt(nRow);
+    }
+    m_pcLastSelectedItem = nullptr;
+    tableOf(*this)->removeRow(nRow);
+}
+
+void TaskInfo::prepareForRemoveArithm(TaskItem) {}
+
+void TaskInfo::modifyOption()
+{
+    const DialogHold cHold(*this);
+    const int nRow = selectedRow(*this);
+    if (nRow < 0) {
+        warn(*this, QStringLiteral("No arithm have been selected."));
+        return;
+    }
+    if (nRow >= m_lstArithm.size()) {
+        warn(*this, QStringLiteral("Serious error, arithm num is not equal with arithm list，"
+                                   "please reconfig this task."));
+        return;
+    }
+    const TaskItem cItem = m_lstArithm.at(nRow);
+    if (!ArithmMgr::getInstance()->getArithm(cItem.m_strArithmID)) {
+        warn(*this, QStringLiteral("No arithm have been selected, please delete it."));
+        return;
+    }
+    const QString strConfig = configFromWindow(*this, cHold, cItem, nRow);
+    if (!strConfig.isEmpty() && cHold.mayEdit() && nRow < m_lstArithm.size())
+        m_lstArithm[nRow].m_strOptionStr = strConfig;
+}
+
+QString TaskInfo::showConfigWindow(int nArithmPos)
+{
+    if (nArithmPos < 0 || nArithmPos >= m_lstArithm.size())
+        return QString();
+    const DialogHold cHold(*this);
+    const TaskItem cItem = m_lstArithm.at(nArithmPos);
+    Arithm *pcArithm = ArithmMgr::getInstance()->getArithm(cItem.m_strArithmID);
+    if (!pcArithm) {
+        callBack(m_fnHaveErrorMessage, QStringLiteral("Arithm is not finded, please delete this arithm."));
+        return QString();
+    }
+    const auto fnHaveErrorMessage = m_fnHaveErrorMessage;
+    const QString strMsg = prepareStore(*this, nArithmPos);
+    if (!strMsg.isEmpty())
+        callBack(fnHaveErrorMessage, strMsg);
+    if (!cHold.mayEdit())
+        return QString();
+    const QString strConfig = pcArithm->showConfigWindow(cItem.m_strOptionStr, m_pcAPM);
+    if (strConfig.startsWith(QLatin1String("ERR:")))
+        callBack(fnHaveErrorMessage, strConfig);
+    else if (!strConfig.isEmpty() && cHold.mayEdit() && nArithmPos < m_lstArithm.size())
+        m_lstArithm[nArithmPos].m_strOptionStr = strConfig;
+    return QString();
+}
+
+void TaskInfo::selectDataSource()
+{
+    const DialogHold cHold(*this);
+    QString strConfig = m_strDataSourceConfigString;
+    DataSource::DataSourceInstance *pcDS = DataSource::getInstance()->newDataSource(m_pcAPM, strConfig);
+    if (!pcDS)
+        return;
+    if (!cHold.mayEdit()) {
+        delete pcDS;
+        return;
+    }
+    delete m_pcDS;
+    m_pcDS = pcDS;
+    m_strDataSourceConfigString = strConfig;
+}
+
+void TaskInfo::DataSourceClicked()
+{
+    selectDataSource();
+}
+
+void TaskInfo::runHere()
+{
+    const DialogHold cHold(*this);
+    const int nRow = selectedRow(*this);
+    if (nRow < 0) {
+        warn(*this, QStringLiteral("No arithm is selected."));
+        return;
+    }
+    const QString strMsg = prepareStore(*this, nRow + 1);
+    if (!strMsg.isEmpty())
+        warn(*this, strMsg);
+}
+
+void TaskInfo::TaskFlowTblCellChanged(int nRow, int nColumn)
+{
+    const QTableWidget *pcTable = tableOf(*this);
+    const QTableWidgetItem *pcCell = pcTable ? pcTable->item(nRow, nColumn) : nullptr;
+    if (!pcCell || nRow < 0 || nRow >= m_lstArithm.size())
+        return;
+    if (nColumn == 0)
+        m_lstArithm[nRow].m_strDescribe = pcCell->text();
+    bool bNumber = false;
+    const int nTimes = pcCell->text().toInt(&bNumber);
+    if (nColumn == 1 && bNumber)
+        m_lstArithm[nRow].m_nMaxExeTimes = nTimes;
+}
+
+void TaskInfo::TableItemClicked(QTableWidgetItem *pcItem)
+{
+    QTableWidget *pcTable = tableOf(*this);
+    if (!pcTable)
+        return;
+    if (pcItem != m_pcLastSelectedItem) {
+        m_pcLastSelectedItem = pcTable->selectedItems().value(0);
+        return;
+    }
+    m_pcLastSelectedItem = nullptr;
+    pcTable->clearSelection();
+}

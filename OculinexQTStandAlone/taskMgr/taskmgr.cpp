@@ -9,6 +9,7 @@
 #include "globalfunction.h"
 #include "qguard.h"
 #include "taskMgr/blockreader.h"
+#include "taskMgr/dialoghold.h"
 #include "taskMgr/flowtable.h"
 #include "taskMgr/taskrecord.h"
 
@@ -259,7 +260,7 @@ void TaskMgr::removeTask(int nPos)
         QGuard cGuard(s_cMapMutex);
         pcTask = m_mapTask.take(nPos);
     }
-    delete pcTask;
+    DialogHold::destroy(pcTask);
 }
 
 void TaskMgr::clear()
@@ -269,7 +270,8 @@ void TaskMgr::clear()
         QGuard cGuard(s_cMapMutex);
         mapTask.swap(m_mapTask);
     }
-    qDeleteAll(mapTask);
+    for (TaskInfo *pcTask : qAsConst(mapTask))
+        DialogHold::destroy(pcTask);
 }
 
 QString TaskMgr::toString()
