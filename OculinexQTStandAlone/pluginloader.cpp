@@ -63,7 +63,8 @@ void PluginLoader::loadAll(const QString &strFolder, const std::vector<const cha
 {
     const QDir cDir(applicationDir() + QLatin1Char('/') + strFolder);
     for (const QFileInfo &cFile : cDir.entryInfoList(QDir::Files)) {
-        if (!cFile.fileName().endsWith(QLatin1String(".so"), Qt::CaseInsensitive))
+        // A link that leads to a pipe is listed as a file; opening it would wait for a writer.
+        if (!cFile.isFile() || !cFile.fileName().endsWith(QLatin1String(".so"), Qt::CaseInsensitive))
             continue;
         const QString strPath = cFile.absoluteFilePath();
         if (isTruncated(strPath)) {

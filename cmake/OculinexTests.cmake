@@ -14,7 +14,7 @@ function(oculinex_add_test name)
         OCULINEX_SOURCE_DIR="${PROJECT_SOURCE_DIR}" OCULINEX_BINARY_DIR="${PROJECT_BINARY_DIR}")
     target_link_libraries(${name} PRIVATE
         OculinexQTStandAlone ArithmParamMgr Qt5::Test ${ARG_LIBRARIES})
-    add_dependencies(${name} probe probesource)
+    add_dependencies(${name} named probe probesource)
     add_test(NAME ${name} COMMAND ${name})
     set_tests_properties(${name} PROPERTIES LABELS "${ARG_LABELS}" TIMEOUT 300
         ENVIRONMENT "QT_QPA_PLATFORM=offscreen;LC_ALL=C.UTF-8")

@@ -1,0 +1,476 @@
+// The registry of algorithms as a host meets it: folders of good and bad files beside the executable,
+// look-ups by several threads, algorithms that misbehave.
+
+#include <dlfcn.h>
+#include <link.h>
+#include <pthread.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <thread>
+
+#include <QApplication>
+#include <QMessageBox>
+#include <QTimer>
+#include <QtTest>
+
+#include "arithmMgr/arithmmgr.h"
+#include "arithmMgr/arithmregister.h"
+#include "arithmparammgr.h"
+#include "fixtures/neighbourhood.h"
+
+namespace
+{
+/// A registry made anew, as by the first look-up of a process. Earlier ones live on: what they
+/// loaded is in use for good.
+ArithmFactory *rebuild()
+{
+    static QList<ArithmFactory *> s_lstEarlier;
+    s_lstEarlier.append(ArithmFactory::s_pcAF);
+    ArithmFactory::s_pcAF = nullptr;
+    return ArithmFactory::getInstance();
+}
+
+/// The IDs in registry order, without the built-in algorithms.
+QStringList pluginIDs()
+{
+    QStringList lstIDs;
+    for (const ArithmFactory::ArithmInfo &cInfo : *ArithmFactory::getInstance()->getArithms())
+        if (cInfo.m_strClass != QStringLiteral("系统"))
+            lstIDs.append(cInfo.m_pcArithm->getID());
+    return lstIDs;
+}
+
+QByteArray patched(QByteArray achFile, int nOffset, char chValue)
+{
+    achFile[nOffset] = chValue;
+    return achFile;
+}
+
+/// Where the last segment, which holds the data, begins in a library.
+int lastSegment(const QByteArray &achFile)
+{
+    ElfW(Ehdr) cHeader;
+    memcpy(&cHeader, achFile.constData(), sizeof cHeader);
+    quint64 nLast = 0;
+    for (size_t i = 0; i < cHeader.e_phnum; ++i) {
+        ElfW(Phdr) cSegment;
+        memcpy(&cSegment, achFile.constData() + cHeader.e_phoff + i * sizeof cSegment, sizeof cSegment);
+        if (cSegment.p_type == PT_LOAD)
+            nLast = cSegment.p_offset;
+    }
+    return static_cast<int>(nLast);
+}
+
+bool isMapped(const QString &strPath)
+{
+    return dlopen(QFile::encodeName(strPath).constData(), RTLD_LAZY | RTLD_NOLOAD) != nullptr;
+}
+
+/// Answers each message box that appears with its button, as a user who reads them one by one.
+class BoxReader : public QObject
+{
+public:
+    BoxReader()
+    {
+        connect(&m_cTimer, &QTimer::timeout, this, [this] {
+            if (auto *pcBox = qobject_cast<QMessageBox *>(QApplication::activeModalWidget())) {
+                // A host that polls its tasks looks algorithms up while the box is open.
+                ArithmMgr::getInstance()->getArithm(QStringLiteral("no such ID"));
+                m_lstTexts.append(pcBox->windowTitle() + QStringLiteral(": ") + pcBox->text());
+                pcBox->accept();
+            }
+        });
+        m_cTimer.start(1);
+    }
+
+    QStringList m_lstTexts;
+
+private:
+    QTimer m_cTimer;
+};
+} // namespace
+
+/// Before the host has an application object.
+class TestWithoutApplication : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void looksBesideTheExecutable()
+    {
+        const Neighbourhood cHere;
+        cHere.plugin(QStringLiteral("baseArithm/bare-C-N.so"));
+        cHere.write(QStringLiteral("baseArithm/barebroken.so"), "text");
+        const Warnings cWarnings;
+        rebuild();
+        QCOMPARE(pluginIDs(), QStringList{QStringLiteral("bare")});
+        const QStringList lstTexts = cWarnings.taken();
+        QCOMPARE(lstTexts.size(), 1);
+        QVERIFY2(lstTexts[0].contains(QLatin1String("barebroken.so")), qPrintable(lstTexts[0]));
+        QVERIFY(!QCoreApplication::instance());
+    }
+};
+
+class TestRegistry : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init() { m_cHere.clear(); }
+
+    void scansInOrder()
+    {
+        for (const char *szFile :
+             {"baseArithm/order_b-Two-N2.so", "baseArithm/ORDER_A-One-N1.so", "baseArithm/order_c-One-N1.SO",
+              "baseArithm/order_d-One-N3.So", "extArithm/order_0-One-N2.so", "extArithm/order_b-Two-N2.so",
+              "baseArithm/order_e-One-N1.so.1", "baseArithm/order_f-One-N1.so.bak",
+              "baseArithm/order_g.so/x.so", "order_h-One-N1.so"})
+            m_cHere.plugin(QLatin1String(szFile));
+        rebuild();
+        QCOMPARE(pluginIDs(), QStringList({QStringLiteral("ORDER_A"), QStringLiteral("order_b"),
+                                           QStringLiteral("order_c"), QStringLiteral("order_d"),
+                                           QStringLiteral("order_0"), QStringLiteral("order_b")}));
+        QFile::remove(m_cHere.path(QStringLiteral("order_h-One-N1.so")));
+
+        ArithmMgr &cMgr = *ArithmMgr::getInstance();
+        QCOMPARE(ArithmFactory::getInstance()->m_lstArithmLib.size(), 6);
+        QList<QString> lstClasses = cMgr.getArithmClassNames();
+        lstClasses.removeOne(QStringLiteral("系统"));
+        QCOMPARE(lstClasses, QList<QString>({QStringLiteral("One"), QStringLiteral("Two")}));
+        QCOMPARE(cMgr.getArithmNames(QStringLiteral("One")),
+                 QList<QString>({QStringLiteral("N1"), QStringLiteral("N3"), QStringLiteral("N2")}));
+        QCOMPARE(cMgr.getArithmNames(QStringLiteral("one")), QList<QString>());
+        QCOMPARE(cMgr.getArithm(QStringLiteral("One"), QStringLiteral("N1")), QStringLiteral("ORDER_A"));
+        QCOMPARE(cMgr.getArithm(QStringLiteral("One"), QStringLiteral("n1")), QString());
+        QCOMPARE(cMgr.getArithm(QString(), QString()), QString());
+        QCOMPARE(cMgr.getArithm(QStringLiteral("order_a")), nullptr);
+        // The base plug-in wins over the extension of the same ID.
+        QVERIFY(!cMgr.getArithm(QStringLiteral("order_b"))->IsExtLib());
+        QVERIFY(cMgr.getArithm(QStringLiteral("order_0"))->IsExtLib());
+    }
+
+    void builtInsComeFirst()
+    {
+        const QStringList lstNames{QStringLiteral("写内存盘"), QStringLiteral("绘制对象"),
+                                   QStringLiteral("保存图像"), QStringLiteral("加载图像")};
+        const QStringList lstIDs{QStringLiteral("KQ_MemoryDisk"), QStringLiteral("KQ_Drawing"),
+                                 QStringLiteral("KQ_Saving"), QStringLiteral("KQ_Loading")};
+        for (const QString &strID : lstIDs)
+            m_cHere.plugin(QStringLiteral("baseArithm/%1-Taken-Name.so").arg(strID));
+        const QList<ArithmFactory::ArithmInfo> lstInfo = *rebuild()->getArithms();
+        QCOMPARE(pluginIDs().size(), lstIDs.size());
+        QStringList lstFound;
+        for (const ArithmFactory::ArithmInfo &cInfo : lstInfo) {
+            const QString strID = cInfo.m_pcArithm->getID();
+            if (cInfo.m_strClass != QStringLiteral("系统"))
+                break;
+            QCOMPARE(cInfo.m_strName, lstNames.value(lstIDs.indexOf(strID)));
+            QCOMPARE(ArithmMgr::getInstance()->getArithm(strID), cInfo.m_pcArithm);
+            lstFound.append(strID);
+        }
+        QStringList lstOrdered = lstIDs;
+        lstOrdered.erase(std::remove_if(lstOrdered.begin(), lstOrdered.end(),
+                                        [&](const QString &strID) { return !lstFound.contains(strID); }),
+                         lstOrdered.end());
+        QCOMPARE(lstFound, lstOrdered);
+    }
+
+    /// A host adds an algorithm of its own; the first of an ID wins.
+    void findsWhatIsAppended()
+    {
+        m_cHere.plugin(QStringLiteral("baseArithm/plugged-C-N.so"));
+        ArithmFactory &cFactory = *rebuild();
+        QCOMPARE(cFactory.getArithm(QStringLiteral("appended")), nullptr);
+        QVERIFY(!cFactory.m_mapArithm.contains(QStringLiteral("appended")));
+        Arithm *const pcPlugged = cFactory.getArithm(QStringLiteral("plugged"));
+        QVERIFY(pcPlugged);
+        static Arithm s_cSame(
+            false, [] { return "plugged"; }, nullptr, nullptr);
+        static Arithm s_cNew(
+            false, [] { return "appended"; }, nullptr, nullptr);
+        static Arithm s_cEmpty(true, nullptr, nullptr, nullptr);
+        for (Arithm *pcArithm : {&s_cSame, &s_cNew, &s_cEmpty})
+            cFactory.getArithms()->append({QStringLiteral("C"), QStringLiteral("N2"), pcArithm});
+        QCOMPARE(cFactory.getArithm(QStringLiteral("plugged")), pcPlugged);
+        QCOMPARE(cFactory.getArithm(QStringLiteral("appended")), &s_cNew);
+        QCOMPARE(cFactory.m_mapArithm.value(QStringLiteral("appended")), &s_cNew);
+        QCOMPARE(cFactory.getArithm(QString()), &s_cEmpty);
+        QString strConfig = QStringLiteral("config");
+        QCOMPARE(s_cEmpty.execute(strConfig, nullptr), QString());
+        QCOMPARE(s_cEmpty.showConfigWindow(strConfig, nullptr), QString());
+    }
+
+    void skipsWhatCannotBeLoaded_data()
+    {
+        const QByteArray achGood = m_cHere.named();
+        QTest::addColumn<QByteArray>("achFile");
+        QTest::newRow("empty") << QByteArray();
+        QTest::newRow("text") << QByteArray("#!/bin/sh\necho not a library\n");
+        QTest::newRow("magic") << achGood.left(4);
+        QTest::newRow("header") << achGood.left(64);
+        QTest::newRow("segments") << achGood.left(700);
+        QTest::newRow("page") << achGood.left(4096);
+        QTest::newRow("last segment") << achGood.left(lastSegment(achGood));
+        QTest::newRow("machine") << patched(achGood, 18, char(EM_S390));
+        QTest::newRow("class") << patched(achGood, EI_CLASS, ELFCLASS32);
+        QTest::newRow("byte order") << patched(achGood, EI_DATA, ELFDATA2MSB);
+        QTest::newRow("executable") << m_cHere.read(QStringLiteral("registry/tst_registry"));
+        QTest::newRow("missing import") << m_cHere.namedWithout("dladdr");
+    }
+
+    void skipsWhatCannotBeLoaded()
+    {
+        QFETCH(QByteArray, achFile);
+        const QString strTag =
+            QString::fromLatin1(QTest::currentDataTag()).replace(QLatin1Char(' '), QLatin1Char('_'));
+        const QString strFile = QStringLiteral("baseArithm/bad_%1-C-N.so").arg(strTag);
+        m_cHere.write(strFile, achFile);
+        m_cHere.plugin(QStringLiteral("extArithm/after_bad_%1-C-N.so").arg(strTag));
+        const QStringList lstGood{QStringLiteral("after_bad_%1").arg(strTag)};
+
+        BoxReader cReader;
+        rebuild();
+        QCOMPARE(pluginIDs(), lstGood);
+        QCOMPARE(cReader.m_lstTexts.size(), 1);
+        QVERIFY2(cReader.m_lstTexts[0].startsWith(QLatin1String("Warning: ")) &&
+                     cReader.m_lstTexts[0].contains(m_cHere.path(strFile)),
+                 qPrintable(cReader.m_lstTexts[0]));
+
+        // Off the GUI thread nobody could answer a box.
+        const Warnings cWarnings;
+        std::thread(rebuild).join();
+        QCOMPARE(pluginIDs(), lstGood);
+        QCOMPARE(cWarnings.taken().size(), 1);
+        QCOMPARE(cReader.m_lstTexts.size(), 1);
+    }
+
+    /// What is no file, or a link into nowhere, is passed over without a word.
+    void skipsWhatIsNoFile()
+    {
+        m_cHere.write(QStringLiteral("baseArithm/directory.so/file"), {});
+        QVERIFY(QFile::link(QStringLiteral("nowhere.so"),
+                            m_cHere.path(QStringLiteral("baseArithm/dangling.so"))));
+        QCOMPARE(
+            mkfifo(QFile::encodeName(m_cHere.path(QStringLiteral("baseArithm/fifo.so"))).constData(), 0600),
+            0);
+        QVERIFY(QFile::link(QStringLiteral("fifo.so"), m_cHere.path(QStringLiteral("baseArithm/link.so"))));
+        const Warnings cWarnings;
+        const BoxReader cReader;
+        rebuild();
+        QCOMPARE(pluginIDs(), QStringList());
+        QCOMPARE(cReader.m_lstTexts + cWarnings.taken(), QStringList());
+    }
+
+    void skipsUnreadableFile()
+    {
+        if (geteuid() == 0)
+            QSKIP("root reads every file");
+        m_cHere.plugin(QStringLiteral("baseArithm/unreadable-C-N.so"));
+        QFile::setPermissions(m_cHere.path(QStringLiteral("baseArithm/unreadable-C-N.so")), {});
+        const BoxReader cReader;
+        rebuild();
+        QCOMPARE(pluginIDs(), QStringList());
+        QCOMPARE(cReader.m_lstTexts.size(), 1);
+    }
+
+    void skipsWhatLacksASymbol()
+    {
+        QStringList lstFiles;
+        for (const char *szSymbol :
+             {"getID", "showConfigWindow", "execute", "getArithmClass", "getArithmName"}) {
+            lstFiles.append(QStringLiteral("baseArithm/lacks_%1-C-N.so").arg(QLatin1String(szSymbol)));
+            m_cHere.write(lstFiles.last(), m_cHere.namedWithout(szSymbol));
+        }
+        const Warnings cWarnings;
+        const BoxReader cReader;
+        const ArithmFactory &cFactory = *rebuild();
+        QCOMPARE(pluginIDs(), QStringList());
+        QCOMPARE(cFactory.m_lstArithmLib.size(), 0);
+        QCOMPARE(cReader.m_lstTexts + cWarnings.taken(), QStringList());
+        for (const QString &strFile : qAsConst(lstFiles))
+            QVERIFY(isMapped(m_cHere.path(strFile)));
+    }
+
+    /// Texts about itself that a plug-in gets wrong.
+    void takesPoorTexts()
+    {
+        for (const char *szFile :
+             {"1throw-throw-throw.so", "2-null-null.so", "3-bytes-bytes.so", "throw-C-N.so"})
+            m_cHere.plugin(QStringLiteral("baseArithm/") + QLatin1String(szFile));
+        const Warnings cWarnings;
+        const QList<ArithmFactory::ArithmInfo> lstInfo = *rebuild()->getArithms();
+        QCOMPARE(pluginIDs(), QStringList({QStringLiteral("1throw"), QStringLiteral("2"), QStringLiteral("3"),
+                                           QString()}));
+        const QString strBytes = QStringLiteral("a\uFFFD");
+        const QList<QString> lstTexts{QString(), QString(), strBytes, QStringLiteral("C")};
+        for (int i = 0; i < 3; ++i) {
+            const ArithmFactory::ArithmInfo &cInfo = lstInfo[lstInfo.size() - 4 + i];
+            QCOMPARE(cInfo.m_strClass, lstTexts[i]);
+            QCOMPARE(cInfo.m_strName, lstTexts[i]);
+        }
+        // The class, the name, and each look at the ID of the last one.
+        const QStringList lstWarnings = cWarnings.taken();
+        QVERIFY(lstWarnings.size() >= 3);
+        QVERIFY2(lstWarnings[0].contains(QLatin1String("thrown")) &&
+                     lstWarnings[0].contains(QLatin1String("1throw-throw-throw.so")),
+                 qPrintable(lstWarnings[0]));
+        // It answers to the empty ID.
+        QCOMPARE(ArithmMgr::getInstance()->getArithm(QString()), lstInfo.last().m_pcArithm);
+    }
+
+    void executes_data()
+    {
+        QTest::addColumn<QByteArray>("achConfig");
+        QTest::addColumn<QString>("strResult");
+        QTest::addColumn<bool>("bLogged");
+        QTest::newRow("nothing") << QByteArray() << QString() << false;
+        QTest::newRow("text") << QByteArray("<Result>出错 ok</Result>") << QStringLiteral("出错 ok") << false;
+        QTest::newRow("null") << QByteArray("<Null>1</Null>") << QString() << false;
+        QTest::newRow("bad bytes") << QByteArray("<Hex>41ff42c3</Hex>") << QStringLiteral("A\uFFFDB\uFFFD")
+                                   << false;
+        QTest::newRow("long") << QByteArray("<Size>3000000</Size>") << QString(3000000, QLatin1Char('x'))
+                              << false;
+        QTest::newRow("long config") << QByteArray(5000, ' ') + "<Result>end</Result>"
+                                     << QStringLiteral("end") << false;
+        QTest::newRow("throws") << QByteArray("<Throw>no light</Throw>") << QStringLiteral("no light")
+                                << true;
+        QTest::newRow("throws int") << QByteArray("<ThrowInt>5</ThrowInt>")
+                                    << QStringLiteral("unknown exception") << true;
+        QTest::newRow("overwrites") << QByteArray("<Overwrite>1</Overwrite><Result>kept</Result>")
+                                    << QStringLiteral("kept") << false;
+    }
+
+    void executes()
+    {
+        QFETCH(QByteArray, achConfig);
+        QFETCH(QString, strResult);
+        QFETCH(bool, bLogged);
+        Arithm &cProbe = probe();
+        ArithmParamMgr cStore;
+        const Warnings cWarnings;
+        QString strConfig = QString::fromUtf8(achConfig);
+        const QByteArray achBefore(achConfig.constData(), achConfig.size());
+        for (int i = 0; i < 2; ++i) {
+            QCOMPARE(cProbe.execute(strConfig, &cStore), strResult);
+            QCOMPARE(cProbe.execute(achConfig, &cStore), strResult);
+        }
+        QCOMPARE(strConfig, QString::fromUtf8(achBefore));
+        QCOMPARE(achConfig, achBefore);
+        QCOMPARE(cWarnings.taken().size(), bLogged ? 4 : 0);
+        // The window gives the same, but no text of an exception: its result is a configuration.
+        QCOMPARE(cProbe.showConfigWindow(QStringLiteral("<Window>%1</Window>").arg(strConfig), &cStore),
+                 bLogged ? QString() : strResult);
+    }
+
+    /// A thread that is cancelled or exits inside an algorithm unwinds to its end.
+    void letsAThreadExit()
+    {
+        struct Run {
+            Arithm *m_pcProbe;
+            std::atomic<bool> m_bUnwound{false};
+            std::atomic<bool> m_bReturned{false};
+        } cRun{&probe()};
+        pthread_t hThread;
+        QCOMPARE(pthread_create(
+                     &hThread, nullptr,
+                     [](void *pvRun) -> void * {
+                         Run &cMine = *static_cast<Run *>(pvRun);
+                         struct Local {
+                             ~Local() { m_bUnwound = true; }
+                             std::atomic<bool> &m_bUnwound;
+                         } cLocal{cMine.m_bUnwound};
+                         cMine.m_pcProbe->execute(QByteArray("<ExitThread>1</ExitThread>"), nullptr);
+                         cMine.m_bReturned = true;
+                         return nullptr;
+                     },
+                     &cRun),
+                 0);
+        QCOMPARE(pthread_join(hThread, nullptr), 0);
+        QVERIFY(cRun.m_bUnwound);
+        QVERIFY(!cRun.m_bReturned);
+    }
+
+    /// Tasks that start together are the first to ask for the registry and for what it caches.
+    void servesThreadsAtOnce()
+    {
+        m_cHere.plugin(QStringLiteral("baseArithm/threads-C-N.so"));
+        ArithmFactory::s_pcAF = nullptr;
+        ArithmMgr::s_pcInstance = nullptr;
+        constexpr int THREADS = 4;
+        std::atomic<int> nReady{0};
+        std::atomic<int> nFound{0};
+        const auto fnTogether = [&](const auto &fnEach) {
+            nReady = 0;
+            std::vector<std::thread> vThreads;
+            for (int i = 0; i < THREADS; ++i)
+                vThreads.emplace_back([&] {
+                    ++nReady;
+                    while (nReady < THREADS)
+                        std::this_thread::yield();
+                    fnEach();
+                });
+            for (std::thread &cThread : vThreads)
+                cThread.join();
+        };
+        fnTogether([&] {
+            if (ArithmMgr::getInstance()->getArithm(QStringLiteral("threads")))
+                ++nFound;
+        });
+        QCOMPARE(nFound.load(), THREADS);
+        QCOMPARE(pluginIDs(), QStringList{QStringLiteral("threads")});
+
+        // What was appended later is cached by the look-ups themselves.
+        static Arithm s_cLate(
+            false, [] { return "late"; }, nullptr, nullptr);
+        ArithmFactory::getInstance()->getArithms()->append(
+            {QStringLiteral("C"), QStringLiteral("N"), &s_cLate});
+        fnTogether([&] {
+            if (ArithmMgr::getInstance()->getArithm(QStringLiteral("late")) == &s_cLate &&
+                ArithmMgr::getInstance()->getArithm(QStringLiteral("threads")))
+                ++nFound;
+        });
+        QCOMPARE(nFound.load(), 2 * THREADS);
+    }
+
+    /// A registry that goes unloads its libraries, yet their code stays: a thread may be inside.
+    void keepsCodeOfUnloadedPlugins()
+    {
+        m_cHere.plugin(QStringLiteral("baseArithm/unloaded-C-N.so"));
+        static Arithm *s_pcArithm = nullptr;
+        {
+            auto pcFactory = std::make_unique<ArithmFactory>();
+            s_pcArithm = pcFactory->getArithm(QStringLiteral("unloaded"));
+            static const QList<ArithmFactory::ArithmInfo> s_lstInfo = *pcFactory->getArithms();
+            QCOMPARE(pcFactory->m_lstArithmLib.size(), 1);
+        }
+        QVERIFY(isMapped(m_cHere.path(QStringLiteral("baseArithm/unloaded-C-N.so"))));
+        QCOMPARE(s_pcArithm->getID(), QStringLiteral("unloaded"));
+    }
+
+private:
+    Arithm &probe()
+    {
+        static Arithm *s_pcProbe = nullptr;
+        if (!s_pcProbe) {
+            m_cHere.write(QStringLiteral("baseArithm/probe.so"),
+                          m_cHere.read(QStringLiteral("baseArithm/probe.so")));
+            s_pcProbe = rebuild()->getArithm(QStringLiteral("probe"));
+        }
+        return *s_pcProbe;
+    }
+
+    Neighbourhood m_cHere;
+};
+
+int main(int argc, char *argv[])
+{
+    TestWithoutApplication cBare;
+    if (const int nFailed = QTest::qExec(&cBare, argc, argv))
+        return nFailed;
+    const QApplication cApp(argc, argv);
+    TestRegistry cTest;
+    return QTest::qExec(&cTest, argc, argv);
+}
+
+#include "tst_registry.moc"
