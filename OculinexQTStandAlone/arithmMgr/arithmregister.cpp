@@ -11,6 +11,7 @@
 #include "Drawing/drawing.h"
 #include "LoadFile/loading.h"
 #include "MemoryDisk/memorydisk.h"
+#include "SaveFile/saving.h"
 #include "logging.h"
 #include "pluginloader.h"
 #include "singleton.h"
@@ -38,6 +39,7 @@ constexpr BuiltIn builtIn()
 const std::initializer_list<BuiltIn> BUILT_INS = {
     builtIn<MemoryDisk>(),
     builtIn<Drawing>(),
+    builtIn<Saving>(),
     builtIn<Loading>(),
 };
 

@@ -1,0 +1,205 @@
+#include "SaveFile/saving.h"
+
+#include <atomic>
+#include <cstring>
+#include <memory>
+
+#include <QDateTime>
+#include <QDir>
+#include <QImage>
+#include <QImageWriter>
+#include <QMutex>
+#include <QVector>
+
+#include "Drawing/drawing.h"
+#include "arithmparammgr.h"
+#include "configtext.h"
+#include "globalfunction.h"
+#include "logging.h"
+#include "qguard.h"
+#include "textbuffer.h"
+
+const char *Saving::s_ID = "KQ_Saving";
+char *Saving::s_pchConfigStr = TextBuffer::create();
+int Saving::s_nBuffLen = TextBuffer::INITIAL_LENGTH;
+
+namespace
+{
+QMutex gcMutexForConfigStr;  // guards Saving::s_pchConfigStr and its length
+std::atomic<int> gNumber{0}; // running number of the files of all save steps
+
+constexpr int WINDOW_STORE = 4; ///< <Wnd> of a picture of the store; below it views
+
+QString nameText(const ConfigText &cSettings, ArithmParamMgr *pcAPM)
+{
+    if (cSettings.number("IsStringID") < 1)
+        return cSettings.text("StringID");
+    const ParamStrings *pcStrings = pcAPM->getParamStrings(cSettings.number("StringID"));
+    QGuard cGuard(gcMutexForConfigStr);
+    const int nCopied = pcStrings->getString(Saving::s_pchConfigStr, Saving::s_nBuffLen - 1, 0);
+    Saving::s_pchConfigStr[nCopied] = '\0';
+    return QString::fromUtf8(Saving::s_pchConfigStr);
+}
+
+QString identity(const ConfigText &cSettings)
+{
+    switch (cSettings.number("Identity")) {
+    case 0: {
+        const QDateTime cNow = QDateTime::currentDateTime();
+        const QDate cDate = cNow.date();
+        const QTime cTime = cNow.time();
+        return QString::asprintf("[%d.%d.%d][%d.%d.%d][%d]", cDate.year(), cDate.month(), cDate.day(),
+                                 cTime.hour(), cTime.minute(), cTime.second(), cTime.msec());
+    }
+    case 1:
+        return QString::number(gNumber++);
+    default:
+        return QString();
+    }
+}
+
+QString extension(const ConfigText &cSettings)
+{
+    switch (cSettings.number("Format")) {
+    case 0:
+        return QStringLiteral(".jpg");
+    case 1:
+        return QStringLiteral(".png");
+    case 2:
+        return QStringLiteral(".bmp");
+    default:
+        return QString();
+    }
+}
+
+/// The full path of the file; makes its directory.
+QString filePath(const ConfigText &cSettings, ArithmParamMgr *pcAPM)
+{
+    const QString strName = nameText(cSettings, pcAPM);
+    const QString strIdentity = identity(cSettings);
+    const bool bExchanged = cSettings.number("Exg") == 1;
+    const QString strFile = (bExchanged ? strIdentity : strName) + cSettings.text("Separator") +
+                            (bExchanged ? strName : strIdentity) + extension(cSettings);
+
+    QString strBase = cSettings.text("BasePath");
+    if (!QDir(strBase).exists() && !QDir().mkdir(strBase))
+        qCWarning(lcFile).noquote() << "cannot make the directory" << strBase;
+    if (!strBase.endsWith(QDir::separator()))
+        strBase += QLatin1Char('/');
+    return strBase + strFile;
+}
+
+void save(const QImage &cImage, const QString &strPath)
+{
+    QImageWriter cWriter(strPath);
+    if (!cWriter.write(cImage))
+        qCWarning(lcFile).noquote() << "cannot save" << strPath + QLatin1Char(':') << cWriter.errorString();
+}
+
+void saveColour(ParamDIB *pcDIB, const QString &strPath)
+{
+    const int nWidth = pcDIB->getWidth();
+    const int nHeight = pcDIB->getHeight();
+    uchar *puchDIB = pcDIB->getDIB();
+    if (puchDIB == nullptr || nWidth < 1 || nHeight < 1)
+        return save(QImage(), strPath);
+    const int nStride = ((nWidth + 1) * 3) & ~3;
+    for (int y = 0; y < nHeight; ++y) {
+        uchar *puchRow = puchDIB + static_cast<size_t>(y) * static_cast<size_t>(nStride);
+        for (uchar *puchEnd = puchRow + 3 * static_cast<size_t>(nWidth); puchRow != puchEnd; puchRow += 3)
+            std::swap(puchRow[0], puchRow[2]);
+    }
+    save(QImage(static_cast<const uchar *>(puchDIB), nWidth, nHeight, nStride, QImage::Format_RGB888),
+         strPath);
+}
+
+void saveGrey(const ParamGray8 *pcGray8, const QString &strPath)
+{
+    const int nWidth = pcGray8->getWidth();
+    const int nHeight = pcGray8->getHeight();
+    const uchar *puchGray8 = pcGray8->getGray8();
+    if (puchGray8 == nullptr || nWidth < 1 || nHeight < 1)
+        return save(QImage(), strPath);
+    QImage cImage;
+    if (nWidth % 4 == 0) {
+        cImage = QImage(puchGray8, nWidth, nHeight, nWidth, QImage::Format_Indexed8);
+    } else {
+        cImage = QImage(nWidth, nHeight, QImage::Format_Indexed8);
+        for (int y = 0; y < cImage.height(); ++y)
+            memcpy(cImage.scanLine(y), puchGray8 + static_cast<size_t>(y) * static_cast<size_t>(nWidth),
+                   static_cast<size_t>(nWidth));
+    }
+    QVector<QRgb> vecTable(256);
+    for (int i = 0; i < vecTable.size(); ++i)
+        vecTable[i] = qRgb(i, i, i);
+    cImage.setColorTable(vecTable);
+    save(cImage, strPath);
+}
+
+void saveView(int nView, const QString &strPath)
+{
+    GlobalFunction *pcViews = GlobalFunction::getInstance();
+    GlobalFunction::ViewDrawOption *pcView = pcViews->requestViewDrawOption(nView);
+    if (pcView == nullptr)
+        return;
+    QImage cImage;
+    const bool bDrawn = pcView->haveDrawingOpt();
+    if (bDrawn) {
+        cImage = QImage(pcView->m_nViewWidth, pcView->m_nViewHeight, QImage::Format_RGB888);
+        cImage.fill(0);
+        while (Drawing::DrawingOpt *pcObject = pcView->popDrawingOpt()) {
+            const std::unique_ptr<Drawing::DrawingOpt> pcOwned(pcObject);
+            pcOwned->draw(&cImage, pcOwned->m_pcAPM);
+        }
+    }
+    pcViews->releaseViewDrawOption(nView, pcView);
+    if (bDrawn)
+        save(cImage, strPath);
+}
+} // namespace
+
+const char *Saving::getID()
+{
+    return s_ID;
+}
+
+QString Saving::getName()
+{
+    return QStringLiteral("保存图像");
+}
+
+QString Saving::getClass()
+{
+    return QStringLiteral("系统");
+}
+
+char *Saving::showConfigWindow(char * /*pchConfig*/, ArithmParamMgr * /*pcAPM*/, bool /*bFlag*/)
+{
+    QString strResult;
+    return transConfigStr(strResult);
+}
+
+char *Saving::execute(char *pchConfig, ArithmParamMgr *pcAPM)
+{
+    if (pcAPM == nullptr)
+        return TextBuffer::blank();
+    const ConfigText cSettings(pchConfig);
+    const QString strPath = filePath(cSettings, pcAPM);
+    const int nWindow = cSettings.number("Wnd");
+    if (nWindow >= 0 && nWindow < WINDOW_STORE) {
+        saveView(nWindow, strPath);
+    } else if (nWindow == WINDOW_STORE) {
+        const int nID = cSettings.number("PicID");
+        const QString strType = cSettings.text("PicType");
+        if (nID >= 0 && strType == QLatin1String("RGB"))
+            saveColour(pcAPM->getParamDIB(nID), strPath);
+        else if (nID >= 0 && strType == QLatin1String("Gray"))
+            saveGrey(pcAPM->getParamGray8(nID), strPath);
+    }
+    return TextBuffer::blank();
+}
+
+char *Saving::transConfigStr(QString &strText)
+{
+    return TextBuffer::storeShared(strText.toUtf8(), s_pchConfigStr, s_nBuffLen, gcMutexForConfigStr);
+}
