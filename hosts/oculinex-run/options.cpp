@@ -1,0 +1,96 @@
+#include "options.h"
+
+#include <QCommandLineParser>
+
+namespace
+{
+const char *const DESCRIPTION =
+    "Runs the tasks of a tasks file side by side and prints what their steps print, the errors, and\n"
+    "at the end how often and how fast each task and each step ran. It ends with Ctrl-C, as one of\n"
+    "the options below says, or when every task has ended.\n"
+    "\n"
+    "Plug-ins are looked for beside the program in baseArithm, extArithm and DataSource; with\n"
+    "QT_LOGGING_RULES='oculinex.*=true' the log tells what was loaded. Relative paths in a tasks file\n"
+    "count from the current directory.\n"
+    "\n"
+    "Exit code: 0 fine, 1 a task failed (with --check: something was found), 2 bad arguments or a\n"
+    "file that can't be read or holds no task.";
+
+// The longest time that a timer takes, in seconds.
+constexpr double MAX_SECONDS = 2000000;
+
+double seconds(const QString &strText)
+{
+    bool bOk = false;
+    const double fSeconds = strText.toDouble(&bOk);
+    return bOk && fSeconds > 0 && fSeconds <= MAX_SECONDS ? fSeconds : 0;
+}
+} // namespace
+
+QString parseOptions(const QStringList &lstArguments, Options &cOptions)
+{
+    QCommandLineParser cParser;
+    cParser.setApplicationDescription(DESCRIPTION);
+    const QCommandLineOption cOnce("once", "Run each task once, one after the other as in the file.");
+    const QCommandLineOption cRuns("runs", "Stop each task after <N> runs with a picture.", "N");
+    const QCommandLineOption cSeconds("seconds", "Stop after <S> seconds.", "S");
+    const QCommandLineOption cIdle("until-idle", "Stop when no source has given a picture for <S> seconds.",
+                                   "S");
+    const QCommandLineOption cCheck("check", "Run nothing; report what loading keeps silent.");
+    const QCommandLineOption cList("list", "Print the known algorithms and data sources.");
+    const QCommandLineOption cJson("json", "Print one JSON object a line.");
+    const QCommandLineOption cQuiet("quiet", "Leave out what the steps print and the status line.");
+    const QCommandLineOption cHelp({"h", "help"}, "Print this page.");
+    const QCommandLineOption cVersion({"v", "version"}, "Print the version.");
+    cParser.addOptions({cOnce, cRuns, cSeconds, cIdle, cJson, cQuiet, cCheck, cList, cHelp, cVersion});
+    cParser.addPositionalArgument("TASKS_FILE", "The tasks file to run or to check.");
+
+    if (!cParser.parse(lstArguments))
+        return cParser.errorText();
+    cOptions.m_strHelp = cParser.helpText();
+    cOptions.m_bJson = cParser.isSet(cJson);
+    cOptions.m_bQuiet = cParser.isSet(cQuiet);
+
+    if (cParser.isSet(cHelp)) {
+        cOptions.m_eAction = Options::Action::Help;
+        return {};
+    }
+    if (cParser.isSet(cVersion)) {
+        cOptions.m_eAction = Options::Action::Version;
+        return {};
+    }
+    int nModes = 0;
+    for (const QCommandLineOption *pcOption : {&cOnce, &cRuns, &cSeconds, &cIdle, &cCheck, &cList})
+        nModes += cParser.isSet(*pcOption) ? 1 : 0;
+    if (nModes > 1)
+        return "--once, --runs, --seconds, --until-idle, --check and --list exclude each other.";
+
+    const QStringList lstFiles = cParser.positionalArguments();
+    if (cParser.isSet(cList)) {
+        cOptions.m_eAction = Options::Action::List;
+        return lstFiles.isEmpty() ? QString() : "--list takes no file.";
+    }
+    if (lstFiles.size() != 1)
+        return lstFiles.isEmpty() ? "A tasks file is missing." : "Only one tasks file can be given.";
+    cOptions.m_strTasksFile = lstFiles.first();
+
+    if (cParser.isSet(cCheck)) {
+        cOptions.m_eAction = Options::Action::Check;
+    } else if (cParser.isSet(cOnce)) {
+        cOptions.m_eUntil = Options::Until::Once;
+    } else if (cParser.isSet(cRuns)) {
+        cOptions.m_eUntil = Options::Until::Runs;
+        cOptions.m_nRuns = cParser.value(cRuns).toInt();
+        if (cOptions.m_nRuns < 1)
+            return QString("--runs needs a whole number of at least 1, not '%1'.").arg(cParser.value(cRuns));
+    } else if (cParser.isSet(cSeconds) || cParser.isSet(cIdle)) {
+        const bool bIdle = cParser.isSet(cIdle);
+        const QString strValue = cParser.value(bIdle ? cIdle : cSeconds);
+        cOptions.m_eUntil = bIdle ? Options::Until::Idle : Options::Until::Seconds;
+        cOptions.m_fSeconds = seconds(strValue);
+        if (!(cOptions.m_fSeconds > 0))
+            return QString("--%1 needs a number of seconds above 0, not '%2'.")
+                .arg(bIdle ? "until-idle" : "seconds", strValue);
+    }
+    return {};
+}

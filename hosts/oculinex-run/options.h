@@ -1,0 +1,26 @@
+#ifndef OPTIONS_H
+#define OPTIONS_H
+
+#include <QString>
+#include <QStringList>
+
+/// What the command line asks for.
+struct Options {
+    enum class Action { Run, Check, List, Help, Version };
+    /// When a run of the tasks ends, besides a signal and the end of all tasks.
+    enum class Until { Ended, Once, Runs, Seconds, Idle };
+
+    Action m_eAction = Action::Run;
+    Until m_eUntil = Until::Ended;
+    int m_nRuns = 0;       ///< for Until::Runs, at least 1
+    double m_fSeconds = 0; ///< for Until::Seconds and Until::Idle, above 0
+    bool m_bJson = false;
+    bool m_bQuiet = false;
+    QString m_strTasksFile;
+    QString m_strHelp; ///< the page that --help prints
+};
+
+/// Reads the arguments (the first is the program's name). An error text, empty when they are fine.
+QString parseOptions(const QStringList &lstArguments, Options &cOptions);
+
+#endif

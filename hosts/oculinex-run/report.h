@@ -1,0 +1,77 @@
+#ifndef REPORT_H
+#define REPORT_H
+
+#include <memory>
+#include <mutex>
+
+#include <QList>
+#include <QString>
+#include <QStringList>
+
+#include "taskMgr/taskstatus.h"
+
+/// What a task and its steps are called in everything that is printed.
+struct TaskLabel {
+    QString m_strName;
+    QStringList m_lstStep;
+};
+
+/// How a task did.
+struct TaskSummary {
+    TaskStatus m_cStatus;
+    double m_fSeconds = 0; ///< from the start to the end of the last run with a picture
+};
+
+/// Something about a tasks file that loading keeps silent.
+struct Finding {
+    int m_nTask = -1;    ///< position, -1 for the file itself
+    QString m_strTask;   ///< name
+    int m_nStep = -1;    ///< position in the flow, -1 for the task itself
+    QString m_strArithm; ///< name of the step's algorithm
+    QString m_strText;
+};
+
+/// One algorithm or data source that the library knows.
+struct KnownPart {
+    bool m_bSource = false;
+    QString m_strClass; ///< empty for a source
+    QString m_strName;
+    QString m_strID; ///< empty for a source
+    QString m_strFile;
+};
+
+/// The output of the program, as text for people or as JSON lines for programs. Positions of steps
+/// count from 0 in the calls and from 1 in the output.
+///
+/// Threads: printed, failed and sourceFailed may be called by any thread, each message comes out
+/// whole; the rest belongs to the main thread. A position of -1 is a task that is not known.
+class Report
+{
+public:
+    static std::unique_ptr<Report> make(bool bJson, bool bQuiet);
+    virtual ~Report() = default;
+
+    /// Before the tasks start.
+    void setTasks(const QList<TaskLabel> &lstTask) { m_lstTask = lstTask; }
+    const QList<TaskLabel> &tasks() const { return m_lstTask; }
+
+    virtual void printed(int nTask, const QString &strText) = 0;
+    virtual void failed(int nTask, const QString &strText) = 0;
+    virtual void sourceFailed(int nTask, const QString &strText) = 0;
+    /// A step has been running for long; told once each time.
+    virtual void stepHangs(int nTask, int nStep, double fSeconds) = 0;
+    /// How things stand: one line of text that the next one overwrites.
+    virtual void live(const QString &strLine) = 0;
+    virtual void summary(const QList<TaskSummary> &lstTask, int nExitCode) = 0;
+    virtual void findings(const QList<Finding> &lstFinding) = 0;
+    virtual void known(const QList<KnownPart> &lstPart) = 0;
+
+protected:
+    /// The part that a step has of all the time that the task's steps took, 0 to 1.
+    static double stepShare(const TaskStatus &cStatus, int nStep);
+
+    QList<TaskLabel> m_lstTask;
+    std::mutex m_cOutput; ///< held while a message is written
+};
+
+#endif

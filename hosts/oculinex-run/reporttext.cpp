@@ -1,0 +1,157 @@
+#include "reporttext.h"
+
+#include <cstdio>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include "texttable.h"
+
+namespace
+{
+constexpr double NS_PER_MS = 1e6;
+
+QString decimals(double fValue, int nDigits)
+{
+    return QString::number(fValue, 'f', nDigits);
+}
+
+/// A time that was measured nCount times.
+QString milliseconds(qint64 nNs, qint64 nCount)
+{
+    return nCount > 0 ? decimals(static_cast<double>(nNs) / NS_PER_MS, 2) : "-";
+}
+
+QString meanMs(qint64 nTotalNs, qint64 nCount)
+{
+    return milliseconds(nCount > 0 ? nTotalNs / nCount : 0, nCount);
+}
+
+int terminalColumns()
+{
+    winsize cSize = {};
+    return ioctl(STDERR_FILENO, TIOCGWINSZ, &cSize) == 0 && cSize.ws_col > 0 ? cSize.ws_col : 80;
+}
+
+void write(FILE *pcStream, const QString &strText)
+{
+    const QByteArray achText = strText.toUtf8();
+    // A reader that went away is told by SIGPIPE.
+    fwrite(achText.constData(), 1, static_cast<size_t>(achText.size()), pcStream);
+    fflush(pcStream);
+}
+} // namespace
+
+TextReport::TextReport(bool bQuiet) : m_bQuiet(bQuiet), m_bTerminal(isatty(STDERR_FILENO) != 0) {}
+
+TextReport::~TextReport()
+{
+    clearLive();
+}
+
+QString TextReport::prefix(int nTask) const
+{
+    return m_lstTask.size() > 1 && nTask >= 0 ? m_lstTask[nTask].m_strName + ": " : QString();
+}
+
+void TextReport::clearLive()
+{
+    if (m_bLive)
+        write(stderr, "\r\033[K");
+    m_bLive = false;
+}
+
+void TextReport::line(FILE *pcStream, const QString &strLine)
+{
+    const std::lock_guard<std::mutex> cGuard(m_cOutput);
+    clearLive();
+    write(pcStream, strLine + '\n');
+}
+
+void TextReport::printed(int nTask, const QString &strText)
+{
+    if (!m_bQuiet)
+        line(stdout, prefix(nTask) + strText);
+}
+
+void TextReport::failed(int nTask, const QString &strText)
+{
+    line(stderr, "error: " + prefix(nTask) + strText);
+}
+
+void TextReport::sourceFailed(int nTask, const QString &strText)
+{
+    line(stderr, "data source: " + prefix(nTask) + strText);
+}
+
+void TextReport::stepHangs(int nTask, int nStep, double fSeconds)
+{
+    if (!m_bTerminal || m_bQuiet) // else the status line shows it
+        line(stderr, QString("waiting: %1step %2 (%3) has been running for %4 s")
+                         .arg(prefix(nTask))
+                         .arg(nStep + 1)
+                         .arg(m_lstTask[nTask].m_lstStep.value(nStep), decimals(fSeconds, 1)));
+}
+
+void TextReport::live(const QString &strLine)
+{
+    if (!m_bTerminal || m_bQuiet)
+        return;
+    const std::lock_guard<std::mutex> cGuard(m_cOutput);
+    write(stderr, "\r\033[K" + fitted(strLine, terminalColumns() - 1));
+    m_bLive = true;
+}
+
+void TextReport::summary(const QList<TaskSummary> &lstTask, int)
+{
+    QList<QStringList> lstRow = {
+        {"task, step", "runs", "pictures", "failures", "runs/s", "mean ms", "worst ms", "share"}};
+    for (int nTask = 0; nTask < lstTask.size(); ++nTask) {
+        const TaskStatus &cStatus = lstTask[nTask].m_cStatus;
+        const double fSeconds = lstTask[nTask].m_fSeconds;
+        lstRow += {m_lstTask[nTask].m_strName,
+                   QString::number(cStatus.m_nRuns),
+                   QString::number(cStatus.m_nPictures),
+                   QString::number(cStatus.m_nFailures),
+                   fSeconds > 0 ? decimals(static_cast<double>(cStatus.m_nRuns) / fSeconds, 1) : "-",
+                   meanMs(cStatus.m_nTotalRunNs, cStatus.m_nRuns),
+                   milliseconds(cStatus.m_nWorstRunNs, cStatus.m_nRuns)};
+        for (int nStep = 0; nStep < cStatus.m_lstStep.size(); ++nStep) {
+            const StepStatus &cStep = cStatus.m_lstStep[nStep];
+            lstRow += {QString("  %1 %2").arg(nStep + 1).arg(m_lstTask[nTask].m_lstStep.value(nStep)),
+                       QString::number(cStep.m_nExecutions),
+                       "",
+                       "",
+                       "",
+                       meanMs(cStep.m_nTotalNs, cStep.m_nExecutions),
+                       milliseconds(cStep.m_nWorstNs, cStep.m_nExecutions),
+                       decimals(100 * stepShare(cStatus, nStep), 1) + " %"};
+        }
+    }
+    line(stdout, '\n' + table(lstRow, 1).chopped(1));
+}
+
+void TextReport::findings(const QList<Finding> &lstFinding)
+{
+    for (const Finding &cFinding : lstFinding) {
+        QString strWhere;
+        if (cFinding.m_nTask >= 0)
+            strWhere = cFinding.m_strTask.isEmpty() ? QString("task %1").arg(cFinding.m_nTask + 1)
+                                                    : QString("task '%1'").arg(cFinding.m_strTask);
+        if (cFinding.m_nStep >= 0)
+            strWhere += QString(" step %1 (%2)").arg(cFinding.m_nStep + 1).arg(cFinding.m_strArithm);
+        line(stdout, strWhere.isEmpty() ? cFinding.m_strText : strWhere + ": " + cFinding.m_strText);
+    }
+}
+
+void TextReport::known(const QList<KnownPart> &lstPart)
+{
+    QList<QStringList> lstArithm = {{"algorithm", "class", "ID", "file"}};
+    QList<QStringList> lstSource = {{"data source", "file"}};
+    for (const KnownPart &cPart : lstPart) {
+        if (cPart.m_bSource)
+            lstSource += {cPart.m_strName, cPart.m_strFile};
+        else
+            lstArithm += {cPart.m_strName, cPart.m_strClass, cPart.m_strID, cPart.m_strFile};
+    }
+    line(stdout, table(lstArithm, 4) + '\n' + table(lstSource, 2).chopped(1));
+}

@@ -1,0 +1,33 @@
+#ifndef REPORTTEXT_H
+#define REPORTTEXT_H
+
+#include "report.h"
+
+/// Lines and tables: printed texts and tables on the standard output, errors on the standard error,
+/// where a terminal also gets the status line.
+class TextReport : public Report
+{
+public:
+    explicit TextReport(bool bQuiet);
+    ~TextReport() override;
+
+    void printed(int nTask, const QString &strText) override;
+    void failed(int nTask, const QString &strText) override;
+    void sourceFailed(int nTask, const QString &strText) override;
+    void stepHangs(int nTask, int nStep, double fSeconds) override;
+    void live(const QString &strLine) override;
+    void summary(const QList<TaskSummary> &lstTask, int nExitCode) override;
+    void findings(const QList<Finding> &lstFinding) override;
+    void known(const QList<KnownPart> &lstPart) override;
+
+private:
+    QString prefix(int nTask) const;
+    void line(FILE *pcStream, const QString &strLine);
+    void clearLive();
+
+    bool m_bQuiet;
+    bool m_bTerminal;     ///< the standard error is one
+    bool m_bLive = false; ///< a status line stands on the terminal
+};
+
+#endif

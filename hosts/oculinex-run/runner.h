@@ -1,0 +1,58 @@
+#ifndef RUNNER_H
+#define RUNNER_H
+
+#include <atomic>
+#include <thread>
+#include <vector>
+
+#include <QElapsedTimer>
+#include <QEventLoop>
+#include <QObject>
+
+#include "options.h"
+#include "report.h"
+
+/// Runs the tasks that the task manager holds, watches them and stops them.
+///
+/// Threads: made and used on the main thread, whose event loop it runs. Until::Once has one worker
+/// thread, which then is the one that controls the tasks.
+class Runner : public QObject
+{
+    Q_OBJECT
+
+public:
+    Runner(const Options &cOptions, Report &cReport);
+
+    /// Runs until the end that the options name and returns the exit code.
+    int run();
+
+private:
+    struct Watch {
+        bool m_bEnded = false;
+        QElapsedTimer m_cStarted;
+        TaskSummary m_cSummary;   ///< as of the last look, final once the task has ended
+        QString m_strSourceError; ///< told already
+        int m_nHangingStep = -1;  ///< told already
+        qint64 m_nRunsShown = 0;  ///< at the last status line
+    };
+
+    void startAll();
+    void runEachOnce();
+    void requestStop();
+    void taskEnded(int nTask, const TaskSummary &cSummary);
+    void look();
+    void lookAt(int nTask);
+    void showLive();
+    int finish();
+
+    const Options m_cOptions;
+    Report &m_cReport;
+    std::vector<Watch> m_vecWatch; ///< by task
+    int m_nRunning = 0;            ///< tasks that have not ended
+    std::atomic<bool> m_bStop{false};
+    QEventLoop m_cLoop;
+    QElapsedTimer m_cLastActive; ///< since a source gave a picture or a step ran
+    QElapsedTimer m_cLastLive;
+};
+
+#endif
