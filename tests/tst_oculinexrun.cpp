@@ -1,0 +1,511 @@
+// oculinex-run as its users have it: a process of its own with the probe plug-ins beside it.
+
+#include <csignal>
+#include <fcntl.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QtTest>
+
+namespace
+{
+constexpr int TIMEOUT_MS = 20000;
+
+QString step(const QString &strConfig, int nLimit = -1, const QString &strID = "probe")
+{
+    return QString("<-TaskItem-><-MaxExeTimes->%1</-MaxExeTimes-><-ArithmID->%2</-ArithmID->"
+                   "<-OptionStr->\n%3\n</-OptionStr-><-ArithmName->%2</-ArithmName-></-TaskItem->\n")
+        .arg(nLimit)
+        .arg(strID, strConfig);
+}
+
+QString cleanUp(const QString &strConfig)
+{
+    return step(strConfig, 999999999);
+}
+
+QString source(const QString &strConfig, const QString &strKind = "Probe", const QString &strID = "1")
+{
+    return QString("<-DataSource->\n<DSName>%1</DSName><OutputType>RGB</OutputType><OutputID>%2</OutputID>"
+                   "<Config>%3</Config>\n</-DataSource->\n")
+        .arg(strKind, strID, strConfig);
+}
+
+QString task(const QString &strName, const QString &strContent)
+{
+    return QString("<=TaskInfo=>\n<-TaskName->%1</-TaskName->\n%2</=TaskInfo=>\n").arg(strName, strContent);
+}
+
+QString print(const QString &strText)
+{
+    return "<CMD>print:" + strText + "</CMD>";
+}
+
+QString result(const QString &strResult)
+{
+    return "<Result>" + strResult + "</Result>";
+}
+
+struct Outcome {
+    int m_nExitCode = -1;
+    QString m_strOut;
+    QString m_strErr;
+};
+
+QList<QJsonObject> objects(const QString &strLines)
+{
+    QList<QJsonObject> lstObject;
+    for (const QString &strLine : strLines.split('\n', Qt::SkipEmptyParts))
+        lstObject += QJsonDocument::fromJson(strLine.toUtf8()).object();
+    return lstObject;
+}
+
+int count(const QList<QJsonObject> &lstObject, const QString &strEvent, const QString &strTask)
+{
+    return static_cast<int>(
+        std::count_if(lstObject.begin(), lstObject.end(), [&](const QJsonObject &cObject) {
+            return cObject["event"].toString() == strEvent && cObject["task"].toString() == strTask;
+        }));
+}
+} // namespace
+
+class TestOculinexRun : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void usage_data();
+    void usage();
+    void exitCodes_data();
+    void exitCodes();
+    void runsExactly();
+    void onceInOrder();
+    void manyMessages();
+    void endsWhenIdle();
+    void stopsCleanly_data();
+    void stopsCleanly();
+    void secondSignalQuits();
+    void readerGone();
+    void hangingStep();
+    void lists();
+    void check_data();
+    void check();
+
+private:
+    QString file(const QString &strTasks);
+    void begin(QProcess &cTool, const QStringList &lstArguments);
+    Outcome end(QProcess &cTool);
+    Outcome run(const QStringList &lstArguments);
+
+    QTemporaryDir m_cDir;
+};
+
+void TestOculinexRun::initTestCase()
+{
+    // The tool takes the plug-ins beside itself: a copy finds the probes.
+    QVERIFY(QFile::copy(OCULINEX_BINARY_DIR "/bin/oculinex-run", m_cDir.filePath("oculinex-run")));
+    for (const char *szFolder : {"baseArithm", "DataSource"})
+        QVERIFY(QFile::link(QDir(QCoreApplication::applicationDirPath()).filePath(szFolder),
+                            m_cDir.filePath(szFolder)));
+}
+
+QString TestOculinexRun::file(const QString &strTasks)
+{
+    QFile cFile(m_cDir.filePath("测试.tasks"));
+    if (!cFile.open(QFile::WriteOnly) || cFile.write(strTasks.toUtf8()) < 0)
+        qFatal("no tasks file");
+    return cFile.fileName();
+}
+
+void TestOculinexRun::begin(QProcess &cTool, const QStringList &lstArguments)
+{
+    cTool.start(m_cDir.filePath("oculinex-run"), lstArguments);
+    QVERIFY(cTool.waitForStarted());
+}
+
+Outcome TestOculinexRun::end(QProcess &cTool)
+{
+    if (!cTool.waitForFinished(TIMEOUT_MS)) {
+        cTool.kill();
+        cTool.waitForFinished();
+    }
+    return {cTool.exitStatus() == QProcess::NormalExit ? cTool.exitCode() : -1,
+            QString::fromUtf8(cTool.readAllStandardOutput()),
+            QString::fromUtf8(cTool.readAllStandardError())};
+}
+
+Outcome TestOculinexRun::run(const QStringList &lstArguments)
+{
+    QProcess cTool;
+    begin(cTool, lstArguments);
+    return end(cTool);
+}
+
+void TestOculinexRun::usage_data()
+{
+    QTest::addColumn<QStringList>("lstArguments");
+    QTest::addColumn<int>("nExitCode");
+    QTest::addColumn<QString>("strOut");
+    QTest::addColumn<QString>("strErr");
+
+    const QString strEmpty = m_cDir.filePath("empty");
+    QFile(strEmpty).open(QFile::WriteOnly);
+    QTest::newRow("help") << QStringList{"--help"} << 0 << "--until-idle"
+                          << "";
+    QTest::newRow("version") << QStringList{"--version"} << 0 << "oculinex-run "
+                             << "";
+    QTest::newRow("no file") << QStringList{"--once"} << 2 << ""
+                             << "tasks file is missing";
+    QTest::newRow("two files") << QStringList{"a", "b"} << 2 << ""
+                               << "Only one tasks file";
+    QTest::newRow("unknown option") << QStringList{"--fast", "a"} << 2 << ""
+                                    << "fast";
+    QTest::newRow("two modes") << QStringList{"--once", "--runs", "2", "a"} << 2 << ""
+                               << "exclude each other";
+    QTest::newRow("runs") << QStringList{"--runs", "0", "a"} << 2 << ""
+                          << "--runs";
+    QTest::newRow("seconds") << QStringList{"--seconds", "nan", "a"} << 2 << ""
+                             << "--seconds";
+    QTest::newRow("idle") << QStringList{"--until-idle", "-1", "a"} << 2 << ""
+                          << "--until-idle";
+    QTest::newRow("missing file") << QStringList{"/no/such.tasks"} << 2 << ""
+                                  << "/no/such.tasks: No such file";
+    QTest::newRow("directory") << QStringList{"/tmp"} << 2 << ""
+                               << "/tmp: ";
+    QTest::newRow("no task") << QStringList{strEmpty} << 2 << "" << strEmpty + ": ";
+    QTest::newRow("check, missing") << QStringList{"--check", "/no/such"} << 2 << ""
+                                    << "/no/such: No such file";
+    QTest::newRow("check, no task") << QStringList{"--check", strEmpty} << 2 << "" << strEmpty + ": ";
+}
+
+void TestOculinexRun::usage()
+{
+    QFETCH(QStringList, lstArguments);
+    QFETCH(QString, strOut);
+    QFETCH(QString, strErr);
+    const Outcome cOutcome = run(lstArguments);
+    QTEST(cOutcome.m_nExitCode, "nExitCode");
+    QVERIFY2(cOutcome.m_strOut.contains(strOut), qPrintable(cOutcome.m_strOut));
+    QVERIFY2(cOutcome.m_strErr.contains(strErr), qPrintable(cOutcome.m_strErr));
+    QCOMPARE(cOutcome.m_strErr.isEmpty(), strErr.isEmpty());
+}
+
+void TestOculinexRun::exitCodes_data()
+{
+    QTest::addColumn<QString>("strTasks");
+    QTest::addColumn<QString>("strMode");
+    QTest::addColumn<int>("nExitCode");
+    QTest::addColumn<QString>("strOut");
+    QTest::addColumn<QString>("strErr");
+
+    const QString strThree = source("<Pictures>3</Pictures><Wait>1</Wait>");
+    const QString strStop = step(result("<CMD>stop:完了</CMD>"));
+    const QString strFail = step(result("the lens is dirty"));
+    QTest::newRow("stop") << task("a", strThree + strStop) << "" << 0 << "完了\n"
+                          << "";
+    QTest::newRow("stop, once") << task("a", strThree + strStop) << "--once" << 0 << "完了\n"
+                                << "";
+    QTest::newRow("failure") << task("a", strThree + strFail) << "" << 1 << "a "
+                             << "error: 算法\"probe\"出错, "
+                                "错误信息:the lens is dirty\n";
+    QTest::newRow("failure, once") << task("a", strThree + strFail) << "--once" << 1 << "a "
+                                   << "the lens is dirty\n";
+    QTest::newRow("one of two") << task("good", strThree + strStop) + task("bad", strThree + strFail) << ""
+                                << 1 << "good: 完了\n"
+                                << "error: bad: ";
+    QTest::newRow("same name") << task("a", strThree + strStop) + task("a", strThree + strStop) << "" << 0
+                               << "a (task 2): 完了\n"
+                               << "";
+    QTest::newRow("no source") << task("a", strFail) << "" << 1 << ""
+                               << "error: No datasource assigned.\n";
+    QTest::newRow("unknown algorithm") << task("a", strThree + step("", -1, "gone")) << "" << 1 << ""
+                                       << "\"gone\"is not existed.\n";
+    QTest::newRow("failing clean-up after a requested stop")
+        << task("a", strThree + cleanUp(result("valve is stuck"))) << "--seconds=0.2" << 1 << ""
+        << "valve is stuck\n";
+    QTest::newRow("source without pictures")
+        << task("a", source("<Fail>1</Fail><Wait>1</Wait><LastError>cable?</LastError>")) << "--seconds=0.2"
+        << 0 << "a "
+        << "data source: cable?\n";
+    QTest::newRow("step ends its thread")
+        << task("a", strThree + step("<ExitThread>1</ExitThread>")) << "" << 1 << ""
+        << "error: ";
+}
+
+void TestOculinexRun::exitCodes()
+{
+    QFETCH(QString, strTasks);
+    QFETCH(QString, strMode);
+    QFETCH(QString, strOut);
+    QFETCH(QString, strErr);
+    const Outcome cOutcome = run(strMode.split(' ', Qt::SkipEmptyParts) + QStringList{file(strTasks)});
+    QTEST(cOutcome.m_nExitCode, "nExitCode");
+    QVERIFY2(cOutcome.m_strOut.contains(strOut), qPrintable(cOutcome.m_strOut));
+    QVERIFY2(cOutcome.m_strErr.contains(strErr), qPrintable(cOutcome.m_strErr));
+    QCOMPARE(cOutcome.m_strErr.isEmpty(), strErr.isEmpty());
+}
+
+void TestOculinexRun::runsExactly()
+{
+    const QString strTasks =
+        task("fast", source("") + step(result(print("x"))) + cleanUp(result(print("end")))) +
+        task("slow", source("<Wait>20</Wait>") + step(result(print("x"))));
+    const Outcome cOutcome = run({"--runs", "7", "--json", file(strTasks)});
+    QCOMPARE(cOutcome.m_nExitCode, 0);
+    const QList<QJsonObject> lstObject = objects(cOutcome.m_strOut);
+    QCOMPARE(count(lstObject, "print", "fast"), 8);
+    QCOMPARE(count(lstObject, "print", "slow"), 7);
+
+    const QJsonObject cSummary = lstObject.last();
+    QCOMPARE(cSummary["event"].toString(), "summary");
+    QCOMPARE(cSummary["exitCode"].toInt(-1), 0);
+    const QJsonObject cFast = cSummary["tasks"].toArray().at(0).toObject();
+    QCOMPARE(cFast["task"].toString(), "fast");
+    QCOMPARE(cFast["runs"].toInt(), 7);
+    QCOMPARE(cFast["pictures"].toInt(), 7);
+    QCOMPARE(cFast["steps"].toArray().at(0).toObject()["runs"].toInt(), 7);
+    QCOMPARE(cFast["steps"].toArray().at(1).toObject()["runs"].toInt(), 1);
+}
+
+void TestOculinexRun::onceInOrder()
+{
+    const QString strTasks =
+        task("first", source("") + step("<Sleep>200</Sleep>" + result(print("1")))) +
+        task("second", source("") + step(result(print("2"))) + cleanUp(result(print("3"))));
+    const Outcome cOutcome = run({"--once", file(strTasks)});
+    QCOMPARE(cOutcome.m_nExitCode, 0);
+    QVERIFY2(cOutcome.m_strOut.startsWith("first: 1\nsecond: 2\nsecond: 3\n\n"),
+             qPrintable(cOutcome.m_strOut));
+}
+
+void TestOculinexRun::manyMessages()
+{
+    const QString strLine(300, QChar(0x5b57));
+    QString strBurst;
+    for (int nLine = 0; nLine < 200; ++nLine)
+        strBurst += print(strLine);
+    QString strTasks;
+    for (const char *szName : {"a", "b", "c", "d"})
+        strTasks += task(szName, source("") + step(result(strBurst)));
+    const Outcome cOutcome = run({"--runs=3", file(strTasks)});
+    QCOMPARE(cOutcome.m_nExitCode, 0);
+    const QStringList lstLine = cOutcome.m_strOut.split('\n');
+    for (const QString strName : {"a", "b", "c", "d"})
+        QCOMPARE(lstLine.count(strName + ": " + strLine), 3 * 200); // whole, none lost
+}
+
+void TestOculinexRun::endsWhenIdle()
+{
+    // A step that works for longer than the limit is no idleness.
+    const QString strTasks = task("a", source("<Pictures>2</Pictures><Wait>10</Wait>") +
+                                           step("<Sleep>400</Sleep>" + result(print("x"))));
+    QElapsedTimer cClock;
+    cClock.start();
+    const Outcome cOutcome = run({"--until-idle=0.2", file(strTasks)});
+    QVERIFY(cClock.elapsed() >= 2 * 400 + 200);
+    QCOMPARE(cOutcome.m_nExitCode, 0);
+    QCOMPARE(cOutcome.m_strOut.count("x\n"), 2);
+}
+
+void TestOculinexRun::stopsCleanly_data()
+{
+    QTest::addColumn<int>("nSignal");
+    QTest::addColumn<QStringList>("lstMode");
+    QTest::addColumn<QString>("strOut"); // what follows the first line
+    QTest::newRow("Ctrl-C") << int(SIGINT) << QStringList()
+                            << "second: begun\nfirst: valve closed\n"
+                               "second: valve closed\n";
+    QTest::newRow("terminate") << int(SIGTERM) << QStringList()
+                               << "second: begun\nfirst: valve closed\n"
+                                  "second: valve closed\n";
+    // The second task does not begin any more.
+    QTest::newRow("once") << int(SIGINT) << QStringList{"--once"} << "first: valve closed\n";
+}
+
+void TestOculinexRun::stopsCleanly()
+{
+    QFETCH(int, nSignal);
+    QFETCH(QStringList, lstMode);
+    QFETCH(QString, strOut);
+    const QString strFlow = source("<Wait>1</Wait>") + step(result(print("begun")), 1) +
+                            step("<Sleep>300</Sleep>") + step(result(print("never")), 0) +
+                            cleanUp(result(print("valve closed")));
+    QProcess cTool;
+    begin(cTool, lstMode + QStringList{file(task("first", strFlow) + task("second", strFlow))});
+    QByteArray achOut;
+    const int nBegun = lstMode.isEmpty() ? 2 : 1;
+    while (achOut.count("begun") < nBegun && cTool.waitForReadyRead(TIMEOUT_MS))
+        achOut += cTool.readAllStandardOutput();
+    kill(static_cast<pid_t>(cTool.processId()), nSignal);
+    const Outcome cOutcome = end(cTool);
+    QCOMPARE(cOutcome.m_nExitCode, 0);
+    QStringList lstLine = (QString::fromUtf8(achOut) + cOutcome.m_strOut).section("\n\n", 0, 0).split('\n');
+    QStringList lstWanted = ("first: begun\n" + strOut).split('\n', Qt::SkipEmptyParts);
+    lstLine.sort();
+    lstWanted.sort();
+    QCOMPARE(lstLine, lstWanted);
+}
+
+void TestOculinexRun::secondSignalQuits()
+{
+    const QString strTasks = task("a", source("<Wait>1</Wait>") + step(result(print("begun")), 1) +
+                                           cleanUp(result(print("closing"))) + cleanUp("<Hold>7</Hold>"));
+    QProcess cTool;
+    begin(cTool, {file(strTasks)});
+    QVERIFY(cTool.waitForReadyRead(TIMEOUT_MS));
+    kill(static_cast<pid_t>(cTool.processId()), SIGINT);
+    QVERIFY(cTool.waitForReadyRead(TIMEOUT_MS)); // now a clean-up step hangs
+    kill(static_cast<pid_t>(cTool.processId()), SIGINT);
+    QCOMPARE(end(cTool).m_nExitCode, 128 + SIGINT);
+}
+
+void TestOculinexRun::readerGone()
+{
+    const QString strTasks = task("a", source("<Wait>1</Wait>") + step(result(print("x"))) +
+                                           cleanUp(result("told to the other stream")));
+    QProcess cShell;
+    cShell.start("bash", {"-c", "set -o pipefail; \"$0\" \"$1\" | head -n 1", m_cDir.filePath("oculinex-run"),
+                          file(strTasks)});
+    const Outcome cOutcome = end(cShell);
+    QCOMPARE(cOutcome.m_strOut, "x\n");
+    QVERIFY2(cOutcome.m_strErr.contains("told to the other stream"), qPrintable(cOutcome.m_strErr));
+    QCOMPARE(cOutcome.m_nExitCode, 1);
+}
+
+void TestOculinexRun::hangingStep()
+{
+    const int nMaster = posix_openpt(O_RDWR | O_NOCTTY);
+    QVERIFY(nMaster >= 0 && grantpt(nMaster) == 0 && unlockpt(nMaster) == 0);
+    const winsize cSize = {24, 60, 0, 0};
+    ioctl(nMaster, TIOCSWINSZ, &cSize);
+
+    const QString strFile =
+        file(task(QString(20, QChar(0x5b57)), source("<Wait>20</Wait>") + step(result(print("x")))) +
+             task("hangs", source("") + step("") + step("<Sleep>3000</Sleep>")));
+    QProcess cOnTerminal;
+    cOnTerminal.setStandardErrorFile(ptsname(nMaster));
+    begin(cOnTerminal, {"--seconds=2.8", strFile});
+    QProcess cForPrograms;
+    begin(cForPrograms, {"--seconds=2.8", "--json", "--quiet", strFile});
+    const Outcome cLines = end(cOnTerminal);
+    const Outcome cObjects = end(cForPrograms);
+    QByteArray achTerminal(1 << 16, '\0');
+    achTerminal.resize(static_cast<int>(qMax<ssize_t>(0, read(nMaster, achTerminal.data(), 1 << 16))));
+    close(nMaster);
+
+    QCOMPARE(cLines.m_nExitCode, 0);
+    QVERIFY(!cLines.m_strOut.contains('\033'));
+    const QString strTerminal = QString::fromUtf8(achTerminal);
+    QVERIFY2(strTerminal.contains("hangs 0.0/s, in step 2 (probe) for 2."), qPrintable(strTerminal));
+    QVERIFY(strTerminal.endsWith("\r\033[K"));
+    for (const QString &strLine : strTerminal.split("\r\033[K"))
+        QVERIFY2(strLine.size() + strLine.count(QChar(0x5b57)) < 60, qPrintable(strLine)); // one row
+
+    const QList<QJsonObject> lstObject = objects(cObjects.m_strOut);
+    QCOMPARE(lstObject.size(), 2); // told once, and the summary
+    QCOMPARE(lstObject.first()["event"].toString(), "waiting");
+    QCOMPARE(lstObject.first()["task"].toString(), "hangs");
+    QCOMPARE(lstObject.first()["step"].toInt(), 2);
+    QVERIFY(lstObject.first()["seconds"].toDouble() > 2);
+}
+
+void TestOculinexRun::lists()
+{
+    const QList<QJsonObject> lstObject = objects(run({"--list", "--json"}).m_strOut);
+    QVERIFY(lstObject.contains({{"event", "algorithm"},
+                                {"class", "测试"},
+                                {"name", "探针"},
+                                {"id", "probe"},
+                                {"file", "baseArithm/probe.so"}}));
+    QVERIFY(lstObject.contains(
+        {{"event", "dataSource"}, {"name", "Probe"}, {"file", "DataSource/probesource.so"}}));
+    QVERIFY(lstObject.contains({{"event", "dataSource"}, {"name", "Memory Disk 5"}, {"file", "built in"}}));
+    const QString strText = run({"--list"}).m_strOut;
+    QVERIFY2(strText.contains("探针") && strText.contains("写内存盘   系统   KQ_MemoryDisk  built in"),
+             qPrintable(strText));
+}
+
+void TestOculinexRun::check_data()
+{
+    QTest::addColumn<QString>("strTasks");
+    QTest::addColumn<QString>("strFinding"); // the only one; empty for none
+
+    const QString strSource = source("");
+    const QString strGreyDisk = "<MemDisk>0</MemDisk><InputID>%1</InputID><InputType>Gray8</InputType>";
+    const QString strWrite = "<BeGray>1</BeGray><PicID>%1</PicID>";
+    const auto fnDisk = [&](int nID, int nLimit = -1) {
+        return step(strGreyDisk.arg(nID), nLimit, "KQ_MemoryDisk");
+    };
+    const auto fnLoad = [&](int nID, int nLimit = -1) {
+        return step(strWrite.arg(nID), nLimit, "KQ_Loading");
+    };
+
+    QTest::newRow("clean") << task("a",
+                                   strSource + fnLoad(3) + fnDisk(3) +
+                                       step("<DataType>0</DataType><DataID>1</DataID>", -1, "KQ_Drawing"))
+                           << "";
+    QTest::newRow("unknown algorithm") << task("a", strSource + step("", -1, "gone"))
+                                       << "task 'a' step 1 (gone): unknown algorithm 'gone'\n";
+    QTest::newRow("unknown source") << task("", source("", "Scanner"))
+                                    << "task 1: unknown data source 'Scanner'\n";
+    QTest::newRow("no source") << task("a", "") << "task 'a': no data source\n";
+    QTest::newRow("silent source")
+        << task("a", source("", "Probe", "0"))
+        << "task 'a': the data source delivers nothing: its output ID is not at least 1\n";
+    QTest::newRow("never written") << task("a", strSource + fnDisk(4))
+                                   << "task 'a' step 1 (KQ_MemoryDisk): reads grey picture 4 (<InputID>), "
+                                      "which nothing before it writes\n";
+    QTest::newRow("other kind")
+        << task("a", strSource + fnDisk(1))
+        << "task 'a' step 1 (KQ_MemoryDisk): reads grey picture 1 (<InputID>), which nothing "
+           "before it writes; the data source writes a colour picture of that ID\n";
+    QTest::newRow("written later")
+        << task("a", strSource + fnDisk(3) + fnLoad(3))
+        << "task 'a' step 1 (KQ_MemoryDisk): reads grey picture 3 (<InputID>), which "
+           "nothing before it writes; step 2 writes it\n";
+    QTest::newRow("clean-up comes last") << task("a", strSource + fnDisk(3, 999999999) + fnLoad(3)) << "";
+    QTest::newRow("any algorithm may write") << task("a", strSource + step("") + fnDisk(4)) << "";
+    QTest::newRow("grows")
+        << task("a", strSource + fnLoad(-1))
+        << "task 'a' step 1 (KQ_Loading): <PicID> is -1: every run adds another grey picture to "
+           "the store\n";
+    QTest::newRow("no number") << task("a",
+                                       strSource + step("<InputType>RGB</InputType>", -1, "KQ_MemoryDisk"))
+                               << "task 'a' step 1 (KQ_MemoryDisk): <InputID> holds no number\n";
+    QTest::newRow("limit 0") << task("a", strSource + fnLoad(3, 0))
+                             << "task 'a' step 1 (KQ_Loading): never runs: its limit is 0\n";
+    QTest::newRow("limit missing")
+        << task("a", strSource + "<-TaskItem-><-ArithmID->probe</-ArithmID-></-TaskItem->")
+        << "task 'a' step 1 (probe): never runs: its limit '<-MaxExeTimes->' is missing\n";
+    QTest::newRow("bad number") << task("a", strSource + "<-View->one</-View->")
+                                << "task 'a': '<-View->' holds 'one', which is no number and read as 0\n";
+    QTest::newRow("marker in a value")
+        << task("a", strSource + step("<Text><-describe-></Text>"))
+        << "task 'a' step 1 (probe): the value of '<-OptionStr->' holds the marker '<-describe->'\n";
+    QTest::newRow("stray marker") << task("a", strSource + "</-View->")
+                                  << "task 'a': stray marker '</-View->'\n";
+    QTest::newRow("text between the tasks") << task("a", strSource) + "version 2\n"
+                                            << "text outside any block: 'version 2'\n";
+}
+
+void TestOculinexRun::check()
+{
+    QFETCH(QString, strTasks);
+    QFETCH(QString, strFinding);
+    const Outcome cOutcome = run({"--check", file(strTasks)});
+    QCOMPARE(cOutcome.m_strOut, strFinding);
+    QCOMPARE(cOutcome.m_strErr, QString());
+    QCOMPARE(cOutcome.m_nExitCode, strFinding.isEmpty() ? 0 : 1);
+}
+
+QTEST_GUILESS_MAIN(TestOculinexRun)
+#include "tst_oculinexrun.moc"
