@@ -34,6 +34,8 @@ char *TextBuffer::blank()
 
 void TextBuffer::store(const QByteArray &achText, char *&pchBuffer, int &nBuffLen)
 {
+    if (!pchBuffer) // a host can reach the boundary buffer
+        nBuffLen = 0;
     const int nGrown = grownLength(nBuffLen, achText.size());
     if (nGrown > nBuffLen) {
         if (char *pchGrown = new (std::nothrow) char[static_cast<size_t>(nGrown)]) {
