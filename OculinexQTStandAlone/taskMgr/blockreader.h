@@ -18,6 +18,8 @@ public:
 
     /// The next body; empty when there is no further one.
     QStringView next();
+    /// What is left of the text without the blocks that were taken out.
+    QString rest() const { return m_strKept + m_strText.mid(m_nRest).toString(); }
 
 private:
     qsizetype find(QStringView strMarker) const;

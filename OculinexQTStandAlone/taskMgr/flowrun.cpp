@@ -9,8 +9,8 @@
 #include "Drawing/drawing.h"
 #include "arithmMgr/arithmmgr.h"
 #include "arithmMgr/arithms.h"
-#include "globalfunction.h"
 #include "logging.h"
+#include "taskMgr/blockreader.h"
 #include "taskMgr/taskMgr.h"
 #include "taskMgr/taskrecord.h"
 #include "taskMgr/taskwidgets.h"
@@ -140,7 +140,7 @@ bool FlowRun::runSteps(QString &strMsg, bool bSingle, int nLastStep, int nTimeou
             return false;
         }
         QString strResult = execute(*pcStep, nStep);
-        if (strResult.size() > 4) {
+        if (!strResult.isEmpty()) {
             strMsg.clear();
             if (!obeyCommands(strResult, &nNext))
                 return false;
@@ -226,31 +226,35 @@ QString FlowRun::execute(const PreparedStep &cStep, int nStep)
 
 bool FlowRun::obeyCommands(QString &strResult, qint64 *pnStep)
 {
-    const auto fnPrint = [this](const QString &strText) {
+    if (strResult.size() <= 4)
+        return true;
+    const auto fnPrint = [this](QStringView strText) {
         if (m_cTask.m_fnHavePrintMessage)
-            m_cTask.m_fnHavePrintMessage(strText);
+            m_cTask.m_fnHavePrintMessage(strText.toString());
     };
-    const auto fnIs = [](const QString &strBody, QLatin1String strCommand) {
+    const auto fnIs = [](QStringView strBody, QLatin1String strCommand) {
         return strBody.startsWith(strCommand, Qt::CaseInsensitive);
     };
     const QLatin1String strSkip("skip:");
     const QLatin1String strStop("stop:");
     const QLatin1String strPrint("print:");
+    const QString strGiven = strResult;
+    BlockReader cCommands(strGiven, u"<CMD>", u"</CMD>");
     for (;;) {
-        const QString strBody =
-            GlobalFunction::getAndRemoveBody(strResult, QStringLiteral("<CMD>"), QStringLiteral("</CMD>"));
+        const QStringView strBody = cCommands.next();
         if (fnIs(strBody, strPrint)) {
             fnPrint(strBody.mid(strPrint.size()));
         } else if (pnStep && fnIs(strBody, strSkip)) {
             bool bNumber = false;
-            const int nSkip = strBody.mid(strSkip.size()).toInt(&bNumber);
+            const int nSkip = strBody.mid(strSkip.size()).toString().toInt(&bNumber);
             if (bNumber)
                 *pnStep += nSkip - qint64(1);
+        } else if (pnStep && fnIs(strBody, strStop)) {
+            fnPrint(strBody.mid(strStop.size()));
+            return false;
         } else {
-            const bool bStop = pnStep && fnIs(strBody, strStop);
-            if (bStop)
-                fnPrint(strBody.mid(strStop.size()));
-            return !bStop;
+            strResult = cCommands.rest();
+            return true;
         }
     }
 }

@@ -50,7 +50,7 @@ private:
     PreparedStep *prepare(int nStep, bool bNameView);
     QString execute(const PreparedStep &cStep, int nStep);
     /// Obeys and removes the commands in a result, up to the first that it does not know. False on
-    /// "stop:". Without pnStep only "print:" is known.
+    /// "stop:". Without pnStep only "print:" is known. Texts of 4 characters hold no command.
     bool obeyCommands(QString &strResult, qint64 *pnStep);
     void showStepTime(qint64 nRow, qint64 nMs);
 

@@ -1,0 +1,189 @@
+#ifndef TASKFIXTURE_H
+#define TASKFIXTURE_H
+
+#include <condition_variable>
+#include <functional>
+#include <map>
+#include <mutex>
+#include <string>
+
+#include <QStringList>
+
+#include "DataSource/datasource.h"
+#include "arithmMgr/arithmregister.h"
+#include "taskMgr/taskMgr.h"
+
+/// What the tests of running tasks share: an algorithm and a data source inside the test itself.
+///
+/// The algorithm's config text is "label|first result|second result|…": each execution is traced
+/// under its label and returns the next result, the empty text after the last. A label that ends
+/// with '!' returns its first result each time. A handler set for a label runs before it returns.
+namespace Fake
+{
+inline std::mutex s_cMutex;
+inline QStringList s_lstTrace;
+inline QStringList s_lstPrinted;
+inline QStringList s_lstErrors;
+inline std::map<std::string, int> s_mapExecutions;
+inline std::map<std::string, std::function<void()>> s_mapHandlers;
+inline std::atomic<bool> s_bPicture{true};
+inline std::atomic<int> s_nErrorQueries{0};
+
+inline void trace(const QString &strWhat)
+{
+    const std::lock_guard<std::mutex> cGuard(s_cMutex);
+    s_lstTrace.append(strWhat);
+}
+
+inline bool hasTraced(const QString &strWhat)
+{
+    const std::lock_guard<std::mutex> cGuard(s_cMutex);
+    return s_lstTrace.contains(strWhat);
+}
+
+inline QStringList take(QStringList &lstTexts)
+{
+    const std::lock_guard<std::mutex> cGuard(s_cMutex);
+    return std::exchange(lstTexts, {});
+}
+
+inline void onPrint(QString strText)
+{
+    const std::lock_guard<std::mutex> cGuard(s_cMutex);
+    s_lstPrinted.append(strText);
+}
+
+inline void onError(QString strText)
+{
+    const std::lock_guard<std::mutex> cGuard(s_cMutex);
+    s_lstErrors.append(strText);
+}
+
+inline char *execute(char *pchConfig, ArithmParamMgr *)
+{
+    const QStringList lstParts = QString::fromUtf8(pchConfig).split(QLatin1Char('|'));
+    const QString strLabel = lstParts.first();
+    std::function<void()> fnHandler;
+    int nResult = 1;
+    {
+        const std::lock_guard<std::mutex> cGuard(s_cMutex);
+        s_lstTrace.append(strLabel);
+        nResult += s_mapExecutions[strLabel.toStdString()]++;
+        if (s_mapHandlers.count(strLabel.toStdString()))
+            fnHandler = s_mapHandlers[strLabel.toStdString()];
+    }
+    if (fnHandler)
+        fnHandler();
+    thread_local QByteArray s_achResult;
+    s_achResult = lstParts.value(strLabel.endsWith(QLatin1Char('!')) ? 1 : nResult).toUtf8();
+    return s_achResult.data();
+}
+
+inline unsigned char *requestPicture(int, const char *, int *pnWidth, int *pnHeight)
+{
+    static unsigned char s_uchPixel = 0;
+    *pnWidth = *pnHeight = 1;
+    return s_bPicture ? &s_uchPixel : nullptr;
+}
+
+inline void reset()
+{
+    static const bool s_bRegistered = [] {
+        auto *pcArithm = new Arithm(
+            false, [] { return "fake"; }, nullptr, execute);
+        ArithmFactory::getInstance()->getArithms()->append({"测试", "假", pcArithm});
+        // In the place of the drawing algorithm, whose config text this one shows.
+        auto *pcDrawing = new Arithm(
+            false, [] { return "KQ_Drawing"; }, nullptr, execute);
+        ArithmFactory::getInstance()->m_mapArithm.insert("KQ_Drawing", pcDrawing);
+        return true;
+    }();
+    Q_UNUSED(s_bRegistered)
+    s_lstTrace.clear();
+    s_lstPrinted.clear();
+    s_lstErrors.clear();
+    s_mapExecutions.clear();
+    s_mapHandlers.clear();
+    s_bPicture = true;
+    s_nErrorQueries = 0;
+}
+
+inline TaskItem step(const QString &strConfig, int nLimit = -1, const QString &strID = "fake")
+{
+    TaskItem cItem;
+    cItem.m_nMaxExeTimes = nLimit;
+    cItem.m_strArithmID = strID;
+    cItem.m_strOptionStr = strConfig;
+    cItem.m_strArithmName = strConfig.section(QLatin1Char('|'), 0, 0);
+    return cItem;
+}
+
+/// A step written as "[limit;]config".
+inline TaskItem parse(const QString &strStep)
+{
+    return strStep.contains(QLatin1Char(';'))
+               ? step(strStep.section(QLatin1Char(';'), 1), strStep.section(QLatin1Char(';'), 0, 0).toInt())
+               : step(strStep);
+}
+
+/// A task of such steps on the fake source.
+class Task : public TaskInfo
+{
+public:
+    explicit Task(const QStringList &lstSteps) : TaskInfo("任务", onError)
+    {
+        setPrintCallBack(onPrint);
+        for (const QString &strStep : lstSteps)
+            m_lstArithm.append(parse(strStep));
+        static DataSource::DataSourceInfo s_cInfo = [] {
+            DataSource::DataSourceInfo cInfo;
+            cInfo.m_fnRequestPicture = requestPicture;
+            cInfo.m_fnReleasePicture = [](int) {};
+            cInfo.m_fnSetConfig = [](int, char *) {};
+            cInfo.m_fnStart = [](int) { trace("start"); };
+            cInfo.m_fnStop = [](int) { trace("stop"); };
+            cInfo.m_fnGetLastError = [](int) -> char * {
+                static char s_szError[] = "没有图像";
+                ++s_nErrorQueries;
+                return s_szError;
+            };
+            return cInfo;
+        }();
+        m_pcDS = s_cInfo.newInstance({}, m_pcAPM);
+        m_pcDS->setDataType("Gray8");
+        m_pcDS->setDataID(1);
+    }
+};
+
+/// Holds a step: the step waits inside enter() from its first call on until the gate is open.
+class Gate
+{
+public:
+    void enter()
+    {
+        std::unique_lock<std::mutex> cGuard(m_cMutex);
+        m_bEntered = true;
+        m_cChanged.notify_all();
+        m_cChanged.wait(cGuard, [this] { return m_bOpen; });
+    }
+    bool waitEntered()
+    {
+        std::unique_lock<std::mutex> cGuard(m_cMutex);
+        return m_cChanged.wait_for(cGuard, std::chrono::seconds(20), [this] { return m_bEntered; });
+    }
+    void open()
+    {
+        const std::lock_guard<std::mutex> cGuard(m_cMutex);
+        m_bOpen = true;
+        m_cChanged.notify_all();
+    }
+
+private:
+    std::mutex m_cMutex;
+    std::condition_variable m_cChanged;
+    bool m_bEntered = false;
+    bool m_bOpen = false;
+};
+} // namespace Fake
+
+#endif
