@@ -121,7 +121,7 @@ bool isReplaceable(const QString &strPath)
 {
     struct stat cStat = {};
     if (stat(QFile::encodeName(strPath).constData(), &cStat) != 0)
-        return errno == ENOENT;
+        return errno == ENOENT && !strPath.isEmpty();
     return S_ISREG(cStat.st_mode) && cStat.st_nlink == 1 && cStat.st_uid == geteuid() &&
            cStat.st_gid == getegid();
 }
@@ -133,7 +133,9 @@ bool writeText(const QString &strPath, const QByteArray &achText)
     if (isReplaceable(strPath)) {
         QSaveFile cFile(strPath);
         if (cFile.open(eMode)) {
-            cFile.write(achText);
+            // A disk that fills up takes a part and reports no error.
+            if (cFile.write(achText) != achText.size() || !cFile.flush())
+                cFile.cancelWriting();
             if (!cFile.commit())
                 qCWarning(lcFile, "%s keeps its old contents: %s", qUtf8Printable(strPath),
                           qUtf8Printable(cFile.errorString()));
