@@ -139,5 +139,5 @@ void TestTaskStatus::sourceWithoutPictures()
     QVERIFY(Fake::s_lstErrors.isEmpty());
 }
 
-QTEST_MAIN(TestTaskStatus)
+QTEST_GUILESS_MAIN(TestTaskStatus)
 #include "tst_taskstatus.moc"
