@@ -1,0 +1,390 @@
+#include <QtTest>
+
+#include <atomic>
+#include <memory>
+#include <thread>
+#include <vector>
+
+#include <QImage>
+
+#include "OculinexQTStandAlone.h"
+#include "OculinexQTStandAloneInQt.h"
+#include "arithmparammgr.h"
+#include "globalfunction.h"
+#include "taskMgr/taskMgr.h"
+
+namespace
+{
+constexpr int WIDTH = 7; // 21 bytes and 3 of padding a row
+constexpr int HEIGHT = 2;
+using Buffer = std::vector<unsigned char>;
+
+struct StoreDeleter {
+    void operator()(ArithmParamMgr *pcAPM) const { ArithmParamMgr::deleteInstance(pcAPM); }
+};
+using Store = std::unique_ptr<ArithmParamMgr, StoreDeleter>;
+
+Store newStore()
+{
+    return Store(ArithmParamMgr::newInstance());
+}
+
+GlobalFunction &views()
+{
+    return *GlobalFunction::getInstance();
+}
+
+/// Runs a drawing step that queues the point list 1.
+void drawPoints(int nView, ArithmParamMgr *pcAPM)
+{
+    QByteArray achConfig = QStringLiteral("<View>%1</View><DataType>3</DataType><DataID>1</DataID>"
+                                          "<Config><Color>255</Color></Config>")
+                               .arg(nView)
+                               .toUtf8();
+    QCOMPARE(Drawing::execute(achConfig.data(), pcAPM), "");
+}
+
+int read(int nView, Buffer &achBuffer)
+{
+    achBuffer.assign(24 * HEIGHT, 0xAB);
+    return getDrawingWindow(nView, achBuffer.data(), WIDTH, HEIGHT);
+}
+
+bool isUntouched(const Buffer &achBuffer)
+{
+    return achBuffer == Buffer(achBuffer.size(), 0xAB);
+}
+
+/// Tells when it is drawn and destroyed.
+class Probe : public Drawing::DrawingOpt
+{
+public:
+    Probe(int nNumber, QVector<int> &lstDestroyed) : DrawingOpt(nNumber), m_lstDestroyed(lstDestroyed) {}
+    ~Probe() override { m_lstDestroyed.append(m_nDataID); }
+    void draw(QImage *pcTarget, ArithmParamMgr *) override
+    {
+        pcTarget->setPixel(0, 0, static_cast<uint>(m_nDataID));
+    }
+
+    QVector<int> &m_lstDestroyed;
+};
+
+/// Whoever takes the view gives it back.
+class Canvas
+{
+public:
+    explicit Canvas(int nView) : m_nView(nView), m_pcCanvas(views().requestViewDrawOption(nView)) {}
+    ~Canvas() { views().releaseViewDrawOption(m_nView, m_pcCanvas); }
+    Canvas(const Canvas &) = delete;
+    Canvas &operator=(const Canvas &) = delete;
+    explicit operator bool() const { return m_pcCanvas; }
+    GlobalFunction::ViewDrawOption *operator->() const { return m_pcCanvas; }
+
+private:
+    int m_nView;
+    GlobalFunction::ViewDrawOption *m_pcCanvas;
+};
+} // namespace
+
+/// The views as a host and the tasks use them: queues, exports, life and death of stores, threads.
+class TestViews : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init()
+    {
+        for (int nView = 0; nView < GlobalFunction::VIEW_NUM; ++nView) {
+            views().removeView(nView);
+            Drawing::resetViewScaleOpt(nView);
+        }
+    }
+    void checksArguments();
+    void readsOneObjectACall();
+    void fullQueueDropsTheOldest();
+    void viewsComeAndGo();
+    void storeDiesBeforeItsDrawings();
+    void heldViewDoesNotStopAStoreFromDying();
+    void storesDieWhileAHostReads();
+    void tasksDrawWhileAHostReads();
+};
+
+void TestViews::checksArguments()
+{
+    const Store pcStore = newStore();
+    pcStore->getParamPoints(1)->addPoint({0, 0});
+    Buffer achBuffer;
+    OculinexQtStandAlone &cFacade = *OculinexQtStandAlone::getInstance();
+    for (const int nView : {-1, 4, 5, 99}) {
+        useDrawingWindow(nView, 4, 4);
+        QVERIFY(!Canvas(nView));
+        QCOMPARE(read(nView, achBuffer), -1);
+    }
+    useDrawingWindow(0, 0, 4);
+    useDrawingWindow(0, 4, -1);
+    QVERIFY(!Canvas(0));
+    drawPoints(0, pcStore.get()); // no view yet: dropped, and not leaked
+    cFacade.useDrawingWindow(0, 4, 4);
+    QCOMPARE(read(0, achBuffer), -1);
+    drawPoints(0, pcStore.get());
+    QCOMPARE(getDrawingWindow(0, achBuffer.data(), 10001, 1), -1);
+    QCOMPARE(getDrawingWindow(0, achBuffer.data(), 1, 10001), -1);
+    QCOMPARE(getDrawingWindow(0, achBuffer.data(), 0, 1), -1);
+    QCOMPARE(getDrawingWindow(0, achBuffer.data(), 1, -5), -1);
+    QVERIFY(isUntouched(achBuffer));
+    QCOMPARE(cFacade.getDrawingWindow(0, nullptr, 10000, 10000), 0); // no buffer: used up all the same
+
+    // View 3 can be filled, but not read.
+    useDrawingWindow(3, 4, 4);
+    drawPoints(3, pcStore.get());
+    QCOMPARE(read(3, achBuffer), -1);
+    QVERIFY(isUntouched(achBuffer));
+    QVERIFY(Canvas(3)->haveDrawingOpt());
+}
+
+void TestViews::readsOneObjectACall()
+{
+    const Store pcStore = newStore();
+    useDrawingWindow(1, 4, 4);
+    // The picture, then the points; the list is read when it is drawn.
+    ParamDIB *pcDIB = pcStore->getParamDIB(1);
+    pcDIB->resize(WIDTH, HEIGHT);
+    memset(pcDIB->getDIB(), 0x10, 24 * HEIGHT);
+    pcDIB->getDIB()[0] = 0x20; // blue
+    char szPicture[] = "<View>1</View><DataType>0</DataType><DataID>1</DataID>";
+    Drawing::execute(szPicture, pcStore.get());
+    memset(pcDIB->getDIB(), 0x77, 24 * HEIGHT);
+    drawPoints(1, pcStore.get());
+    drawPoints(1, pcStore.get());
+    pcStore->getParamPoints(1)->addPoint({WIDTH - 1, HEIGHT - 1});
+    useDrawingWindow(1, 600, 500); // keeps the queue
+    {
+        const Canvas cCanvas(1);
+        QCOMPARE(cCanvas->m_nDOPos.load(), 3);
+        QCOMPARE(cCanvas->m_nViewWidth.load(), 600);
+        QCOMPARE(cCanvas->m_nViewHeight.load(), 500);
+    }
+
+    Buffer achExpected(24 * HEIGHT, 0);
+    for (size_t y = 0; y < HEIGHT; ++y)
+        std::fill_n(achExpected.begin() + static_cast<long>(24 * y), 3 * WIDTH, 0x10);
+    achExpected[2] = 0x20;
+    Buffer achBuffer;
+    QCOMPARE(read(1, achBuffer), 1);
+    QCOMPARE(achBuffer, achExpected);
+    QCOMPARE(getDrawingWindow(1, achBuffer.data(), WIDTH, HEIGHT), 1);
+    std::fill_n(achExpected.begin() + 24 + 3 * (WIDTH - 1), 2, 0);
+    achExpected[24 + 3 * (WIDTH - 1) + 2] = 0xFF;
+    QCOMPARE(achBuffer, achExpected);
+    QCOMPARE(read(1, achBuffer), 0);
+    QCOMPARE(read(1, achBuffer), -1);
+    QVERIFY(isUntouched(achBuffer));
+}
+
+void TestViews::fullQueueDropsTheOldest()
+{
+    useDrawingWindow(2, 4, 4);
+    QVector<int> lstDestroyed;
+    {
+        const Canvas cCanvas(2);
+        cCanvas->pushDrawingOpt(nullptr);
+        for (int i = 1; i <= 12; ++i)
+            cCanvas->pushDrawingOpt(new Probe(i, lstDestroyed));
+        QCOMPARE(lstDestroyed, QVector<int>({1, 2}));
+        for (int i = 3; i <= 12; ++i) {
+            const std::unique_ptr<Drawing::DrawingOpt> pcOpt(cCanvas->popDrawingOpt());
+            QVERIFY(pcOpt);
+            QCOMPARE(pcOpt->getDataID(), i);
+            QCOMPARE(cCanvas->haveDrawingOpt(), i < 12);
+        }
+        QVERIFY(!cCanvas->popDrawingOpt());
+        cCanvas->pushDrawingOpt(new Probe(0x345678, lstDestroyed));
+    }
+    lstDestroyed.clear();
+    Buffer achBuffer;
+    QCOMPARE(read(2, achBuffer), 0);
+    QCOMPARE(Buffer(achBuffer.begin(), achBuffer.begin() + 4), Buffer({0x34, 0x56, 0x78, 0xAB}));
+    QCOMPARE(lstDestroyed, QVector<int>({0x345678})); // by the library, once drawn
+}
+
+void TestViews::viewsComeAndGo()
+{
+    QVector<int> lstDestroyed;
+    views().resizeViewCanvas(5, 3, 4);
+    views().resizeViewCanvas(6, 3, 4);
+    GlobalFunction::ViewDrawOption *pcHeld = views().requestViewDrawOption(5);
+    QVERIFY(pcHeld);
+    QCOMPARE(pcHeld->m_nViewWidth.load(), 3);
+    pcHeld->pushDrawingOpt(new Probe(1, lstDestroyed));
+    // A waiter finds the view gone; the holder still has a canvas that can be used.
+    std::thread cWaiter([] { QVERIFY(!Canvas(5)); });
+    views().removeView(5);
+    QVERIFY(!views().requestViewDrawOption(5));
+    pcHeld->pushDrawingOpt(new Probe(2, lstDestroyed));
+    views().releaseViewDrawOption(5, pcHeld);
+    cWaiter.join();
+    views().addView(5, 1, 2);
+    const Canvas cCanvas(5);
+    QVERIFY(!cCanvas->haveDrawingOpt());
+    QCOMPARE(cCanvas->m_nViewHeight.load(), 2);
+    QCOMPARE(lstDestroyed, QVector<int>({1, 2}));
+}
+
+void TestViews::storeDiesBeforeItsDrawings()
+{
+    useDrawingWindow(0, 4, 4);
+    TaskInfo cLiving(QStringLiteral("living"), nullptr);
+    cLiving.m_pcAPM->getParamPoints(1)->addPoint({1, 1});
+    auto pcDying = std::make_unique<TaskInfo>(QStringLiteral("dying"), nullptr);
+    pcDying->m_pcAPM->getParamPoints(1)->addPoint({0, 0});
+    ParamGray8 *pcGrey = pcDying->m_pcAPM->getParamGray8(1);
+    pcGrey->resize(1, 1);
+    drawPoints(0, pcDying->m_pcAPM); // taken out, not yet drawn
+    drawPoints(0, pcDying->m_pcAPM); // still queued
+    char szGrey[] = "<DataType>1</DataType><DataID>1</DataID><Config><Pos>1</Pos></Config>";
+    Drawing::execute(szGrey, pcDying->m_pcAPM); // owns its pixels
+    drawPoints(0, cLiving.m_pcAPM);
+    const std::unique_ptr<Drawing::DrawingOpt> pcTaken(Canvas(0)->popDrawingOpt());
+    pcDying.reset();
+
+    QImage cTarget(4, 4, QImage::Format_RGB888);
+    cTarget.fill(Qt::white);
+    const QImage cBefore = cTarget;
+    pcTaken->draw(&cTarget, pcTaken->m_pcAPM);
+    QCOMPARE(cTarget, cBefore);
+    Buffer achBuffer;
+    QCOMPARE(read(0, achBuffer), 1);
+    QVERIFY(isUntouched(achBuffer));
+    QCOMPARE(read(0, achBuffer), 1);
+    QCOMPARE(achBuffer, Buffer(24 * HEIGHT, 0)); // cleared by the grey picture
+    QCOMPARE(read(0, achBuffer), 0);
+    QCOMPARE(int{achBuffer[24 + 3 + 2]}, 255); // the living task's point
+
+    // Queued once more, it is as dead as before, wherever its store lay.
+    drawPoints(0, cLiving.m_pcAPM);
+    const std::unique_ptr<Drawing::DrawingOpt> pcOther(Canvas(0)->popDrawingOpt());
+    Drawing::disarm(cLiving.m_pcAPM);
+    Drawing::DrawingOpt *pcAgain = Drawing::parseConfigString(
+        QStringLiteral("<DataType>3</DataType><DataID>1</DataID>"), cLiving.m_pcAPM);
+    pcAgain->m_pcAPM = cLiving.m_pcAPM;
+    {
+        const Canvas cCanvas(0);
+        cCanvas->pushDrawingOpt(pcAgain);
+        QCOMPARE(cCanvas->popDrawingOpt(), pcAgain);
+        Drawing::disarm(cLiving.m_pcAPM);
+        cCanvas->pushDrawingOpt(pcAgain);
+    }
+    QCOMPARE(read(0, achBuffer), 0);
+    QVERIFY(isUntouched(achBuffer));
+}
+
+void TestViews::heldViewDoesNotStopAStoreFromDying()
+{
+    useDrawingWindow(0, 4, 4);
+    Store pcStore = newStore();
+    pcStore->getParamPoints(1)->addPoint({0, 0});
+    drawPoints(0, pcStore.get());
+    const Canvas cCanvas(0); // as while a view is saved
+    std::thread cDying([&pcStore] {
+        Drawing::disarm(pcStore.get());
+        pcStore.reset();
+    });
+    cDying.join();
+    const std::unique_ptr<Drawing::DrawingOpt> pcOpt(cCanvas->popDrawingOpt());
+    QImage cTarget(4, 4, QImage::Format_RGB888);
+    pcOpt->draw(&cTarget, pcOpt->m_pcAPM);
+}
+
+void TestViews::storesDieWhileAHostReads()
+{
+    useDrawingWindow(0, 4, 4);
+    std::atomic<bool> bEnd{false};
+    std::atomic<int> nDrawn{0};
+    std::vector<std::thread> lstReaders;
+    for (int i = 0; i < 2; ++i) {
+        lstReaders.emplace_back([&] {
+            Buffer achBuffer;
+            while (!bEnd) {
+                if (read(0, achBuffer) >= 0)
+                    ++nDrawn;
+                else
+                    std::this_thread::yield();
+            }
+        });
+    }
+    QElapsedTimer cTimer;
+    cTimer.start();
+    for (int i = 0; i < 300 || (nDrawn < 300 && cTimer.elapsed() < 10'000); ++i) {
+        const Store pcStore = newStore();
+        ParamPoints *pcPoints = pcStore->getParamPoints(1);
+        for (int j = 0; j < 200; ++j)
+            pcPoints->addPoint({j % WIDTH, 0});
+        for (int j = 0; j < 3; ++j)
+            drawPoints(0, pcStore.get());
+        pcPoints->addPoint({0, 0});
+        Drawing::disarm(pcStore.get());
+    }
+    bEnd = true;
+    for (std::thread &cReader : lstReaders)
+        cReader.join();
+    QVERIFY(nDrawn >= 300);
+}
+
+void TestViews::tasksDrawWhileAHostReads()
+{
+    constexpr int ROUNDS = 400;
+    for (int nView = 0; nView < 2; ++nView)
+        useDrawingWindow(nView, WIDTH, HEIGHT);
+    std::atomic<int> nTasks{2};
+    std::vector<std::thread> lstThreads;
+    for (int nTask = 0; nTask < 2; ++nTask) {
+        lstThreads.emplace_back([&nTasks, nTask] {
+            const Store pcStore = newStore();
+            ParamDIB *pcDIB = pcStore->getParamDIB(1);
+            pcDIB->resize(64, 64);
+            QByteArray achPicture = QStringLiteral("<View>%1</View><DataType>0</DataType><DataID>1</DataID>"
+                                                   "<Config><Scale>3</Scale></Config>")
+                                        .arg(nTask)
+                                        .toUtf8();
+            for (int i = 0; i < ROUNDS; ++i) {
+                memset(pcDIB->getDIB(), i, 64 * 64 * 3);
+                Drawing::execute(achPicture.data(), pcStore.get());
+                pcStore->getParamPoints(1)->addPoint({i % 64, i % 64});
+                drawPoints(i % 2, pcStore.get());
+                if (i % 16 == 0)
+                    views().resizeViewCanvas(nTask, i + 1, i + 1);
+            }
+            Drawing::disarm(pcStore.get());
+            --nTasks;
+        });
+    }
+    // The host: each picture that it reads is of one colour, never torn.
+    Buffer achBuffer(24 * HEIGHT);
+    int nPictures = 0;
+    const auto drain = [&](int nView) {
+        int nResult = 0;
+        do {
+            achBuffer.assign(24 * HEIGHT, 0xAB);
+            nResult = getDrawingWindow(nView, achBuffer.data(), WIDTH, HEIGHT);
+            if (nResult < 0 || achBuffer[21] != 0) // nothing, or points without a picture
+                continue;
+            ++nPictures;
+            for (size_t i = 0; i < 21; ++i)
+                QCOMPARE(achBuffer[i], achBuffer[0]);
+        } while (nResult == 1);
+        Canvas(nView)->haveDrawingOpt();
+        Drawing::getViewScaleOpt(nView);
+    };
+    while (nTasks > 0) {
+        drain(0);
+        drain(1);
+    }
+    for (std::thread &cThread : lstThreads)
+        cThread.join();
+    drain(0);
+    drain(1);
+    QVERIFY(nPictures > 0);
+}
+
+QTEST_GUILESS_MAIN(TestViews)
+#include "tst_views.moc"
