@@ -451,5 +451,5 @@ void TestDrawing::readsConfig()
     QVERIFY(!pcNoStore);
 }
 
-QTEST_MAIN(TestDrawing)
+QTEST_GUILESS_MAIN(TestDrawing)
 #include "tst_drawing.moc"

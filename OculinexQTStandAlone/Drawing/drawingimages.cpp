@@ -43,10 +43,10 @@ static_assert(s_anColourTable[2] == 0xFF330000 && s_anColourTable[6] == 0xFF001C
 /// A copy of nHeight rows of nRowBytes bytes; null when there is nothing to copy or no room.
 unsigned char *copyPixels(const unsigned char *puchPixels, qint64 nRowBytes, int nHeight)
 {
-    size_t nBytes = 0;
     if (!puchPixels || nRowBytes <= 0 || nHeight <= 0 ||
-        __builtin_mul_overflow(nRowBytes, nHeight, &nBytes)) // NOLINT: a checked multiplication
+        nRowBytes > std::numeric_limits<qint64>::max() / nHeight)
         return nullptr;
+    const auto nBytes = static_cast<size_t>(nRowBytes * nHeight);
     unsigned char *puchCopy = PixelBuffers::take(nBytes);
     if (puchCopy)
         memcpy(puchCopy, puchPixels, nBytes);
@@ -186,11 +186,10 @@ void paintBuilt(QImage &cTarget, QSize cPicture, QImage::Format eFormat, const Q
 {
     const qint64 nRowBytes =
         eFormat == QImage::Format_RGB888 ? rowBytes(cPicture.width()) : qint64{4} * cPicture.width();
-    size_t nBytes = 0;
-    if (nRowBytes > std::numeric_limits<int>::max() ||
-        __builtin_mul_overflow(nRowBytes, cPicture.height(), &nBytes)) // NOLINT: as above
+    if (nRowBytes > std::numeric_limits<int>::max())
         return;
-    const PixelBuffers::Owned pcPixels(PixelBuffers::take(nBytes));
+    const PixelBuffers::Owned pcPixels(
+        PixelBuffers::take(static_cast<size_t>(nRowBytes * cPicture.height())));
     if (!pcPixels)
         return;
     for (int y = 0; y < cPicture.height(); ++y)
