@@ -2,16 +2,10 @@
 
 #include <random>
 
-#include <csignal>
 #include <ctime>
-#include <sys/resource.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <QFile>
-#include <QTemporaryDir>
 
-#include "OculinexQTStandAloneInQt.h"
 #include "arithmparammgr.h"
 #include "globalfunction.h"
 #include "taskMgr/taskMgr.h"
@@ -147,6 +141,12 @@ double cpuSeconds()
     return static_cast<double>(cTime.tv_sec) + 1e-9 * static_cast<double>(cTime.tv_nsec);
 }
 
+QString guide()
+{
+    QFile cFile(OCULINEX_SOURCE_DIR "/docs/tasks-file.md");
+    return cFile.open(QIODevice::ReadOnly) ? QString::fromUtf8(cFile.readAll()) : QString();
+}
+
 QString bigTask(int nSteps)
 {
     TaskInfo cTask(QStringLiteral("big"), nullptr);
@@ -159,42 +159,14 @@ QString bigTask(int nSteps)
     return "<=TaskInfo=>\n" + cTask.toString() + "\n</=TaskInfo=>\n";
 }
 
-QByteArray contentsOf(const QString &strPath)
-{
-    QFile cFile(strPath);
-    return cFile.open(QIODevice::ReadOnly) ? cFile.readAll() : QByteArray("(can't be read)");
-}
-
-void setContents(const QString &strPath, const QByteArray &achText)
-{
-    QFile cFile(strPath);
-    QVERIFY(cFile.open(QIODevice::WriteOnly));
-    QCOMPARE(cFile.write(achText), achText.size());
-}
-
-QString save(const QString &strPath)
-{
-    return QString::fromLocal8Bit(saveTasksFile(strPath.toUtf8().data()));
-}
-
-QString open(const QString &strPath)
-{
-    return QString::fromLocal8Bit(openTasksFile(strPath.toLocal8Bit().data()));
-}
-
-QByteArray currentText()
-{
-    return TaskMgr::getInstance()->toString().toUtf8();
-}
 } // namespace
 
-/// The tasks file: its text, and the file itself.
+/// The text of a tasks file.
 class TestTasksFile : public QObject
 {
     Q_OBJECT
 
 private slots:
-    void init();
     void cleanupTestCase() { TaskMgr::deleteThis(); }
 
     void roundTrip();
@@ -205,28 +177,7 @@ private slots:
     void positionsAreKeys();
     void examplesOfTheGuide();
     void commandsOfTheGuide();
-
-    void openBytes_data();
-    void openBytes();
-    void openFails_data();
-    void openFails();
-    void saveAndOpenPaths();
-    void saveFails_data();
-    void saveFails();
-    void savingKeepsLinks();
-    void savingKeepsModeAndOwner();
-    void fullDiskKeepsTheOldFile();
-
-private:
-    QString path(const QString &strName) { return m_cDir.filePath(strName); }
-
-    QTemporaryDir m_cDir;
 };
-
-void TestTasksFile::init()
-{
-    TaskMgr::getInstance()->fromString("<=TaskInfo=><-TaskName->held</-TaskName-></=TaskInfo=>");
-}
 
 void TestTasksFile::roundTrip()
 {
@@ -391,7 +342,7 @@ void TestTasksFile::positionsAreKeys()
 /// Each example of the guide is a tasks file that is read and saved as it stands there.
 void TestTasksFile::examplesOfTheGuide()
 {
-    const QString strGuide = QString::fromUtf8(contentsOf(OCULINEX_SOURCE_DIR "/docs/tasks-file.md"));
+    const QString strGuide = guide();
     const QStringList lstPart = strGuide.split("```");
     int nExamples = 0;
     for (const QString &strPart : lstPart) {
@@ -409,7 +360,7 @@ void TestTasksFile::examplesOfTheGuide()
 /// Each row of the guide's table of commands tells the truth.
 void TestTasksFile::commandsOfTheGuide()
 {
-    const QString strGuide = QString::fromUtf8(contentsOf(OCULINEX_SOURCE_DIR "/docs/tasks-file.md"));
+    const QString strGuide = guide();
     const QStringList lstRow = strGuide.mid(strGuide.indexOf("| result of step 0")).split('\n').mid(2);
     static QStringList s_lstPrinted;
     int nRows = 0;
@@ -440,161 +391,6 @@ void TestTasksFile::commandsOfTheGuide()
         QCOMPARE(strMsg, lstCell.at(3).isEmpty() ? QString() : strFrame + lstCell.at(3));
     }
     QVERIFY(nRows >= 10);
-}
-
-void TestTasksFile::openBytes_data()
-{
-    QTest::addColumn<QByteArray>("achFile");
-    QTest::addColumn<QString>("strName"); // of the only task, "-" for none
-    const QByteArray achTask = "<=TaskInfo=><-TaskName->n\xC3\xA9</-TaskName-></=TaskInfo=>";
-    QTest::newRow("plain") << achTask << "né";
-    QTest::newRow("byte order mark") << "\xEF\xBB\xBF" + achTask << "né";
-    QTest::newRow("carriage returns") << achTask + "\r\n"
-                                      << "né";
-    QTest::newRow("zero byte behind") << achTask + QByteArray(1, '\0') + achTask << "né";
-    QTest::newRow("zero byte before") << QByteArray(1, '\0') + achTask << "-";
-    QTest::newRow("zero byte far behind") << achTask + QByteArray(3 << 20, ' ') + '\0' + achTask << "né";
-    QTest::newRow("bad bytes") << QByteArray("<=TaskInfo=><-TaskName->n\xFF</-TaskName-></=TaskInfo=>")
-                               << QStringLiteral("n\uFFFD");
-    QTest::newRow("empty") << QByteArray() << "-";
-}
-
-void TestTasksFile::openBytes()
-{
-    QFETCH(QByteArray, achFile);
-    QFETCH(QString, strName);
-    setContents(path("bytes.tasks"), achFile);
-    QCOMPARE(open(path("bytes.tasks")), "");
-    QCOMPARE(TaskMgr::getInstance()->getTaskNum(), strName == "-" ? 0 : 1);
-    if (TaskInfo *pcTask = TaskMgr::getInstance()->getTask(0))
-        QCOMPARE(pcTask->getName(), strName);
-}
-
-void TestTasksFile::openFails_data()
-{
-    QTest::addColumn<QByteArray>("achPath");
-    QTest::newRow("missing") << QByteArray("/no/such/file");
-    QTest::newRow("directory") << QByteArray("/tmp");
-    QTest::newRow("unreadable contents") << QByteArray("/proc/self/mem");
-    QTest::newRow("empty path") << QByteArray("");
-    QTest::newRow("null") << QByteArray();
-}
-
-void TestTasksFile::openFails()
-{
-    QFETCH(QByteArray, achPath);
-    QCOMPARE(openTasksFile(achPath.isNull() ? nullptr : achPath.data()), "open file failed.");
-    QCOMPARE(TaskMgr::getInstance()->getTask(0)->getName(), "held"); // nothing was lost
-}
-
-/// Paths are in the local encoding for opening, in UTF-8 for saving.
-void TestTasksFile::saveAndOpenPaths()
-{
-    const QString strPath = path("任务 é.tasks");
-    const QByteArray achText = currentText();
-    QCOMPARE(save(strPath), "");
-    QCOMPARE(contentsOf(strPath), achText);
-    TaskMgr::getInstance()->clear();
-    QCOMPARE(open(strPath), "");
-    QCOMPARE(currentText(), achText);
-    QCOMPARE(save(strPath), "");
-    QCOMPARE(contentsOf(strPath), achText);
-    QCOMPARE(QDir(m_cDir.path()).entryList({"*任务*"}, QDir::Files).size(), 1); // nothing is left beside it
-}
-
-void TestTasksFile::saveFails_data()
-{
-    QTest::addColumn<QString>("strPath");
-    QTest::newRow("missing directory") << "/no/such/directory/file";
-    QTest::newRow("directory") << "/tmp";
-    QTest::newRow("below a file") << "/dev/null/file";
-    QTest::newRow("empty path") << "";
-    QTest::newRow("no process's business") << "/proc/file";
-}
-
-void TestTasksFile::saveFails()
-{
-    QFETCH(QString, strPath);
-    QCOMPARE(save(strPath), "save file failed.");
-    QCOMPARE(saveTasksFile(nullptr), "save file failed.");
-    // What a device does not take is not reported, but logged.
-    QTest::ignoreMessage(QtWarningMsg, QRegularExpression("^/dev/full is not written whole: "));
-    QCOMPARE(save("/dev/full"), "");
-}
-
-void TestTasksFile::savingKeepsLinks()
-{
-    const QByteArray achText = currentText();
-    setContents(path("target"), "old");
-    QVERIFY(QFile::link("target", path("symlink")));
-    QCOMPARE(save(path("symlink")), "");
-    QVERIFY(QFileInfo(path("symlink")).isSymLink());
-    QCOMPARE(contentsOf(path("target")), achText);
-
-    setContents(path("first"), "old");
-    QCOMPARE(::link(qPrintable(path("first")), qPrintable(path("second"))), 0);
-    QCOMPARE(save(path("second")), "");
-    QCOMPARE(contentsOf(path("first")), achText);
-
-    QVERIFY(QFile::link("new", path("dangling")));
-    QCOMPARE(save(path("dangling")), "");
-    QCOMPARE(contentsOf(path("new")), achText);
-}
-
-void TestTasksFile::savingKeepsModeAndOwner()
-{
-    const QByteArray achText = currentText();
-    const auto fnStat = [&] {
-        struct stat cStat = {};
-        stat(qPrintable(path("owned")), &cStat);
-        return cStat;
-    };
-    setContents(path("owned"), "old");
-    QCOMPARE(chmod(qPrintable(path("owned")), 0640), 0);
-    QCOMPARE(save(path("owned")), "");
-    QCOMPARE(fnStat().st_mode & 07777u, 0640u);
-
-    if (geteuid() != 0)
-        QSKIP("only root can give files away");
-    setContents(path("owned"), "old");
-    QCOMPARE(chown(qPrintable(path("owned")), 1234, 1234), 0);
-    QCOMPARE(save(path("owned")), "");
-    QCOMPARE(fnStat().st_uid, 1234u);
-    QCOMPARE(contentsOf(path("owned")), achText);
-
-    // A file that can be written in a directory that can't.
-    QVERIFY(QDir(m_cDir.path()).mkdir("shut"));
-    setContents(path("shut/file"), "old");
-    QCOMPARE(chmod(qPrintable(m_cDir.path()), 0755), 0);
-    QCOMPARE(chown(qPrintable(path("shut/file")), 1234, getegid()), 0);
-    QCOMPARE(seteuid(1234), 0);
-    const QString strResult = save(path("shut/file"));
-    const QString strNew = save(path("shut/new"));
-    QCOMPARE(seteuid(0), 0);
-    QCOMPARE(strResult, "");
-    QCOMPARE(contentsOf(path("shut/file")), achText);
-    QCOMPARE(strNew, "save file failed.");
-}
-
-void TestTasksFile::fullDiskKeepsTheOldFile()
-{
-    const QByteArray achGood = currentText();
-    QCOMPARE(save(path("good")), "");
-    TaskMgr::getInstance()->fromString(bigTask(1000));
-
-    // A limit on the length of files stands for the full disk.
-    rlimit cOld = {};
-    getrlimit(RLIMIT_FSIZE, &cOld);
-    const rlimit cSmall = {4096, cOld.rlim_max};
-    signal(SIGXFSZ, SIG_IGN);
-    setrlimit(RLIMIT_FSIZE, &cSmall);
-    QTest::ignoreMessage(QtWarningMsg, QRegularExpression("good keeps its old contents: "));
-    const QString strResult = save(path("good"));
-    setrlimit(RLIMIT_FSIZE, &cOld);
-
-    QCOMPARE(strResult, "");
-    QCOMPARE(contentsOf(path("good")), achGood);
-    QCOMPARE(QDir(m_cDir.path()).entryList({"good*"}, QDir::Files).size(), 1);
 }
 
 QTEST_GUILESS_MAIN(TestTasksFile)
