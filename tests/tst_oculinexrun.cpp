@@ -1,5 +1,6 @@
 // oculinex-run as its users have it: a process of its own with the probe plug-ins beside it.
 
+#include <array>
 #include <csignal>
 #include <fcntl.h>
 #include <sys/ioctl.h>
@@ -265,7 +266,7 @@ void TestOculinexRun::runsExactly()
     QCOMPARE(count(lstObject, "print", "fast"), 8);
     QCOMPARE(count(lstObject, "print", "slow"), 7);
 
-    const QJsonObject cSummary = lstObject.last();
+    const QJsonObject &cSummary = lstObject.last();
     QCOMPARE(cSummary["event"].toString(), "summary");
     QCOMPARE(cSummary["exitCode"].toInt(-1), 0);
     const QJsonObject cFast = cSummary["tasks"].toArray().at(0).toObject();
@@ -389,7 +390,7 @@ void TestOculinexRun::hangingStep()
     ioctl(nMaster, TIOCSWINSZ, &cSize);
 
     const QString strFile =
-        file(task(QString(20, QChar(0x5b57)), source("<Wait>20</Wait>") + step(result(print("x")))) +
+        file(task(QString(20, QChar(0x5b57)), source("<Wait>200</Wait>") + step(result(print("x")))) +
              task("hangs", source("") + step("") + step("<Sleep>3000</Sleep>")));
     QProcess cOnTerminal;
     cOnTerminal.setStandardErrorFile(ptsname(nMaster));
@@ -398,8 +399,10 @@ void TestOculinexRun::hangingStep()
     begin(cForPrograms, {"--seconds=2.8", "--json", "--quiet", strFile});
     const Outcome cLines = end(cOnTerminal);
     const Outcome cObjects = end(cForPrograms);
-    QByteArray achTerminal(1 << 16, '\0');
-    achTerminal.resize(static_cast<int>(qMax<ssize_t>(0, read(nMaster, achTerminal.data(), 1 << 16))));
+    QByteArray achTerminal;
+    std::array<char, 4096> achPart{};
+    for (ssize_t nPart = 0; (nPart = read(nMaster, achPart.data(), achPart.size())) > 0;)
+        achTerminal.append(achPart.data(), static_cast<int>(nPart));
     close(nMaster);
 
     QCOMPARE(cLines.m_nExitCode, 0);

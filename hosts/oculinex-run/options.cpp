@@ -15,16 +15,6 @@ const char *const DESCRIPTION =
     "\n"
     "Exit code: 0 fine, 1 a task failed (with --check: something was found), 2 bad arguments or a\n"
     "file that can't be read or holds no task.";
-
-// The longest time that a timer takes, in seconds.
-constexpr double MAX_SECONDS = 2000000;
-
-double seconds(const QString &strText)
-{
-    bool bOk = false;
-    const double fSeconds = strText.toDouble(&bOk);
-    return bOk && fSeconds > 0 && fSeconds <= MAX_SECONDS ? fSeconds : 0;
-}
 } // namespace
 
 QString parseOptions(const QStringList &lstArguments, Options &cOptions)
@@ -87,7 +77,7 @@ QString parseOptions(const QStringList &lstArguments, Options &cOptions)
         const bool bIdle = cParser.isSet(cIdle);
         const QString strValue = cParser.value(bIdle ? cIdle : cSeconds);
         cOptions.m_eUntil = bIdle ? Options::Until::Idle : Options::Until::Seconds;
-        cOptions.m_fSeconds = seconds(strValue);
+        cOptions.m_fSeconds = strValue.toDouble();
         if (!(cOptions.m_fSeconds > 0))
             return QString("--%1 needs a number of seconds above 0, not '%2'.")
                 .arg(bIdle ? "until-idle" : "seconds", strValue);

@@ -9,6 +9,7 @@
 namespace
 {
 constexpr double NS_PER_MS = 1e6;
+const QString CLEAR_LINE = QStringLiteral("\r\033[K");
 
 QString decimals(double fValue, int nDigits)
 {
@@ -43,28 +44,19 @@ void write(FILE *pcStream, const QString &strText)
 
 TextReport::TextReport(bool bQuiet) : m_bQuiet(bQuiet), m_bTerminal(isatty(STDERR_FILENO) != 0) {}
 
-TextReport::~TextReport()
-{
-    clearLive();
-}
-
 QString TextReport::prefix(int nTask) const
 {
     return m_lstTask.size() > 1 && nTask >= 0 ? m_lstTask[nTask].m_strName + ": " : QString();
 }
 
-void TextReport::clearLive()
-{
-    if (m_bLive)
-        write(stderr, "\r\033[K");
-    m_bLive = false;
-}
-
 void TextReport::line(FILE *pcStream, const QString &strLine)
 {
     const std::lock_guard<std::mutex> cGuard(m_cOutput);
-    clearLive();
+    if (!m_strLive.isEmpty())
+        write(stderr, CLEAR_LINE);
     write(pcStream, strLine + '\n');
+    if (!m_strLive.isEmpty())
+        write(stderr, m_strLive);
 }
 
 void TextReport::printed(int nTask, const QString &strText)
@@ -97,12 +89,13 @@ void TextReport::live(const QString &strLine)
     if (!m_bTerminal || m_bQuiet)
         return;
     const std::lock_guard<std::mutex> cGuard(m_cOutput);
-    write(stderr, "\r\033[K" + fitted(strLine, terminalColumns() - 1));
-    m_bLive = true;
+    m_strLive = fitted(strLine, terminalColumns() - 1);
+    write(stderr, CLEAR_LINE + m_strLive);
 }
 
 void TextReport::summary(const QList<TaskSummary> &lstTask, int)
 {
+    live({});
     QList<QStringList> lstRow = {
         {"task, step", "runs", "pictures", "failures", "runs/s", "mean ms", "worst ms", "share"}};
     for (int nTask = 0; nTask < lstTask.size(); ++nTask) {

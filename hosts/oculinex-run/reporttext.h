@@ -9,7 +9,6 @@ class TextReport : public Report
 {
 public:
     explicit TextReport(bool bQuiet);
-    ~TextReport() override;
 
     void printed(int nTask, const QString &strText) override;
     void failed(int nTask, const QString &strText) override;
@@ -23,11 +22,10 @@ public:
 private:
     QString prefix(int nTask) const;
     void line(FILE *pcStream, const QString &strLine);
-    void clearLive();
 
     bool m_bQuiet;
-    bool m_bTerminal;     ///< the standard error is one
-    bool m_bLive = false; ///< a status line stands on the terminal
+    bool m_bTerminal;  ///< the standard error is one
+    QString m_strLive; ///< the status line that stands on the terminal
 };
 
 #endif

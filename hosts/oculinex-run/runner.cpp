@@ -73,9 +73,7 @@ int Runner::run()
     QTimer cTick;
     connect(&cTick, &QTimer::timeout, this, &Runner::look);
     cTick.start(TICK_MS);
-    if (m_cOptions.m_eUntil == Options::Until::Seconds)
-        QTimer::singleShot(static_cast<int>(m_cOptions.m_fSeconds * MS_PER_S), Qt::PreciseTimer, this,
-                           &Runner::requestStop);
+    m_cStarted.start();
     m_cLastActive.start();
     m_cLastLive.start();
 
@@ -156,13 +154,18 @@ void Runner::taskEnded(int nTask, const TaskSummary &cSummary)
         m_cLoop.quit();
 }
 
+bool Runner::isOver(const QElapsedTimer &cClock) const
+{
+    return static_cast<double>(cClock.elapsed()) >= m_cOptions.m_fSeconds * MS_PER_S;
+}
+
 void Runner::look()
 {
     for (size_t nWatch = 0; nWatch < m_vecWatch.size(); ++nWatch)
         if (!m_vecWatch[nWatch].m_bEnded)
             lookAt(static_cast<int>(nWatch));
-    if (m_cOptions.m_eUntil == Options::Until::Idle &&
-        static_cast<double>(m_cLastActive.elapsed()) > m_cOptions.m_fSeconds * MS_PER_S)
+    if ((m_cOptions.m_eUntil == Options::Until::Seconds && isOver(m_cStarted)) ||
+        (m_cOptions.m_eUntil == Options::Until::Idle && isOver(m_cLastActive)))
         requestStop();
     if (m_cLastLive.hasExpired(LIVE_MS))
         showLive();

@@ -40,6 +40,7 @@ private:
     void runEachOnce();
     void requestStop();
     void taskEnded(int nTask, const TaskSummary &cSummary);
+    bool isOver(const QElapsedTimer &cClock) const; ///< whether it shows the seconds of the options
     void look();
     void lookAt(int nTask);
     void showLive();
@@ -51,6 +52,7 @@ private:
     int m_nRunning = 0;            ///< tasks that have not ended
     std::atomic<bool> m_bStop{false};
     QEventLoop m_cLoop;
+    QElapsedTimer m_cStarted;
     QElapsedTimer m_cLastActive; ///< since a source gave a picture or a step ran
     QElapsedTimer m_cLastLive;
 };

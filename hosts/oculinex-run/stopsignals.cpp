@@ -37,6 +37,9 @@ StopSignals::StopSignals()
     struct sigaction cAction = {};
     cAction.sa_handler = signalArrived;
     cAction.sa_flags = SA_RESTART;
-    for (const int nSignal : {SIGINT, SIGTERM, SIGHUP, SIGPIPE})
+    for (const int nSignal : {SIGINT, SIGTERM, SIGPIPE})
         sigaction(nSignal, &cAction, nullptr);
+    struct sigaction cHangUp = {};
+    if (sigaction(SIGHUP, nullptr, &cHangUp) == 0 && cHangUp.sa_handler != SIG_IGN) // by nohup
+        sigaction(SIGHUP, &cAction, nullptr);
 }

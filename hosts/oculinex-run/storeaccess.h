@@ -23,8 +23,16 @@ enum class ParamKind {
 /// What a kind is called in messages, as in "grey picture".
 QString paramKindName(ParamKind eKind);
 
+/// What a step does with an ID below 0.
+enum class Negative {
+    Allowed, ///< an ID like any other, but -1 makes a new parameter each time
+    Refused, ///< the step fails
+    Ignored, ///< the step does nothing
+};
+
 struct StoreAccess {
     bool m_bWrite = false;
+    Negative m_eNegative = Negative::Allowed;
     ParamKind m_eKind = ParamKind::Dib;
     QString m_strTag; ///< the tag that holds the ID
     int m_nID = 0;

@@ -75,8 +75,7 @@ void Checker::add(const QString &strText)
 QString Checker::field(QString &strBlock, const char *szName)
 {
     const QString strBegin = QString("<-%1->").arg(szName);
-    const QString strValue =
-        GlobalFunction::getAndRemoveBody(strBlock, strBegin, QString("</-%1->").arg(szName));
+    QString strValue = GlobalFunction::getAndRemoveBody(strBlock, strBegin, QString("</-%1->").arg(szName));
     const QRegularExpressionMatch cMatch = marker().match(strValue);
     if (cMatch.hasMatch())
         add(QString("the value of '%1' holds the marker '%2'").arg(strBegin, cMatch.captured()));
@@ -174,6 +173,10 @@ void Checker::checkAccess(const StoreAccess &cAccess, const Written &mapBefore, 
     const QString strKind = paramKindName(cAccess.m_eKind);
     if (!cAccess.m_bNumber)
         return add(QString("<%1> holds no number").arg(cAccess.m_strTag));
+    if (cAccess.m_nID < 0 && cAccess.m_eNegative != Negative::Allowed)
+        return add(
+            QString("<%1> is below 0: the step %2")
+                .arg(cAccess.m_strTag, cAccess.m_eNegative == Negative::Refused ? "fails" : "does nothing"));
     if (cAccess.m_nID == -1)
         return add(
             QString("<%1> is -1: every run adds another %2 to the store").arg(cAccess.m_strTag, strKind));
@@ -216,7 +219,7 @@ void Checker::checkFlow(const QList<Step> &lstStep, const QStringList &lstArithm
             m_cPlace.m_strArithm = lstArithm[nStep];
             const QList<StoreAccess> lstAccess = storeAccess(cStep.m_strArithmID, cStep.m_strOptionStr);
             for (const StoreAccess &cAccess : lstAccess)
-                if (cAccess.m_bWrite || cAccess.m_nID == -1 || !bAnyWritten)
+                if (cAccess.m_bWrite || cAccess.m_nID < 0 || !bAnyWritten)
                     checkAccess(cAccess, mapWritten, mapEver);
             for (const StoreAccess &cAccess : lstAccess)
                 if (cAccess.m_bWrite && !mapWritten[cAccess.m_eKind].contains(cAccess.m_nID))
