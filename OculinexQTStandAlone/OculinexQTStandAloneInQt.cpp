@@ -65,7 +65,7 @@ int takeMessage(QList<QString> &lstMsg, QMutex &cMutex, char *szBuff, int nBuffL
     if (lstMsg.isEmpty())
         return -1;
     const QByteArray achMsg = lstMsg.takeFirst().toLocal8Bit();
-    const int nCopied = nBuffLen <= achMsg.size() ? nBuffLen - 1 : achMsg.size();
+    const int nCopied = qMin(achMsg.size(), qMax(nBuffLen, 1) - 1);
     // Nothing to copy leaves the buffer as it is, without even a terminating zero.
     if (szBuff && nCopied > 0) {
         memcpy(szBuff, achMsg.constData(), static_cast<size_t>(nCopied));
