@@ -54,8 +54,10 @@ int runAndLeave(const char *szStep)
     };
     // The process takes its time to go once the tasks have been asked to stop.
     std::atexit([] { usleep(1000000); });
-    auto *pcTask = new Fake::Task({"first", szStep, "999999999;end"});
-    pcTask->startTask();
+    // It is destroyed after the tasks have been asked to stop, and its step may still be at work.
+    static std::unique_ptr<Fake::Task> s_pcTask;
+    s_pcTask = std::make_unique<Fake::Task>(QStringList{"first", szStep, "999999999;end"});
+    s_pcTask->startTask();
     while (!Fake::hasTraced(szStep))
         usleep(1000);
     return 0;

@@ -374,6 +374,14 @@ void TestTaskThreads::manyTasks()
         QCoreApplication::processEvents();
         for (const auto &pcTask : lstTasks)
             pcTask->ViewSelected(static_cast<int>(cTimer.elapsed()));
+        for (const auto &pcTask : lstTasks) {
+            pcTask->stopTask();
+            pcTask->startTask();
+        }
+        for (size_t nTask = 1; nTask < lstTasks.size(); nTask += 2) {
+            usleep(100);
+            QVERIFY(lstTasks[nTask]->IsRunning()); // the endless ones
+        }
         for (const auto &pcTask : lstTasks)
             pcTask->stopTask();
         Fake::take(Fake::s_lstTrace);

@@ -92,7 +92,9 @@ bool FlowRun::run(QString &strMsg, bool bSingle, int nLastStep, int nTimeoutMs)
         noteFailure(strMsg);
         return false;
     }
-    if (m_cTask.m_pcDS->execute()) {
+    const bool bPicture = m_cTask.m_pcDS->execute();
+    haltLateThread();
+    if (bPicture) {
         const qint64 nPictureNs = m_pcFigures ? steadyNs() : 0;
         if (m_pcFigures)
             m_pcFigures->setPicture(nPictureNs);
@@ -210,17 +212,17 @@ FlowRun::PreparedStep *FlowRun::prepare(int nStep, bool bNameView)
 
 QString FlowRun::execute(const PreparedStep &cStep, int nStep)
 {
-    if (!m_bTimeSteps)
-        return cStep.m_pcArithm->execute(cStep.m_achConfig, m_cTask.m_pcAPM);
-
-    const qint64 nBeganNs = steadyNs();
+    const qint64 nBeganNs = m_bTimeSteps ? steadyNs() : 0;
     if (m_pcFigures)
         m_pcFigures->beginStep(nStep, nBeganNs);
     QString strResult = cStep.m_pcArithm->execute(cStep.m_achConfig, m_cTask.m_pcAPM);
-    const qint64 nEndedNs = steadyNs();
-    m_nStepNs = nEndedNs - nBeganNs;
-    if (m_pcFigures)
-        m_pcFigures->endStep(nStep, nEndedNs, strResult);
+    haltLateThread();
+    if (m_bTimeSteps) {
+        const qint64 nEndedNs = steadyNs();
+        m_nStepNs = nEndedNs - nBeganNs;
+        if (m_pcFigures)
+            m_pcFigures->endStep(nStep, nEndedNs, strResult);
+    }
     return strResult;
 }
 

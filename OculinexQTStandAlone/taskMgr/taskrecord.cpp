@@ -4,6 +4,8 @@
 #include <chrono>
 #include <unordered_map>
 
+#include <unistd.h>
+
 #include <QElapsedTimer>
 
 #include "taskMgr/taskMgr.h"
@@ -205,13 +207,15 @@ void createTaskRecord(TaskInfo *pcTask)
     cTable.m_mapRecord[pcTask] = std::move(pcRecord);
 }
 
-void forgetTaskRecord(TaskInfo *pcTask)
+bool forgetTaskRecord(TaskInfo *pcTask)
 {
     // The thread has reported that it left, and may yet be in its last lines.
-    TaskRecord::of(pcTask)->waitForThreads();
+    const auto pcRecord = TaskRecord::of(pcTask);
+    pcRecord->waitForThreads();
     RecordTable &cTable = records();
     const std::lock_guard<std::mutex> cGuard(cTable.m_cLock);
     cTable.m_mapRecord.erase(pcTask);
+    return !(isProcessEnding() && pcRecord->hasThreads());
 }
 
 // ---- end of the process ----
@@ -242,6 +246,12 @@ void stopTasksForExit()
 bool isProcessEnding()
 {
     return s_bProcessEnding;
+}
+
+void haltLateThread()
+{
+    while (s_bProcessEnding.load(std::memory_order_relaxed) && s_pcOwnRecord)
+        pause();
 }
 
 // ---- the task's status functions ----

@@ -66,7 +66,7 @@ public:
     void enterThread();
     void leaveThread();
     void waitForThreads();
-    /// False when threads are still in after that time.
+    /// Waits no longer than that; whether all have left.
     bool waitForThreads(int nTimeoutMs);
     bool hasThreads() const;
     /// Tells the record that the calling thread is the one that entered.
@@ -93,12 +93,16 @@ void createTaskRecord(TaskInfo *pcTask);
 /// Called first by the task's destructor: stops the thread and waits until it touches the task no
 /// more.
 void stopForDestruction(TaskInfo *pcTask);
-/// Its last part: waits for the latch and drops the record.
-void forgetTaskRecord(TaskInfo *pcTask);
+/// Its last part: waits for the latch and drops the record. False when the process ends and the
+/// thread is still in.
+bool forgetTaskRecord(TaskInfo *pcTask);
 
-/// At the end of the process: asks every running task to stop and waits a bounded time. A thread
-/// that comes back later than that must not go on: the library's objects are going.
+/// At the end of the process: asks every running task to stop and waits a bounded time.
 void stopTasksForExit();
+/// Whether that time is over and threads are still in.
 bool isProcessEnding();
+/// Holds a task's thread that comes back later than that from a step or a source: what it would
+/// touch next is going.
+void haltLateThread();
 
 #endif

@@ -71,13 +71,6 @@ void waitForThread(TaskInfo &cTask)
     cTask.m_hThread = 0;
 }
 
-/// A thread that comes back after the process has begun to end stays where it is.
-void haltIfProcessEnding()
-{
-    while (isProcessEnding())
-        pause();
-}
-
 QString singleRunErrorText(const QString &strName, const QString &strError)
 {
     return QStringLiteral("Arithm \"") + strName + QStringLiteral("\" error, message:") + strError;
@@ -153,7 +146,11 @@ void stopForDestruction(TaskInfo *pcTask)
 {
     if (pcTask->m_hThread != 0)
         waitForThread(*pcTask);
-    forgetTaskRecord(pcTask);
+    if (!forgetTaskRecord(pcTask)) {
+        // Lost rather than taken from under a step that hangs.
+        pcTask->m_pcDS = nullptr;
+        pcTask->m_pcAPM = nullptr;
+    }
 }
 
 void TaskInfo::runTaskOnce()
@@ -201,14 +198,12 @@ void *TaskInfo::threadTaskFunc(void *pvTask)
         cTask.m_pcDS->start();
     while (bSuccess && !cTask.m_bExit)
         bSuccess = guardedCall([&] { return cFlow.run(strMsg, false, -1, -1); }, fnEscaped);
-    haltIfProcessEnding();
     guardedCall(
         [&] {
             cFlow.cleanUp(strMsg, FlowRun::runErrorText);
             return true;
         },
         fnEscaped);
-    haltIfProcessEnding();
     cEnd.m_strMsg = strMsg;
     cEnd.m_bSuccess = bSuccess;
     return nullptr;
