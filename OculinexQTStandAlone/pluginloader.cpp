@@ -32,7 +32,7 @@ bool isTruncated(const QString &strPath)
         return false; // the loader itself refuses these
     const quint64 nSize = static_cast<quint64>(cFile.size());
     std::vector<ElfW(Phdr)> vSegments(cHeader.e_phnum);
-    const qint64 nTableSize = qint64(vSegments.size() * sizeof(ElfW(Phdr)));
+    const qint64 nTableSize = qint64{cHeader.e_phnum} * qint64{sizeof(ElfW(Phdr))};
     if (cHeader.e_phoff > nSize || !cFile.seek(static_cast<qint64>(cHeader.e_phoff)) ||
         cFile.read(reinterpret_cast<char *>(vSegments.data()), nTableSize) != nTableSize)
         return true;

@@ -14,12 +14,18 @@ namespace
 {
 using Instance = DataSource::DataSourceInstance;
 
-/// A registry made anew; earlier ones live on.
+/// Lets the next look-up make a new registry, as the first one of a process. Earlier ones live on:
+/// what they loaded is in use for good.
+void forget()
+{
+    static auto *s_plstEarlier = new QList<DataSource *>;
+    s_plstEarlier->append(DataSource::s_pcThis);
+    DataSource::s_pcThis = nullptr;
+}
+
 DataSource *rebuild()
 {
-    static QList<DataSource *> s_lstEarlier;
-    s_lstEarlier.append(DataSource::s_pcThis);
-    DataSource::s_pcThis = nullptr;
+    forget();
     return DataSource::getInstance();
 }
 
@@ -367,9 +373,10 @@ private slots:
     {
         m_cHere.write(QStringLiteral("DataSource/probesource.so"),
                       m_cHere.read(QStringLiteral("DataSource/probesource.so")));
-        DataSource::s_pcThis = nullptr;
+        forget();
         std::atomic<int> nPictures{0};
         std::vector<std::thread> vThreads;
+        vThreads.reserve(4);
         for (int i = 0; i < 4; ++i)
             vThreads.emplace_back([&, i] {
                 ArithmParamMgr cStore;
