@@ -20,7 +20,8 @@ function(oculinex_bind_functions target)
     target_link_options(${target} PRIVATE -Wl,-Bsymbolic-functions)
 endfunction()
 
-# oculinex_add_library(<name> HEADERS <installed headers…> SOURCES <…> LIBRARIES <public libraries…>)
+# oculinex_add_library(<name> HEADERS <installed headers…> SOURCES <…> LIBRARIES <public libraries…>
+#                      PKGCONFIG_DEPS <packages>)
 # makes one of the shared libraries: export header, soname, installed headers and pkg-config file.
 function(oculinex_add_library name)
     cmake_parse_arguments(ARG "" "" "HEADERS;SOURCES;LIBRARIES;PKGCONFIG_DEPS" ${ARGN})
@@ -48,10 +49,12 @@ function(oculinex_add_library name)
         endif()
         install(FILES ${header} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/oculinex/${folder})
     endforeach()
-    ecm_generate_pkgconfig_file(BASE_NAME ${name} LIB_NAME ${name} DEPS ${ARG_PKGCONFIG_DEPS}
-        INCLUDE_INSTALL_DIR ${CMAKE_INSTALL_INCLUDEDIR}/oculinex
-        LIB_INSTALL_DIR ${CMAKE_INSTALL_LIBDIR}
-        DESCRIPTION "${PROJECT_DESCRIPTION}" INSTALL)
+    # The prefix is told by the file's own place: the install may go anywhere.
+    file(RELATIVE_PATH PREFIX_FROM_PKGCONFIG /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
+    list(JOIN ARG_PKGCONFIG_DEPS " " ARG_PKGCONFIG_DEPS)
+    configure_file(${PROJECT_SOURCE_DIR}/cmake/library.pc.in ${CMAKE_CURRENT_BINARY_DIR}/${name}.pc @ONLY)
+    install(FILES ${CMAKE_CURRENT_BINARY_DIR}/${name}.pc
+        DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 endfunction()
 
 # oculinex_add_plugin(<name> FOLDER baseArithm|extArithm|DataSource SOURCES <…> LIBRARIES <…>

@@ -3,6 +3,8 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include <QString>
+
 #include <OculinexQTStandAlone.h>
 
 static void captured(const char *szName)

@@ -40,8 +40,9 @@ static_assert(same<decltype(gszErrVerMsg), char[33]>);
 
 int main()
 {
-    if (gMaxMsgNum != 10 || gnBuffLenForStandAlone != 1024 || gbInited || gpchConfigStrForStandAlone == nullptr
-        || strcmp(gszErrVerMsg, "ArithmParamMgr version mismatch.") != 0) {
+    if (gMaxMsgNum != 10 || gnBuffLenForStandAlone != 1024 || gbInited ||
+        gpchConfigStrForStandAlone == nullptr ||
+        strcmp(gszErrVerMsg, "ArithmParamMgr version mismatch.") != 0) {
         puts("a global does not start as it should");
         return 1;
     }
