@@ -36,6 +36,26 @@ void dropWarnings(QtMsgType eType, const QMessageLogContext &, const QString &st
         fprintf(stderr, "%s\n", qUtf8Printable(strText));
 }
 
+/// Sends the log through the report while it lives: whole lines that spare the status line.
+class LogToReport
+{
+public:
+    explicit LogToReport(Report &cReport)
+    {
+        s_pcReport = &cReport;
+        qInstallMessageHandler(
+            [](QtMsgType eType, const QMessageLogContext &cContext, const QString &strText) {
+                s_pcReport->logged(qFormatLogMessage(eType, cContext, strText));
+            });
+    }
+    ~LogToReport() { qInstallMessageHandler(nullptr); }
+    LogToReport(const LogToReport &) = delete;
+    LogToReport &operator=(const LogToReport &) = delete;
+
+private:
+    static inline Report *s_pcReport = nullptr;
+};
+
 int refuse(const QString &strReason)
 {
     fprintf(stderr, "oculinex-run: %s\n", strReason.toUtf8().constData());
@@ -62,14 +82,16 @@ int check(const Options &cOptions, Report &cReport)
 
 int run(const Options &cOptions, Report &cReport)
 {
+    QFile cFile(cOptions.m_strTasksFile);
+    if (!cFile.open(QFile::ReadOnly)) // the library doesn't tell the reason
+        return refuseFile(cOptions, cFile.errorString());
+    cFile.close();
     init(); // connects the bounded queues, which the report's callbacks then replace
     connectTaskMgr(cReport);
     const QString strError =
         QString::fromLocal8Bit(openTasksFile(cOptions.m_strTasksFile.toLocal8Bit().data()));
-    if (!strError.isEmpty()) {
-        QFile cFile(cOptions.m_strTasksFile);
-        return refuseFile(cOptions, cFile.open(QFile::ReadOnly) ? strError : cFile.errorString());
-    }
+    if (!strError.isEmpty())
+        return refuseFile(cOptions, strError);
     if (TaskMgr::getInstance()->getTaskNum() == 0)
         return refuseFile(cOptions, NO_TASK);
     const int nExitCode = Runner(cOptions, cReport).run();
@@ -92,6 +114,7 @@ int main(int argc, char **argv)
     if (!strError.isEmpty())
         return refuse(strError + " See oculinex-run --help.");
     const auto pcReport = Report::make(cOptions.m_bJson, cOptions.m_bQuiet);
+    const LogToReport cLog(*pcReport);
 
     switch (cOptions.m_eAction) {
     case Options::Action::Run:

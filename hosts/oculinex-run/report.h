@@ -43,7 +43,7 @@ struct KnownPart {
 /// The output of the program, as text for people or as JSON lines for programs. Positions of steps
 /// count from 0 in the calls and from 1 in the output.
 ///
-/// Threads: printed, failed and sourceFailed may be called by any thread, each message comes out
+/// Threads: printed, failed, sourceFailed and logged may be called by any thread, each message comes out
 /// whole; the rest belongs to the main thread. A position of -1 is a task that is not known.
 class Report
 {
@@ -58,6 +58,8 @@ public:
     virtual void printed(int nTask, const QString &strText) = 0;
     virtual void failed(int nTask, const QString &strText) = 0;
     virtual void sourceFailed(int nTask, const QString &strText) = 0;
+    /// A line of the log.
+    virtual void logged(const QString &strText) = 0;
     /// A step has been running for long; told once each time.
     virtual void stepHangs(int nTask, int nStep, double fSeconds) = 0;
     /// How things stand: one line of text that the next one overwrites.

@@ -68,6 +68,11 @@ void JsonReport::sourceFailed(int nTask, const QString &strText)
     message("source", nTask, strText);
 }
 
+void JsonReport::logged(const QString &strText)
+{
+    message("log", -1, strText);
+}
+
 void JsonReport::stepHangs(int nTask, int nStep, double fSeconds)
 {
     QJsonObject cObject = event("waiting", nTask);

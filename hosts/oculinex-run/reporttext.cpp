@@ -9,6 +9,7 @@
 namespace
 {
 constexpr double NS_PER_MS = 1e6;
+constexpr int NAME_COLUMNS = 32;
 const QString CLEAR_LINE = QStringLiteral("\r\033[K");
 
 QString decimals(double fValue, int nDigits)
@@ -25,6 +26,13 @@ QString milliseconds(qint64 nNs, qint64 nCount)
 QString meanMs(qint64 nTotalNs, qint64 nCount)
 {
     return milliseconds(nCount > 0 ? nTotalNs / nCount : 0, nCount);
+}
+
+/// A step's name as the table has room for it.
+QString shortened(const QString &strName)
+{
+    return displayWidth(strName) <= NAME_COLUMNS ? strName
+                                                 : fitted(strName, NAME_COLUMNS - 1) + QChar(0x2026);
 }
 
 int terminalColumns()
@@ -75,6 +83,11 @@ void TextReport::sourceFailed(int nTask, const QString &strText)
     line(stderr, "data source: " + prefix(nTask) + strText);
 }
 
+void TextReport::logged(const QString &strText)
+{
+    line(stderr, strText);
+}
+
 void TextReport::stepHangs(int nTask, int nStep, double fSeconds)
 {
     if (!m_bTerminal || m_bQuiet) // else the status line shows it
@@ -110,7 +123,7 @@ void TextReport::summary(const QList<TaskSummary> &lstTask, int)
                    milliseconds(cStatus.m_nWorstRunNs, cStatus.m_nRuns)};
         for (int nStep = 0; nStep < cStatus.m_lstStep.size(); ++nStep) {
             const StepStatus &cStep = cStatus.m_lstStep[nStep];
-            lstRow += {QString("  %1 %2").arg(nStep + 1).arg(m_lstTask[nTask].m_lstStep.value(nStep)),
+            lstRow += {QString("  %1 ").arg(nStep + 1) + shortened(m_lstTask[nTask].m_lstStep.value(nStep)),
                        QString::number(cStep.m_nExecutions),
                        "",
                        "",

@@ -13,6 +13,7 @@ public:
     void printed(int nTask, const QString &strText) override;
     void failed(int nTask, const QString &strText) override;
     void sourceFailed(int nTask, const QString &strText) override;
+    void logged(const QString &strText) override;
     void stepHangs(int nTask, int nStep, double fSeconds) override;
     void live(const QString &strLine) override;
     void summary(const QList<TaskSummary> &lstTask, int nExitCode) override;

@@ -34,6 +34,14 @@ TaskSummary summaryOf(int nTask, const QElapsedTimer &cStarted)
     return cSummary;
 }
 
+QString stepLabel(const TaskItem &cItem)
+{
+    for (const QString &strName : {cItem.m_strDescribe, cItem.m_strArithmName})
+        if (!strName.trimmed().isEmpty())
+            return strName.simplified();
+    return cItem.m_strArithmID;
+}
+
 QList<TaskLabel> taskLabels()
 {
     QList<TaskLabel> lstLabel;
@@ -47,7 +55,7 @@ QList<TaskLabel> taskLabels()
             cLabel.m_strName += QString(" (task %1)").arg(nTask + 1);
         lstName += cLabel.m_strName;
         for (const TaskItem &cItem : qAsConst(taskAt(nTask)->getTaskItem()))
-            cLabel.m_lstStep += cItem.m_strDescribe.isEmpty() ? cItem.m_strArithmName : cItem.m_strDescribe;
+            cLabel.m_lstStep += stepLabel(cItem);
         lstLabel += cLabel;
     }
     return lstLabel;
