@@ -100,6 +100,8 @@ private slots:
     void lists();
     void check_data();
     void check();
+    void checkKnowsShippedPlugins_data();
+    void checkKnowsShippedPlugins();
 
 private:
     QString file(const QString &strTasks);
@@ -508,6 +510,67 @@ void TestOculinexRun::check()
     QCOMPARE(cOutcome.m_strOut, strFinding);
     QCOMPARE(cOutcome.m_strErr, QString());
     QCOMPARE(cOutcome.m_nExitCode, strFinding.isEmpty() ? 0 : 1);
+}
+
+void TestOculinexRun::checkKnowsShippedPlugins_data()
+{
+    QTest::addColumn<QString>("strOld");
+    QTest::addColumn<QString>("strNew");
+    QTest::addColumn<QStringList>("lstFinding");
+
+    QTest::newRow("clean") << ""
+                           << "" << QStringList();
+    QTest::newRow("ToGray") << "<OutputID>2<"
+                            << "<OutputID>12<" << QStringList{"step 2 (OCX_Blur): reads grey picture 2 "};
+    QTest::newRow("Blur, grey") << "<OutputID>3<"
+                                << "<OutputID>13<"
+                                << QStringList{"step 4 (OCX_Threshold): reads grey picture 3 "};
+    QTest::newRow("Blur, colour") << "<OutputID>4<"
+                                  << "<OutputID>14<"
+                                  << QStringList{"step 6 (KQ_MemoryDisk): reads colour picture 4 "};
+    QTest::newRow("Threshold") << "<OutputID>5<"
+                               << "<OutputID>15<"
+                               << QStringList{"step 5 (OCX_Blobs): reads grey picture 5 ",
+                                              "step 9 (KQ_Saving): reads grey picture 5 "};
+    QTest::newRow("Blobs, areas") << "<AreasID>6<"
+                                  << "<AreasID>16<" << QStringList{"step 7 (KQ_Drawing): reads area list 6 "};
+    QTest::newRow("Blobs, strings") << "<StringsID>7<"
+                                    << "<StringsID>17<"
+                                    << QStringList{"step 8 (KQ_Drawing): reads string list 7 "};
+    QTest::newRow("refused") << "<AreasID>6<"
+                             << "<AreasID>-1<"
+                             << QStringList{"step 5 (OCX_Blobs): <AreasID> is below 0: the step fails",
+                                            "step 7 (KQ_Drawing): reads area list 6 "};
+    QTest::newRow("ignored") << "<PicID>5<"
+                             << "<PicID>-1<"
+                             << QStringList{"step 9 (KQ_Saving): <PicID> is below 0: the step does nothing"};
+}
+
+void TestOculinexRun::checkKnowsShippedPlugins()
+{
+    QFETCH(QString, strOld);
+    QFETCH(QString, strNew);
+    QFETCH(QStringList, lstFinding);
+    QString strTasks = task(
+        "a",
+        source("", "Picture Folder") + step("<InputID>1</InputID><OutputID>2</OutputID>", -1, "OCX_ToGray") +
+            step("<InputID>2</InputID><OutputID>3</OutputID>", -1, "OCX_Blur") +
+            step("<InputType>rgb</InputType><InputID>1</InputID><OutputID>4</OutputID>", -1, "OCX_Blur") +
+            step("<InputID>3</InputID><OutputID>5</OutputID>", -1, "OCX_Threshold") +
+            step("<InputID>5</InputID><AreasID>6</AreasID><StringsID>7</StringsID>", -1, "OCX_Blobs") +
+            step("<InputID>4</InputID><InputType>RGB</InputType>", -1, "KQ_MemoryDisk") +
+            step("<DataType>6</DataType><DataID>6</DataID>", -1, "KQ_Drawing") +
+            step("<DataType>7</DataType><DataID>7</DataID>", -1, "KQ_Drawing") +
+            step("<Wnd>4</Wnd><PicType>Gray</PicType><PicID>5</PicID>", -1, "KQ_Saving"));
+    QVERIFY(strTasks.contains(strOld));
+    if (!strOld.isEmpty())
+        strTasks.replace(strOld, strNew);
+    QProcess cTool;
+    cTool.start(OCULINEX_BINARY_DIR "/bin/oculinex-run", {"--check", file(strTasks)});
+    const QStringList lstLine = end(cTool).m_strOut.split('\n', Qt::SkipEmptyParts);
+    QVERIFY2(lstLine.size() == lstFinding.size(), qPrintable(lstLine.join('\n')));
+    for (int nLine = 0; nLine < lstLine.size(); ++nLine)
+        QVERIFY2(lstLine[nLine].startsWith("task 'a' " + lstFinding[nLine]), qPrintable(lstLine[nLine]));
 }
 
 QTEST_GUILESS_MAIN(TestOculinexRun)

@@ -12,6 +12,7 @@ namespace
 {
 constexpr int TICK_MS = 50;
 constexpr int LIVE_MS = 500;
+constexpr int LIVE_WINDOW = 5; ///< runs a second are those of as many status lines
 constexpr double MS_PER_S = 1e3;
 constexpr double NS_PER_S = 1e9;
 constexpr double HANGING_S = 2; ///< a step that runs for so long is shown
@@ -83,7 +84,6 @@ int Runner::run()
     cTick.start(TICK_MS);
     m_cStarted.start();
     m_cLastActive.start();
-    m_cLastLive.start();
 
     std::thread cOnce;
     if (m_cOptions.m_eUntil == Options::Until::Once)
@@ -175,7 +175,7 @@ void Runner::look()
     if ((m_cOptions.m_eUntil == Options::Until::Seconds && isOver(m_cStarted)) ||
         (m_cOptions.m_eUntil == Options::Until::Idle && isOver(m_cLastActive)))
         requestStop();
-    if (m_cLastLive.hasExpired(LIVE_MS))
+    if (m_cStarted.elapsed() - m_lstLiveMs.last() >= LIVE_MS)
         showLive();
 }
 
@@ -204,7 +204,13 @@ void Runner::lookAt(int nTask)
 
 void Runner::showLive()
 {
-    const double fSeconds = static_cast<double>(m_cLastLive.restart()) / MS_PER_S;
+    const auto fnAppend = [](QList<qint64> &lstNumber, qint64 nNumber) {
+        lstNumber += nNumber;
+        if (lstNumber.size() > LIVE_WINDOW)
+            lstNumber.removeFirst();
+        return static_cast<double>(lstNumber.last() - lstNumber.first());
+    };
+    const double fSeconds = fnAppend(m_lstLiveMs, m_cStarted.elapsed()) / MS_PER_S;
     QStringList lstHanging;
     QStringList lstOther;
     for (size_t nWatch = 0; nWatch < m_vecWatch.size(); ++nWatch) {
@@ -213,9 +219,9 @@ void Runner::showLive()
             continue;
         const TaskStatus &cStatus = cWatch.m_cSummary.m_cStatus;
         const TaskLabel &cLabel = m_cReport.tasks()[static_cast<int>(nWatch)];
-        const auto fRuns = static_cast<double>(cStatus.m_nRuns - cWatch.m_nRunsShown);
-        cWatch.m_nRunsShown = cStatus.m_nRuns;
-        const QString strTask = QString("%1 %2/s").arg(cLabel.m_strName).arg(fRuns / fSeconds, 0, 'f', 1);
+        const QString strTask = QString("%1 %2/s")
+                                    .arg(cLabel.m_strName)
+                                    .arg(fnAppend(cWatch.m_lstRuns, cStatus.m_nRuns) / fSeconds, 0, 'f', 1);
         if (cWatch.m_nHangingStep < 0)
             lstOther += strTask;
         else

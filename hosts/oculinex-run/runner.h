@@ -30,10 +30,10 @@ private:
     struct Watch {
         bool m_bEnded = false;
         QElapsedTimer m_cStarted;
-        TaskSummary m_cSummary;   ///< as of the last look, final once the task has ended
-        QString m_strSourceError; ///< told already
-        int m_nHangingStep = -1;  ///< told already
-        qint64 m_nRunsShown = 0;  ///< at the last status line
+        TaskSummary m_cSummary;     ///< as of the last look, final once the task has ended
+        QString m_strSourceError;   ///< told already
+        int m_nHangingStep = -1;    ///< told already
+        QList<qint64> m_lstRuns{0}; ///< at the last status lines, the oldest first
     };
 
     void startAll();
@@ -53,8 +53,8 @@ private:
     std::atomic<bool> m_bStop{false};
     QEventLoop m_cLoop;
     QElapsedTimer m_cStarted;
-    QElapsedTimer m_cLastActive; ///< since a source gave a picture or a step ran
-    QElapsedTimer m_cLastLive;
+    QElapsedTimer m_cLastActive;  ///< since a source gave a picture or a step ran
+    QList<qint64> m_lstLiveMs{0}; ///< when the last status lines were shown
 };
 
 #endif
