@@ -69,7 +69,7 @@ function(oculinex_add_plugin name)
             LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/oculinex/${ARG_FOLDER})
         add_dependencies(oculinex-demo ${name})
     endif()
-    set_target_properties(${name} PROPERTIES PREFIX ""
+    set_target_properties(${name} PROPERTIES PREFIX "" AUTOMOC OFF
         LIBRARY_OUTPUT_DIRECTORY ${ARG_OUTPUT_DIR}/${ARG_FOLDER})
     oculinex_bind_functions(${name})
     target_link_libraries(${name} PRIVATE ${ARG_LIBRARIES})
