@@ -16,9 +16,9 @@ namespace
 constexpr QRgb BACKGROUND = 0xFF5A6B7C;
 constexpr int VIEW = 2;
 
-int paddedRow(int nWidth)
+size_t paddedRow(int nWidth)
 {
-    return (nWidth * 3 + 3) / 4 * 4;
+    return (static_cast<size_t>(nWidth) * 3 + 3) / 4 * 4;
 }
 
 QImage target(int nWidth, int nHeight, QImage::Format eFormat = QImage::Format_RGB888)
@@ -36,11 +36,12 @@ QRgb colour(int nCode)
 
 Bytes colourPicture(int nWidth, int nHeight)
 {
-    Bytes achPixels(static_cast<size_t>(paddedRow(nWidth) * nHeight), 0xEE);
+    Bytes achPixels(paddedRow(nWidth) * static_cast<size_t>(nHeight), 0xEE);
     for (int y = 0; y < nHeight; ++y) {
         for (int x = 0; x < nWidth; ++x) {
             const QRgb nColour = colour(10 * (y + 1) + x + 1);
-            unsigned char *puchPixel = &achPixels[static_cast<size_t>(paddedRow(nWidth) * y + 3 * x)];
+            unsigned char *puchPixel =
+                &achPixels[paddedRow(nWidth) * static_cast<size_t>(y) + 3 * static_cast<size_t>(x)];
             puchPixel[0] = static_cast<unsigned char>(qBlue(nColour));
             puchPixel[1] = static_cast<unsigned char>(qGreen(nColour));
             puchPixel[2] = static_cast<unsigned char>(qRed(nColour));
@@ -243,7 +244,7 @@ void TestDrawing::everyWayGivesTheSamePixels()
         const bool bWide = nRound % 20 == 0;
         const QSize cPicture(number(1, bWide ? 700 : 40), number(1, 5));
         const QSize cView = number(0, 2) == 0 ? cPicture : QSize(number(1, bWide ? 700 : 40), number(1, 5));
-        Bytes achPixels(static_cast<size_t>(paddedRow(cPicture.width()) * cPicture.height()));
+        Bytes achPixels(paddedRow(cPicture.width()) * static_cast<size_t>(cPicture.height()));
         for (unsigned char &nByte : achPixels)
             nByte = static_cast<unsigned char>(number(0, 3) == 0 ? 0 : number(1, 255));
         const int nScale = number(0, 3);
@@ -291,7 +292,7 @@ void TestDrawing::writesRowPaddingAndExchangesItsCopy()
         Bytes achPixels = colourPicture(3, 2);
         Drawing::DIBDrawingOpt cOpt(1, achPixels.data(), 3, 2);
         cOpt.setScaleType(bFitting ? 3 : 4);
-        Bytes achView(12 * 2, 0xAB);
+        Bytes achView(24, 0xAB);
         QImage cTarget(achView.data(), 3, 2, 12, QImage::Format_RGB888);
         cOpt.draw(&cTarget, &m_cStore);
         QCOMPARE(Bytes(achView.begin() + 9, achView.begin() + 12), Bytes(3, 0));

@@ -7,6 +7,7 @@
 
 #include <QImage>
 
+#include "Drawing/drawingregistry.h"
 #include "OculinexQTStandAlone.h"
 #include "OculinexQTStandAloneInQt.h"
 #include "arithmparammgr.h"
@@ -15,8 +16,11 @@
 
 namespace
 {
-constexpr int WIDTH = 7; // 21 bytes and 3 of padding a row
+constexpr int WIDTH = 7;
 constexpr int HEIGHT = 2;
+constexpr size_t USED_BYTES = size_t{3} * WIDTH;
+constexpr size_t ROW_BYTES = 24; // with 3 of padding
+constexpr size_t BYTES = ROW_BYTES * HEIGHT;
 using Buffer = std::vector<unsigned char>;
 
 struct StoreDeleter {
@@ -46,7 +50,7 @@ void drawPoints(int nView, ArithmParamMgr *pcAPM)
 
 int read(int nView, Buffer &achBuffer)
 {
-    achBuffer.assign(24 * HEIGHT, 0xAB);
+    achBuffer.assign(BYTES, 0xAB);
     return getDrawingWindow(nView, achBuffer.data(), WIDTH, HEIGHT);
 }
 
@@ -105,8 +109,10 @@ private slots:
     void viewsComeAndGo();
     void storeDiesBeforeItsDrawings();
     void heldViewDoesNotStopAStoreFromDying();
+    void dyingStoreWaitsForAReader();
     void storesDieWhileAHostReads();
     void tasksDrawWhileAHostReads();
+    void scaleRecordsAreNotTorn();
 };
 
 void TestViews::checksArguments()
@@ -149,11 +155,11 @@ void TestViews::readsOneObjectACall()
     // The picture, then the points; the list is read when it is drawn.
     ParamDIB *pcDIB = pcStore->getParamDIB(1);
     pcDIB->resize(WIDTH, HEIGHT);
-    memset(pcDIB->getDIB(), 0x10, 24 * HEIGHT);
+    memset(pcDIB->getDIB(), 0x10, BYTES);
     pcDIB->getDIB()[0] = 0x20; // blue
     char szPicture[] = "<View>1</View><DataType>0</DataType><DataID>1</DataID>";
     Drawing::execute(szPicture, pcStore.get());
-    memset(pcDIB->getDIB(), 0x77, 24 * HEIGHT);
+    memset(pcDIB->getDIB(), 0x77, BYTES);
     drawPoints(1, pcStore.get());
     drawPoints(1, pcStore.get());
     pcStore->getParamPoints(1)->addPoint({WIDTH - 1, HEIGHT - 1});
@@ -165,16 +171,17 @@ void TestViews::readsOneObjectACall()
         QCOMPARE(cCanvas->m_nViewHeight.load(), 500);
     }
 
-    Buffer achExpected(24 * HEIGHT, 0);
+    Buffer achExpected(BYTES, 0);
     for (size_t y = 0; y < HEIGHT; ++y)
-        std::fill_n(achExpected.begin() + static_cast<long>(24 * y), 3 * WIDTH, 0x10);
+        std::fill_n(&achExpected[ROW_BYTES * y], USED_BYTES, 0x10);
     achExpected[2] = 0x20;
     Buffer achBuffer;
     QCOMPARE(read(1, achBuffer), 1);
     QCOMPARE(achBuffer, achExpected);
     QCOMPARE(getDrawingWindow(1, achBuffer.data(), WIDTH, HEIGHT), 1);
-    std::fill_n(achExpected.begin() + 24 + 3 * (WIDTH - 1), 2, 0);
-    achExpected[24 + 3 * (WIDTH - 1) + 2] = 0xFF;
+    constexpr size_t LAST_PIXEL = ROW_BYTES + USED_BYTES - 3;
+    std::fill_n(&achExpected[LAST_PIXEL], 2, 0);
+    achExpected[LAST_PIXEL + 2] = 0xFF;
     QCOMPARE(achBuffer, achExpected);
     QCOMPARE(read(1, achBuffer), 0);
     QCOMPARE(read(1, achBuffer), -1);
@@ -256,9 +263,9 @@ void TestViews::storeDiesBeforeItsDrawings()
     QCOMPARE(read(0, achBuffer), 1);
     QVERIFY(isUntouched(achBuffer));
     QCOMPARE(read(0, achBuffer), 1);
-    QCOMPARE(achBuffer, Buffer(24 * HEIGHT, 0)); // cleared by the grey picture
+    QCOMPARE(achBuffer, Buffer(BYTES, 0)); // cleared by the grey picture
     QCOMPARE(read(0, achBuffer), 0);
-    QCOMPARE(int{achBuffer[24 + 3 + 2]}, 255); // the living task's point
+    QCOMPARE(int{achBuffer[ROW_BYTES + 3 + 2]}, 255); // the living task's point
 
     // Queued once more, it is as dead as before, wherever its store lay.
     drawPoints(0, cLiving.m_pcAPM);
@@ -295,12 +302,36 @@ void TestViews::heldViewDoesNotStopAStoreFromDying()
     pcOpt->draw(&cTarget, pcOpt->m_pcAPM);
 }
 
+void TestViews::dyingStoreWaitsForAReader()
+{
+    const Store pcStore = newStore();
+    const Store pcOther = newStore();
+    Drawing::PointsDrawingOpt cQueued(1);
+    cQueued.m_pcAPM = pcStore.get();
+    DrawingRegistry::add(&cQueued);
+    auto pcReading = std::make_unique<DrawingRegistry::Permit>(&cQueued, pcStore.get());
+    QVERIFY(*pcReading);
+    DrawingRegistry::disarm(pcOther.get()); // waits for nobody
+    std::atomic<bool> bDisarmed{false};
+    std::thread cDying([&] {
+        DrawingRegistry::disarm(pcStore.get());
+        bDisarmed = true;
+    });
+    QTRY_VERIFY(!DrawingRegistry::Permit(&cQueued, pcStore.get()));
+    QVERIFY(!QTest::qWaitFor([&bDisarmed] { return bDisarmed.load(); }, 50));
+    pcReading.reset();
+    cDying.join();
+    QVERIFY(DrawingRegistry::Permit(&cQueued, pcOther.get())); // a caller's own business
+    DrawingRegistry::remove(&cQueued);
+}
+
 void TestViews::storesDieWhileAHostReads()
 {
     useDrawingWindow(0, 4, 4);
     std::atomic<bool> bEnd{false};
     std::atomic<int> nDrawn{0};
     std::vector<std::thread> lstReaders;
+    lstReaders.reserve(2);
     for (int i = 0; i < 2; ++i) {
         lstReaders.emplace_back([&] {
             Buffer achBuffer;
@@ -314,14 +345,18 @@ void TestViews::storesDieWhileAHostReads()
     }
     QElapsedTimer cTimer;
     cTimer.start();
+    QByteArray achPicture("<DataType>1</DataType><DataID>1</DataID>"); // sets the view's scale record
     for (int i = 0; i < 300 || (nDrawn < 300 && cTimer.elapsed() < 10'000); ++i) {
         const Store pcStore = newStore();
-        ParamPoints *pcPoints = pcStore->getParamPoints(1);
-        for (int j = 0; j < 200; ++j)
-            pcPoints->addPoint({j % WIDTH, 0});
-        for (int j = 0; j < 3; ++j)
+        pcStore->getParamPoints(1)->addPoint({0, 0});
+        pcStore->getParamGray8(1)->resize(1, 1);
+        const int nBefore = nDrawn;
+        Drawing::execute(achPicture.data(), pcStore.get());
+        for (int j = 0; j < 9; ++j)
             drawPoints(0, pcStore.get());
-        pcPoints->addPoint({0, 0});
+        // The store dies amid the readers' draws, where they are fast enough.
+        for (int nSpin = 0; nDrawn < nBefore + 2 && nSpin < 10'000; ++nSpin)
+            std::this_thread::yield();
         Drawing::disarm(pcStore.get());
     }
     bEnd = true;
@@ -333,10 +368,12 @@ void TestViews::storesDieWhileAHostReads()
 void TestViews::tasksDrawWhileAHostReads()
 {
     constexpr int ROUNDS = 400;
+    constexpr size_t PICTURE_BYTES = size_t{3} * 64 * 64;
     for (int nView = 0; nView < 2; ++nView)
         useDrawingWindow(nView, WIDTH, HEIGHT);
     std::atomic<int> nTasks{2};
     std::vector<std::thread> lstThreads;
+    lstThreads.reserve(2);
     for (int nTask = 0; nTask < 2; ++nTask) {
         lstThreads.emplace_back([&nTasks, nTask] {
             const Store pcStore = newStore();
@@ -347,7 +384,7 @@ void TestViews::tasksDrawWhileAHostReads()
                                         .arg(nTask)
                                         .toUtf8();
             for (int i = 0; i < ROUNDS; ++i) {
-                memset(pcDIB->getDIB(), i, 64 * 64 * 3);
+                memset(pcDIB->getDIB(), i, PICTURE_BYTES);
                 Drawing::execute(achPicture.data(), pcStore.get());
                 pcStore->getParamPoints(1)->addPoint({i % 64, i % 64});
                 drawPoints(i % 2, pcStore.get());
@@ -359,17 +396,17 @@ void TestViews::tasksDrawWhileAHostReads()
         });
     }
     // The host: each picture that it reads is of one colour, never torn.
-    Buffer achBuffer(24 * HEIGHT);
+    Buffer achBuffer(BYTES);
     int nPictures = 0;
     const auto drain = [&](int nView) {
         int nResult = 0;
         do {
-            achBuffer.assign(24 * HEIGHT, 0xAB);
+            achBuffer.assign(BYTES, 0xAB);
             nResult = getDrawingWindow(nView, achBuffer.data(), WIDTH, HEIGHT);
-            if (nResult < 0 || achBuffer[21] != 0) // nothing, or points without a picture
+            if (nResult < 0 || achBuffer[USED_BYTES] != 0) // nothing, or points without a picture
                 continue;
             ++nPictures;
-            for (size_t i = 0; i < 21; ++i)
+            for (size_t i = 0; i < USED_BYTES; ++i)
                 QCOMPARE(achBuffer[i], achBuffer[0]);
         } while (nResult == 1);
         Canvas(nView)->haveDrawingOpt();
@@ -384,6 +421,26 @@ void TestViews::tasksDrawWhileAHostReads()
     drain(0);
     drain(1);
     QVERIFY(nPictures > 0);
+}
+
+void TestViews::scaleRecordsAreNotTorn()
+{
+    std::atomic<bool> bEnd{false};
+    std::thread cWriter([&bEnd] {
+        for (int i = 0; !bEnd; i = (i + 1) % 1000)
+            Drawing::setViewScaleOpt(4, {{static_cast<float>(i), static_cast<float>(i)}, {i, i}});
+    });
+    int nTorn = 0;
+    for (int i = 0; i < 100'000; ++i) {
+        const Drawing::ViewScaleOpt cScale = Drawing::getViewScaleOpt(4);
+        const int nValue = cScale.m_anOffset[0];
+        nTorn += nValue != 0 &&
+                 (cScale.m_anOffset[1] != nValue || static_cast<int>(cScale.m_afScale[0]) != nValue ||
+                  static_cast<int>(cScale.m_afScale[1]) != nValue);
+    }
+    bEnd = true;
+    cWriter.join();
+    QCOMPARE(nTorn, 0);
 }
 
 QTEST_GUILESS_MAIN(TestViews)

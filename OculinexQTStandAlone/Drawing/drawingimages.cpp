@@ -78,9 +78,11 @@ bool placePicture(int nScaleType, int nAlignType, QSize cPicture, QSize cTarget,
     const int nH = cTarget.height();
     const int w = cPicture.width();
     const int h = cPicture.height();
+    const QPoint cPictureHalf(w / 2, h / 2);
+    const QPoint cTargetHalf(nW / 2, nH / 2);
     switch (nScaleType) {
     case 0: {
-        const QPoint cOffset = nAlignType == 0 ? QPoint(w / 2 - nW / 2, h / 2 - nH / 2) : QPoint();
+        const QPoint cOffset = nAlignType == 0 ? cPictureHalf - cTargetHalf : QPoint();
         cPlace = {QRectF(cOffset, cTarget), {{1.0F, 1.0F}, {cOffset.x(), cOffset.y()}}};
         return true;
     }
@@ -88,8 +90,8 @@ bool placePicture(int nScaleType, int nAlignType, QSize cPicture, QSize cTarget,
     case 2: {
         const float fScale = nScaleType == 1 ? static_cast<float>(w) / static_cast<float>(nW)
                                              : static_cast<float>(h) / static_cast<float>(nH);
-        const float fX = static_cast<float>(w / 2) - static_cast<float>(nW / 2) * fScale;
-        const float fY = static_cast<float>(h / 2) - static_cast<float>(nH / 2) * fScale;
+        const float fX = static_cast<float>(cPictureHalf.x()) - static_cast<float>(cTargetHalf.x()) * fScale;
+        const float fY = static_cast<float>(cPictureHalf.y()) - static_cast<float>(cTargetHalf.y()) * fScale;
         if (!fitsInt(fX) || !fitsInt(fY))
             return false;
         cPlace = {QRectF(fX, fY, static_cast<float>(nW) * fScale, static_cast<float>(nH) * fScale),
@@ -99,8 +101,9 @@ bool placePicture(int nScaleType, int nAlignType, QSize cPicture, QSize cTarget,
     case 3:
         cPlace = {QRectF(QPointF(), cPicture), {}};
         if (bWholeScale) {
-            cPlace.m_cScale.m_afScale[0] = static_cast<float>(w / nW);
-            cPlace.m_cScale.m_afScale[1] = static_cast<float>(h / nH);
+            const QPoint cWhole(w / nW, h / nH);
+            cPlace.m_cScale.m_afScale[0] = static_cast<float>(cWhole.x());
+            cPlace.m_cScale.m_afScale[1] = static_cast<float>(cWhole.y());
         } else {
             cPlace.m_cScale.m_afScale[0] = static_cast<float>(w) / static_cast<float>(nW);
             cPlace.m_cScale.m_afScale[1] = static_cast<float>(h) / static_cast<float>(nH);
@@ -249,7 +252,7 @@ void Overlay::compose(unsigned char *puchDst, const unsigned char *puchGrey, int
 {
     unsigned char auchShown[CHUNK * 3];
     unsigned char auchColour[CHUNK * 3];
-    for (; nPixels > 0; nPixels -= CHUNK, puchGrey += CHUNK, puchDst += CHUNK * 3) {
+    for (; nPixels > 0; nPixels -= CHUNK, puchGrey += CHUNK, puchDst += 3L * CHUNK) {
         const int nChunk = qMin(nPixels, CHUNK);
         const unsigned char *puchColour = auchShown; // a grey overlay shows the very values
         if (m_eKind == Kind::Mask) {
@@ -262,17 +265,17 @@ void Overlay::compose(unsigned char *puchDst, const unsigned char *puchGrey, int
         } else {
             PixelRows::expandGrey(auchShown, puchGrey, nChunk);
             if (m_eKind == Kind::Table) {
-                for (int i = 0; i < nChunk; ++i) {
+                unsigned char *puchPixel = auchColour;
+                for (int i = 0; i < nChunk; ++i, puchPixel += 3) {
                     const QRgb nColour = m_anColour[puchGrey[i]];
-                    auchColour[3 * i] = static_cast<unsigned char>(nColour >> 16);
-                    auchColour[3 * i + 1] = static_cast<unsigned char>(nColour >> 8);
-                    auchColour[3 * i + 2] = static_cast<unsigned char>(nColour);
+                    puchPixel[0] = static_cast<unsigned char>(nColour >> 16);
+                    puchPixel[1] = static_cast<unsigned char>(nColour >> 8);
+                    puchPixel[2] = static_cast<unsigned char>(nColour);
                 }
                 puchColour = auchColour;
             }
         }
-        for (int i = 0; i < 3 * nChunk; ++i)
-            puchDst[i] = auchShown[i] ? puchColour[i] : puchDst[i];
+        PixelRows::select(puchDst, auchShown, puchColour, 3 * nChunk);
     }
 }
 } // namespace

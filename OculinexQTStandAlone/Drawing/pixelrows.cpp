@@ -84,3 +84,13 @@ void PixelRows::expandGrey(unsigned char *puchDst, const unsigned char *puchGrey
     for (puchDst += 3L * nDone; nDone < nPixels; ++nDone, puchDst += 3)
         puchDst[0] = puchDst[1] = puchDst[2] = puchGrey[nDone];
 }
+
+void PixelRows::select(unsigned char *__restrict puchDst, const unsigned char *__restrict puchMask,
+                       const unsigned char *__restrict puchSrc, int nBytes)
+{
+    // Arithmetic instead of a condition: no branch that the processor would guess wrong.
+    for (int i = 0; i < nBytes; ++i) {
+        const auto nTaken = static_cast<unsigned char>(puchMask[i] != 0 ? 0xFF : 0);
+        puchDst[i] = static_cast<unsigned char>((puchDst[i] & ~nTaken) | (puchSrc[i] & nTaken));
+    }
+}

@@ -9,6 +9,8 @@ namespace PixelRows
 void exchangeRedBlue(unsigned char *puchPixels, int nPixels);
 /// Writes each byte three times.
 void expandGrey(unsigned char *puchDst, const unsigned char *puchGrey, int nPixels);
+/// Replaces each byte of the target by that of the source where the mask's byte is not 0.
+void select(unsigned char *puchDst, const unsigned char *puchMask, const unsigned char *puchSrc, int nBytes);
 } // namespace PixelRows
 
 #endif
