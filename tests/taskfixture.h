@@ -155,7 +155,8 @@ public:
     }
 };
 
-/// Holds a step: the step waits inside enter() from its first call on until the gate is open.
+/// Holds a step: the step waits inside enter() until the gate is open.
+/// A test that fails does not hang on it.
 class Gate
 {
 public:
@@ -164,7 +165,7 @@ public:
         std::unique_lock<std::mutex> cGuard(m_cMutex);
         m_bEntered = true;
         m_cChanged.notify_all();
-        m_cChanged.wait(cGuard, [this] { return m_bOpen; });
+        m_cChanged.wait_for(cGuard, std::chrono::seconds(20), [this] { return m_bOpen; });
     }
     bool waitEntered()
     {

@@ -1,5 +1,6 @@
 #include <thread>
 
+#include <dlfcn.h>
 #include <sched.h>
 #include <unistd.h>
 
@@ -10,18 +11,42 @@
 
 #include "taskfixture.h"
 
+namespace
+{
+std::function<void()> s_fnThreadMade; ///< called when a thread has been made, before the maker knows
+} // namespace
+
+/// Stands before the system's function.
+extern "C" __attribute__((visibility("default"))) int pthread_create(pthread_t *pnThread,
+                                                                     const pthread_attr_t *pcAttributes,
+                                                                     void *(*fnBody)(void *),
+                                                                     void *pvArgument)
+{
+    static const auto s_fnNext =
+        reinterpret_cast<decltype(&pthread_create)>(dlsym(RTLD_NEXT, "pthread_create"));
+    const int nError = s_fnNext(pnThread, pcAttributes, fnBody, pvArgument);
+    if (nError == 0 && s_fnThreadMade)
+        s_fnThreadMade();
+    return nError;
+}
+
 /// The task's own thread: starting, stopping, failing, restarting, deleting.
 class TestTaskThreads : public QObject
 {
     Q_OBJECT
 
 private slots:
-    void init() { Fake::reset(); }
+    void init()
+    {
+        Fake::reset();
+        s_fnThreadMade = nullptr;
+    }
     void life();
     void widgets();
     void ends_data();
     void ends();
     void idleWithoutEventLoop();
+    void lastLines();
     void lateFailureSignal();
     void restartInErrorCallback();
     void deleteInErrorCallback();
@@ -198,21 +223,61 @@ void TestTaskThreads::ends()
     }
 }
 
-/// A run that fails at once leaves the task idle, and ready to start, with no event delivered.
+/// A run that fails at once, before startTask() has returned from making its thread, leaves the
+/// task idle and ready to start, with no event delivered.
 void TestTaskThreads::idleWithoutEventLoop()
 {
     Fake::Task cTask({"a!|bad"});
-    for (int nTime = 0; nTime < 200; ++nTime) {
+    s_fnThreadMade = [&cTask] {
+        while (!cTask.m_bExited)
+            std::this_thread::yield();
+    };
+    for (int nTime = 0; nTime < 20; ++nTime) {
         cTask.startTask();
         QElapsedTimer cTimer;
         cTimer.start();
         while (cTask.IsRunning() && cTimer.elapsed() < 20000)
             std::this_thread::yield();
         QVERIFY(!cTask.IsRunning());
-        usleep(nTime % 4 * 20U); // let a late write come through
-        QVERIFY(!cTask.IsRunning());
     }
-    QCOMPARE(Fake::s_lstTrace.count("a!"), 200);
+    QCOMPARE(Fake::s_lstTrace.count("a!"), 20);
+}
+
+/// A thread that has told that it left is still in its last lines, here in a slot of the host:
+/// deleting, stopping and starting the task wait for it.
+void TestTaskThreads::lastLines()
+{
+    std::atomic<int> nStarted{0};
+    std::atomic<int> nLeft{0};
+    const auto fnMake = [&](const QStringList &lstSteps) {
+        auto pcTask = std::make_unique<Fake::Task>(lstSteps);
+        connect(
+            pcTask.get(), &TaskInfo::threadFinished, pcTask.get(),
+            [&nLeft] {
+                usleep(150000); // longer than a step of the wait for m_bExited
+                ++nLeft;
+            },
+            Qt::DirectConnection);
+        pcTask->startTask();
+        ++nStarted;
+        return pcTask;
+    };
+    auto pcTask = fnMake({"a|bad"});
+    while (!pcTask->m_bExited)
+        std::this_thread::yield();
+    pcTask.reset();
+    QCOMPARE(nLeft, nStarted);
+
+    pcTask = fnMake({"b"});
+    pcTask->stopTask();
+    QCOMPARE(nLeft, nStarted);
+    pcTask.reset();
+
+    pcTask = fnMake({"c|bad"});
+    while (pcTask->IsRunning())
+        std::this_thread::yield();
+    pcTask->startTask();
+    QCOMPARE(nLeft, nStarted);
 }
 
 /// The failure of a run that is over is reported, but a newer run is left alone.

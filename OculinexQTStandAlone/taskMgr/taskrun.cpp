@@ -144,7 +144,7 @@ void TaskInfo::stopTask()
 
 void stopForDestruction(TaskInfo *pcTask)
 {
-    if (pcTask->m_hThread != 0)
+    if (pcTask->m_hThread != 0 || TaskRecord::of(pcTask)->hasThreads())
         waitForThread(*pcTask);
     if (!forgetTaskRecord(pcTask)) {
         // Lost rather than taken from under a step that hangs.
