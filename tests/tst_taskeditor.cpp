@@ -394,8 +394,8 @@ void TestTaskEditor::tasksGoWhileAWindowIsOpen()
         static char s_szConfig[] = "config";
         return s_szConfig;
     };
-    const auto fnExecute = [](char *, ArithmParamMgr *) -> char * { return nullptr; };
-    Arithm cWindow(false, fnID, fnWindow, fnExecute);
+    const auto fnStep = [](char *, ArithmParamMgr *) -> char * { return nullptr; };
+    Arithm cWindow(false, fnID, fnWindow, fnStep);
     ArithmFactory *pcFactory = ArithmFactory::getInstance();
     pcFactory->m_mapArithm.insert("window", &cWindow);
 

@@ -118,7 +118,7 @@ private:
                                               "-TaskName-", "-Kernel-",   "-Describe-", "-DataSource-"};
         static const QStringList s_lstText = {"x", "12", "\n",     "<",          "</",
                                               ">", "<-", "\u017f", "\U0001F600", "="};
-        const QString strName = s_lstName.at(below(s_lstName.size()));
+        const QString &strName = s_lstName.at(below(s_lstName.size()));
         const int nKind = nDepth > 0 ? below(8) : 6 + below(2);
         if (nKind < 4) // a block, now and then an empty one
             return marker(strName, false) + (below(12) ? cook(nDepth - 1) : QString()) +
