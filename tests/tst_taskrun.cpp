@@ -63,8 +63,7 @@ void TestTaskRun::runs_data()
         << ""
         << "3 3 1";
     QTest::newRow("sums beyond 32 bits")
-        << List{"a|<CMD>skip:2147483647</CMD><CMD>skip:2147483647</CMD>", "b"} << 1
-        << "a"
+        << List{"a|<CMD>skip:2147483647</CMD><CMD>skip:2147483647</CMD>", "b"} << 1 << "a"
         << ""
         << ""
         << "1 0";

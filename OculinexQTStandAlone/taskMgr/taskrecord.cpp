@@ -20,6 +20,7 @@ thread_local const TaskRecord *s_pcOwnRecord = nullptr; ///< of the task whose t
 struct RecordTable {
     std::mutex m_cLock;
     std::unordered_map<const TaskInfo *, std::shared_ptr<TaskRecord>> m_mapRecord;
+    std::vector<const void *> m_lstKept; ///< what a thread still uses while the process ends
 };
 
 RecordTable &records()
@@ -207,7 +208,7 @@ void createTaskRecord(TaskInfo *pcTask)
     cTable.m_mapRecord[pcTask] = std::move(pcRecord);
 }
 
-bool forgetTaskRecord(TaskInfo *pcTask)
+void forgetTaskRecord(TaskInfo *pcTask)
 {
     // The thread has reported that it left, and may yet be in its last lines.
     const auto pcRecord = TaskRecord::of(pcTask);
@@ -215,7 +216,11 @@ bool forgetTaskRecord(TaskInfo *pcTask)
     RecordTable &cTable = records();
     const std::lock_guard<std::mutex> cGuard(cTable.m_cLock);
     cTable.m_mapRecord.erase(pcTask);
-    return !(isProcessEnding() && pcRecord->hasThreads());
+    if (isProcessEnding() && pcRecord->hasThreads()) {
+        cTable.m_lstKept.insert(cTable.m_lstKept.end(), {pcTask->m_pcDS, pcTask->m_pcAPM});
+        pcTask->m_pcDS = nullptr;
+        pcTask->m_pcAPM = nullptr;
+    }
 }
 
 // ---- end of the process ----

@@ -93,9 +93,9 @@ void createTaskRecord(TaskInfo *pcTask);
 /// Called first by the task's destructor: stops the thread and waits until it touches the task no
 /// more.
 void stopForDestruction(TaskInfo *pcTask);
-/// Its last part: waits for the latch and drops the record. False when the process ends and the
-/// thread is still in.
-bool forgetTaskRecord(TaskInfo *pcTask);
+/// Its last part: waits for the latch and drops the record. When the process ends and the thread is
+/// still in, the task loses its source and its store to the thread.
+void forgetTaskRecord(TaskInfo *pcTask);
 
 /// At the end of the process: asks every running task to stop and waits a bounded time.
 void stopTasksForExit();

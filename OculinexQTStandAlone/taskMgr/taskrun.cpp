@@ -146,11 +146,7 @@ void stopForDestruction(TaskInfo *pcTask)
 {
     if (pcTask->m_hThread != 0 || TaskRecord::of(pcTask)->hasThreads())
         waitForThread(*pcTask);
-    if (!forgetTaskRecord(pcTask)) {
-        // Lost rather than taken from under a step that hangs.
-        pcTask->m_pcDS = nullptr;
-        pcTask->m_pcAPM = nullptr;
-    }
+    forgetTaskRecord(pcTask);
 }
 
 void TaskInfo::runTaskOnce()
