@@ -131,6 +131,14 @@ private slots:
         std::unique_ptr<Instance> pcInstance(
             cSources.m_mapDataSourceInfo[QStringLiteral("two")]->newInstance(QString(), nullptr));
         QCOMPARE(pcInstance->getLastError(), QStringLiteral("2"));
+        // The built-in kinds replace a plug-in that takes the name of one of them.
+        QStringList lstNames{QString()};
+        for (int i = 0; i < 6; ++i)
+            lstNames.append(QStringLiteral("Memory Disk %1").arg(i));
+        QCOMPARE(QStringList(cSources.m_mapDataSourceInfo.keys()),
+                 lstNames + QStringList({QStringLiteral("one"), QStringLiteral("two")}));
+        pcInstance.reset(cSources.m_mapDataSourceInfo[lstNames[1]]->newInstance(QString(), nullptr));
+        QCOMPARE(pcInstance->getLastError(), QString());
     }
 
     void keepsCodeOfUnloadedPlugins()

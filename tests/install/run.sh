@@ -14,6 +14,7 @@ export PKG_CONFIG_PATH=$lib/pkgconfig LD_LIBRARY_PATH=$lib
 
 for file in "$task" "$store"; do
     readelf -d "$file" | grep -q "SONAME.*\[$(basename "$file")\]" || fail "$file has another soname"
+    readelf -d "$file" | grep -q NODELETE || fail "$file can be unmapped under a running thread"
 done
 
 # Every exported function and global of the host interface, and nothing of the library's inside.
@@ -57,6 +58,12 @@ read -ra flags < <(pkg-config --cflags OculinexQTStandAlone)
 find "$prefix/include" -name '*.h' | while read -r header; do
     "$compiler" -std=c++17 -fPIC -fsyntax-only -Wall -Wextra -x c++ "${flags[@]}" -include "$header" /dev/null ||
         fail "$header does not compile by itself"
+done
+
+# So do plug-ins, of each kind.
+for plugin in probe_algorithm probe_source; do
+    "$compiler" -std=c++17 -fPIC -shared "$source/tests/fixtures/$plugin.cpp" "${flags[@]}" -o "$prefix/$plugin.so" ||
+        fail "$plugin does not compile with the installed headers"
 done
 
 # The host's two ways of finding the library; the interface's types; names that the host has as well.
