@@ -360,5 +360,5 @@ void TestPlugins::countsOnThePhotographs()
     QVERIFY2(nGalaxies >= 80 && nGalaxies <= 92, qPrintable(strPrinted));
 }
 
-QTEST_MAIN(TestPlugins)
+QTEST_GUILESS_MAIN(TestPlugins)
 #include "tst_plugins.moc"

@@ -219,6 +219,10 @@ void FolderSource::decode(const QString &strFile, bool bGray)
 
 void FolderSource::readFile(const QString &strFile)
 {
+    // A link may lead to a pipe, which would be opened for as long as nobody writes into it.
+    const QFileInfo cInfo(strFile);
+    if (cInfo.exists() && !cInfo.isFile())
+        throw Plugin::Error("It is no file.");
     QFile cFile(strFile);
     if (!cFile.open(QIODevice::ReadOnly))
         throw Plugin::Error(cFile.errorString().toStdString());

@@ -23,6 +23,7 @@ std::string blur(const Plugin::Settings &cSettings, ArithmParamMgr &cStore)
     cv::Mat cOutput =
         Plugin::outputPicture(cSettings, cStore, eType, cInput.size(), {"平滑图", "Smoothed picture"});
     if (cInput.data == cOutput.data) {
+        // The filters would make a copy of their own each time.
         thread_local cv::Mat s_cCopy;
         cInput.copyTo(s_cCopy);
         cInput = s_cCopy;

@@ -35,7 +35,7 @@ std::string threshold(const Plugin::Settings &cSettings, ArithmParamMgr &cStore)
         return {};
     }
     if (cInput.data == cOutput.data) {
-        // The means are collected in the output while the input is still needed.
+        // OpenCV would allocate a picture of means each time; beside the input, the output holds them.
         thread_local cv::Mat s_cCopy;
         cInput.copyTo(s_cCopy);
         cInput = s_cCopy;
