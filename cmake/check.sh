@@ -67,7 +67,7 @@ report "$(includes | awk '
         if (path ~ /^OculinexQTStandAlone\/(arithmMgr)\//) return 4
         if (path ~ /^OculinexQTStandAlone\/(DataSource\/MemoryDiskCallBack|SaveFile|LoadFile)\//) return 5
         if (path ~ /^OculinexQTStandAlone\/(MemoryDisk|Drawing\/drawingexecute|Drawing\/dlg)/) return 6
-        if (path ~ /^OculinexQTStandAlone\/globalfunction|^OculinexQTStandAlone\/view/) return 7
+        if (path ~ /^OculinexQTStandAlone\/(globalfunction|configtext|view)/) return 7
         if (path ~ /^OculinexQTStandAlone\/Drawing\//) return 8
         if (path ~ /^ArithmParamMgr\//) return 10
         return 9
