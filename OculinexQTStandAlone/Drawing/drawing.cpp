@@ -5,6 +5,12 @@
 #include "Drawing/drawingregistry.h"
 #include "textbuffer.h"
 
+// Hosts make such objects and derive from them.
+static_assert(sizeof(void *) != 8 ||
+              (sizeof(Drawing::DrawingOpt) == 32 && sizeof(Drawing::DIBDrawingOpt) == 56 &&
+               sizeof(Drawing::Gray8DrawingOpt) == 1096 && sizeof(Drawing::Gray16DrawingOpt) == 72 &&
+               sizeof(Drawing::PolysDrawingOpt) == 40 && sizeof(Drawing::StringsDrawingOpt) == 48));
+
 namespace
 {
 std::mutex s_cScaleMutex; // guards all scale records

@@ -77,17 +77,15 @@ public:
         int m_nHeight;
     };
 
-    /// An 8-bit grey picture without row padding.
+    /// What both kinds of grey pictures can be told.
     ///
     /// Draw mode: 0 normal, 1 overlay in which 0 is transparent, 2 mask. An overlay is grey (lapped
     /// type 0) or in the colours of the table. A mask paints where the pixel is 0 (mask value 0),
     /// where it is not (1) or everywhere, in black (mask colour 0), white (1), red (2) or not at all.
-    class OCULINEXQTSTANDALONE_EXPORT Gray8DrawingOpt : public DrawingOpt
+    class OCULINEXQTSTANDALONE_EXPORT GrayDrawingOpt : public DrawingOpt
     {
     public:
-        Gray8DrawingOpt(int nDataID, unsigned char *puchGray8, int nWidth, int nHeight);
-        ~Gray8DrawingOpt() override;
-        void draw(QImage *pcTarget, ArithmParamMgr *pcAPM) override;
+        using DrawingOpt::DrawingOpt;
 
         void setScaleType(int nType) { m_nScaleType = nType; }
         void setAlignType(int nType) { m_nAlignType = nType; }
@@ -108,6 +106,16 @@ public:
         int m_nLapped = 0;
         int m_nMaskVal = 0;
         int m_nMaskCr = 0;
+    };
+
+    /// An 8-bit grey picture without row padding.
+    class OCULINEXQTSTANDALONE_EXPORT Gray8DrawingOpt : public GrayDrawingOpt
+    {
+    public:
+        Gray8DrawingOpt(int nDataID, unsigned char *puchGray8, int nWidth, int nHeight);
+        ~Gray8DrawingOpt() override;
+        void draw(QImage *pcTarget, ArithmParamMgr *pcAPM) override;
+
         unsigned int m_anColourTable[256]; ///< 0xAARRGGBB, for the overlay in colours
         unsigned char *m_puchData;         ///< own copy
         int m_nWidth;
@@ -116,32 +124,13 @@ public:
 
     /// A 16-bit grey picture without row padding. It is taken from the queue like the others and
     /// paints nothing.
-    class OCULINEXQTSTANDALONE_EXPORT Gray16DrawingOpt : public DrawingOpt
+    class OCULINEXQTSTANDALONE_EXPORT Gray16DrawingOpt : public GrayDrawingOpt
     {
     public:
         Gray16DrawingOpt(int nDataID, unsigned char *puchGray16, int nWidth, int nHeight);
         ~Gray16DrawingOpt() override;
         void draw(QImage *pcTarget, ArithmParamMgr *pcAPM) override;
 
-        void setScaleType(int nType) { m_nScaleType = nType; }
-        void setAlignType(int nType) { m_nAlignType = nType; }
-        void setDrawMode(int nMode) { m_nDrawMode = nMode; }
-        void setLapped(int nLapped) { m_nLapped = nLapped; }
-        void setMaskVal(int nVal) { m_nMaskVal = nVal; }
-        void setMaskColor(int nColor) { m_nMaskCr = nColor; }
-        int getScaleType() const { return m_nScaleType; }
-        int getAlignType() const { return m_nAlignType; }
-        int getDrawMode() const { return m_nDrawMode; }
-        int getLapped() const { return m_nLapped; }
-        int getMaskVal() const { return m_nMaskVal; }
-        int getMaskColor() const { return m_nMaskCr; }
-
-        int m_nScaleType = 0;
-        int m_nAlignType = 0;
-        int m_nDrawMode = 0;
-        int m_nLapped = 0;
-        int m_nMaskVal = 0;
-        int m_nMaskCr = 0;
         unsigned char *m_puchData; ///< own copy
         int m_nWidth;
         int m_nHeight;

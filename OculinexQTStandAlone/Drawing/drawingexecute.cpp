@@ -37,9 +37,9 @@ void applySettings(const QString &strConfig, Drawing::DIBDrawingOpt &cOpt)
     apply(strConfig, "Pos", cOpt, &Opt::setAlignType);
 }
 
-template <typename Opt>
-void applyGreySettings(const QString &strConfig, Opt &cOpt)
+void applySettings(const QString &strConfig, Drawing::GrayDrawingOpt &cOpt)
 {
+    using Opt = Drawing::GrayDrawingOpt;
     apply(strConfig, "Scale", cOpt, &Opt::setScaleType);
     apply(strConfig, "Pos", cOpt, &Opt::setAlignType);
     const QString strMode = body(strConfig, "DrawMode");
@@ -51,16 +51,6 @@ void applyGreySettings(const QString &strConfig, Opt &cOpt)
         cOpt.setMaskVal(nValue);
     if (const int nColor = lstMask.value(1).toInt(&bNumber); bNumber)
         cOpt.setMaskColor(nColor);
-}
-
-void applySettings(const QString &strConfig, Drawing::Gray8DrawingOpt &cOpt)
-{
-    applyGreySettings(strConfig, cOpt);
-}
-
-void applySettings(const QString &strConfig, Drawing::Gray16DrawingOpt &cOpt)
-{
-    applyGreySettings(strConfig, cOpt);
 }
 
 void applySettings(const QString &strConfig, Drawing::PointsDrawingOpt &cOpt)

@@ -327,7 +327,7 @@ void Drawing::DIBDrawingOpt::draw(QImage *pcTarget, ArithmParamMgr *pcAPM)
 }
 
 Drawing::Gray8DrawingOpt::Gray8DrawingOpt(int nDataID, unsigned char *puchGray8, int nWidth, int nHeight)
-    : DrawingOpt(nDataID),
+    : GrayDrawingOpt(nDataID),
       m_puchData(copyPixels(puchGray8, nWidth, nHeight)),
       m_nWidth(nWidth),
       m_nHeight(nHeight)
@@ -399,7 +399,7 @@ void Drawing::Gray8DrawingOpt::draw(QImage *pcTarget, ArithmParamMgr *pcAPM)
 }
 
 Drawing::Gray16DrawingOpt::Gray16DrawingOpt(int nDataID, unsigned char *puchGray16, int nWidth, int nHeight)
-    : DrawingOpt(nDataID),
+    : GrayDrawingOpt(nDataID),
       m_puchData(copyPixels(puchGray16, qint64{nWidth} * 2, nHeight)),
       m_nWidth(nWidth),
       m_nHeight(nHeight)
