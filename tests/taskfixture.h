@@ -62,7 +62,7 @@ inline void onError(QString strText)
 inline char *execute(char *pchConfig, ArithmParamMgr *)
 {
     const QStringList lstParts = QString::fromUtf8(pchConfig).split(QLatin1Char('|'));
-    const QString strLabel = lstParts.first();
+    const QString &strLabel = lstParts.first();
     std::function<void()> fnHandler;
     int nResult = 1;
     {

@@ -420,6 +420,7 @@ void TestTaskThreads::deleteAndRestartAtOnce()
 void TestTaskThreads::manyTasks()
 {
     std::vector<std::unique_ptr<Fake::Task>> lstTasks;
+    lstTasks.reserve(6);
     for (int nTask = 0; nTask < 6; ++nTask)
         lstTasks.push_back(std::make_unique<Fake::Task>(
             nTask % 2 ? QStringList{QString("%1!").arg(nTask), "999999999;end"}
