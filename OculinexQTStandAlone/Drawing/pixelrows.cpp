@@ -55,6 +55,18 @@ OCULINEX_SSSE3 int expandVectors(unsigned char *puchDst, const unsigned char *pu
     }
     return nDone;
 }
+
+OCULINEX_SSSE3 int packVectors(unsigned char *puchDst, const unsigned int *punPixels, int nPixels)
+{
+    // Four pixels a vector; the next one overwrites its last four bytes.
+    const __m128i aOrder = _mm_setr_epi8(2, 1, 0, 6, 5, 4, 10, 9, 8, 14, 13, 12, -1, -1, -1, -1);
+    int nDone = 0;
+    for (; nPixels - nDone >= 6; nDone += 4, puchDst += 12)
+        storeBytes(
+            puchDst,
+            _mm_shuffle_epi8(loadBytes(reinterpret_cast<const unsigned char *>(punPixels + nDone)), aOrder));
+    return nDone;
+}
 } // namespace
 #else
 namespace
@@ -65,6 +77,10 @@ int exchangeVectors(unsigned char *, int)
     return 0;
 }
 int expandVectors(unsigned char *, const unsigned char *, int)
+{
+    return 0;
+}
+int packVectors(unsigned char *, const unsigned int *, int)
 {
     return 0;
 }
@@ -92,5 +108,15 @@ void PixelRows::select(unsigned char *__restrict puchDst, const unsigned char *_
     for (int i = 0; i < nBytes; ++i) {
         const auto nTaken = static_cast<unsigned char>(puchMask[i] != 0 ? 0xFF : 0);
         puchDst[i] = static_cast<unsigned char>((puchDst[i] & ~nTaken) | (puchSrc[i] & nTaken));
+    }
+}
+
+void PixelRows::packColours(unsigned char *puchDst, const unsigned int *punPixels, int nPixels)
+{
+    int nDone = s_bSSSE3 ? packVectors(puchDst, punPixels, nPixels) : 0;
+    for (puchDst += 3L * nDone; nDone < nPixels; ++nDone, puchDst += 3) {
+        puchDst[0] = static_cast<unsigned char>(punPixels[nDone] >> 16);
+        puchDst[1] = static_cast<unsigned char>(punPixels[nDone] >> 8);
+        puchDst[2] = static_cast<unsigned char>(punPixels[nDone]);
     }
 }

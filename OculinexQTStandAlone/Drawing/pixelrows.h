@@ -11,6 +11,8 @@ void exchangeRedBlue(unsigned char *puchPixels, int nPixels);
 void expandGrey(unsigned char *puchDst, const unsigned char *puchGrey, int nPixels);
 /// Replaces each byte of the target by that of the source where the mask's byte is not 0.
 void select(unsigned char *puchDst, const unsigned char *puchMask, const unsigned char *puchSrc, int nBytes);
+/// Writes red, green and blue of each pixel (QRgb: 0xAARRGGBB) as three bytes.
+void packColours(unsigned char *puchDst, const unsigned int *punPixels, int nPixels);
 } // namespace PixelRows
 
 #endif

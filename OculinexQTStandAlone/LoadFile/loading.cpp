@@ -2,11 +2,13 @@
 
 #include <array>
 #include <cstring>
+#include <utility>
 
 #include <QImage>
 #include <QImageReader>
 #include <QMutex>
 
+#include "Drawing/pixelrows.h"
 #include "arithmparammgr.h"
 #include "configtext.h"
 #include "logging.h"
@@ -34,24 +36,33 @@ struct GreyWeights {
             adThird[i] = static_cast<double>(i) * 0.299;
         }
     }
+    uchar grey(size_t nFirst, size_t nSecond, size_t nThird) const
+    {
+        return static_cast<uchar>(adThird[nThird] + adSecond[nSecond] + adFirst[nFirst]);
+    }
 };
+
+/// Pixels of four bytes, whose fourth is dropped: what most decoders deliver.
+bool isPacked(QImage::Format eFormat)
+{
+    return eFormat == QImage::Format_RGB32 || eFormat == QImage::Format_ARGB32;
+}
 
 void toColour(const QImage &cImage, ParamDIB *pcDIB)
 {
-    uchar *puchDest = pcDIB->getDIB();
-    if (puchDest == nullptr)
+    uchar *puchTo = pcDIB->getDIB();
+    if (puchTo == nullptr)
         return;
-    if (cImage.format() == QImage::Format_RGB888) {
-        // The rows of both are padded to 4 bytes.
-        memcpy(puchDest, cImage.constBits(), static_cast<size_t>(cImage.sizeInBytes()));
-        return;
-    }
-    const int nStride = ((cImage.width() + 1) * 3) & ~3;
-    for (int y = 0; y < cImage.height(); ++y) {
+    const int nWidth = cImage.width();
+    const int nStride = ((nWidth + 1) * 3) & ~3;
+    for (int y = 0; y < cImage.height(); ++y, puchTo += nStride) {
         const uchar *puchFrom = cImage.constScanLine(y);
-        uchar *puchTo = puchDest + static_cast<size_t>(y) * static_cast<size_t>(nStride);
-        for (int x = 0; x < cImage.width(); ++x, puchTo += 3)
-            puchTo[0] = puchTo[1] = puchTo[2] = puchFrom[x];
+        if (isPacked(cImage.format()))
+            PixelRows::packColours(puchTo, reinterpret_cast<const QRgb *>(puchFrom), nWidth);
+        else if (cImage.format() == QImage::Format_RGB888)
+            memcpy(puchTo, puchFrom, static_cast<size_t>(nStride));
+        else
+            PixelRows::expandGrey(puchTo, puchFrom, nWidth);
     }
 }
 
@@ -64,14 +75,20 @@ void toGrey(const QImage &cImage, ParamGray8 *pcGray8)
         return;
     for (int y = 0; y < cImage.height(); ++y, puchTo += nWidth) {
         const uchar *puchFrom = cImage.constScanLine(y);
-        if (cImage.format() == QImage::Format_Indexed8) {
+        if (isPacked(cImage.format())) {
+            const auto *pnFrom = reinterpret_cast<const QRgb *>(puchFrom);
+            for (size_t x = 0; x < nWidth; ++x)
+                puchTo[x] =
+                    s_cWeights.grey((pnFrom[x] >> 16) & 0xff, (pnFrom[x] >> 8) & 0xff, pnFrom[x] & 0xff);
+        } else if (cImage.format() == QImage::Format_RGB888) {
+            for (size_t x = 0; x < nWidth; ++x, puchFrom += 3)
+                puchTo[x] = s_cWeights.grey(puchFrom[0], puchFrom[1], puchFrom[2]);
+        } else if (cImage.format() == QImage::Format_Grayscale8) {
+            for (size_t x = 0; x < nWidth; ++x)
+                puchTo[x] = s_cWeights.grey(puchFrom[x], puchFrom[x], puchFrom[x]);
+        } else {
             memcpy(puchTo, puchFrom, nWidth);
-            continue;
         }
-        for (size_t x = 0; x < nWidth; ++x, puchFrom += 3)
-            puchTo[x] =
-                static_cast<uchar>(s_cWeights.adThird[puchFrom[2]] + s_cWeights.adSecond[puchFrom[1]] +
-                                   s_cWeights.adFirst[puchFrom[0]]);
     }
 }
 
@@ -121,8 +138,10 @@ char *Loading::execute(char *pchConfig, ArithmParamMgr *pcAPM)
     QImageReader cReader(strPath);
     cReader.setDecideFormatFromContent(true);
     QImage cImage = cReader.read();
-    if (!cImage.isNull() && cImage.format() != QImage::Format_Indexed8)
-        cImage = cImage.convertToFormat(QImage::Format_RGB888);
+    // The other kinds become 24-bit pixels on their way into the store.
+    const QImage::Format eFormat = cImage.format();
+    if (!isPacked(eFormat) && eFormat != QImage::Format_Indexed8 && eFormat != QImage::Format_Grayscale8)
+        cImage = std::move(cImage).convertToFormat(QImage::Format_RGB888);
     if (cImage.isNull()) {
         qCWarning(lcFile).noquote() << "cannot load" << strPath + QLatin1Char(':') << cReader.errorString();
         return TextBuffer::blank();

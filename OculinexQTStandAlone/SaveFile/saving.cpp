@@ -12,6 +12,7 @@
 #include <QVector>
 
 #include "Drawing/drawing.h"
+#include "Drawing/pixelrows.h"
 #include "arithmparammgr.h"
 #include "configtext.h"
 #include "globalfunction.h"
@@ -96,7 +97,7 @@ void save(const QImage &cImage, const QString &strPath)
         qCWarning(lcFile).noquote() << "cannot save" << strPath + QLatin1Char(':') << cWriter.errorString();
 }
 
-void saveColour(ParamDIB *pcDIB, const QString &strPath)
+void saveColour(const ParamDIB *pcDIB, const QString &strPath)
 {
     const int nWidth = pcDIB->getWidth();
     const int nHeight = pcDIB->getHeight();
@@ -104,11 +105,9 @@ void saveColour(ParamDIB *pcDIB, const QString &strPath)
     if (puchDIB == nullptr || nWidth < 1 || nHeight < 1)
         return save(QImage(), strPath);
     const int nStride = ((nWidth + 1) * 3) & ~3;
-    for (int y = 0; y < nHeight; ++y) {
-        uchar *puchRow = puchDIB + static_cast<size_t>(y) * static_cast<size_t>(nStride);
-        for (uchar *puchEnd = puchRow + 3 * static_cast<size_t>(nWidth); puchRow != puchEnd; puchRow += 3)
-            std::swap(puchRow[0], puchRow[2]);
-    }
+    uchar *puchRow = puchDIB;
+    for (int y = 0; y < nHeight; ++y, puchRow += nStride)
+        PixelRows::exchangeRedBlue(puchRow, nWidth);
     save(QImage(static_cast<const uchar *>(puchDIB), nWidth, nHeight, nStride, QImage::Format_RGB888),
          strPath);
 }
@@ -117,22 +116,25 @@ void saveGrey(const ParamGray8 *pcGray8, const QString &strPath)
 {
     const int nWidth = pcGray8->getWidth();
     const int nHeight = pcGray8->getHeight();
-    const uchar *puchGray8 = pcGray8->getGray8();
+    uchar *puchGray8 = pcGray8->getGray8();
     if (puchGray8 == nullptr || nWidth < 1 || nHeight < 1)
         return save(QImage(), strPath);
     QImage cImage;
     if (nWidth % 4 == 0) {
+        // Wrapped as pixels that may be written: the colour table would make a copy of others.
         cImage = QImage(puchGray8, nWidth, nHeight, nWidth, QImage::Format_Indexed8);
     } else {
         cImage = QImage(nWidth, nHeight, QImage::Format_Indexed8);
-        for (int y = 0; y < cImage.height(); ++y)
-            memcpy(cImage.scanLine(y), puchGray8 + static_cast<size_t>(y) * static_cast<size_t>(nWidth),
-                   static_cast<size_t>(nWidth));
+        for (int y = 0; y < nHeight && !cImage.isNull(); ++y, puchGray8 += nWidth)
+            memcpy(cImage.scanLine(y), puchGray8, static_cast<size_t>(nWidth));
     }
     QVector<QRgb> vecTable(256);
     for (int i = 0; i < vecTable.size(); ++i)
         vecTable[i] = qRgb(i, i, i);
     cImage.setColorTable(vecTable);
+    // The JPEG encoder looks each pixel of an indexed picture up; the file is the same.
+    if (strPath.endsWith(QLatin1String(".jpg")))
+        cImage.reinterpretAsFormat(QImage::Format_Grayscale8);
     save(cImage, strPath);
 }
 
