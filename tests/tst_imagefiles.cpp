@@ -1,8 +1,17 @@
 #include <QColor>
 #include <QDir>
 #include <QImage>
+#include <QRandomGenerator>
 #include <QTemporaryDir>
 #include <QtTest>
+
+#include <algorithm>
+#include <atomic>
+#include <csignal>
+#include <malloc.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <thread>
 
 #include "Drawing/drawing.h"
 #include "LoadFile/loading.h"
@@ -66,6 +75,23 @@ class TestImageFiles : public QObject
     QString save(const QString &strConfig)
     {
         return execute(Saving::execute, tag("BasePath", m_cDir.path()) + strConfig, m_pcAPM);
+    }
+    void write(const char *szName, const QByteArray &achContents)
+    {
+        QFile cFile(path(szName));
+        QVERIFY(cFile.open(QIODevice::WriteOnly));
+        QCOMPARE(cFile.write(achContents), qint64(achContents.size()));
+    }
+    QByteArray read(const char *szName)
+    {
+        QFile cFile(path(szName));
+        return cFile.open(QIODevice::ReadOnly) ? cFile.readAll() : QByteArray();
+    }
+    /// Saves the grey picture 1 under just that name.
+    static QString greyTo(const char *szName, const char *szFormat)
+    {
+        return tag("StringID", szName) + tag("Identity", "2") + tag("Format", szFormat) + tag("Wnd", "4") +
+               tag("PicType", "Gray") + tag("PicID", "1");
     }
     QStringList files() const { return QDir(m_cDir.path()).entryList(QDir::Files, QDir::Name); }
 
@@ -162,6 +188,134 @@ private slots:
         load(path("good.png"), false, QStringLiteral("abc"));
         QCOMPARE(m_pcAPM->requestParamDIBMap()->size(), 1);
         QVERIFY(m_pcAPM->requestParamDIBMap()->firstKey() >= 1);
+    }
+
+    void hostileFilesAreRefused_data()
+    {
+        QTest::addColumn<QByteArray>("achContents");
+        const QByteArray achSvg = "<svg xmlns='http://www.w3.org/2000/svg' width='9' height='9' "
+                                  "xmlns:xlink='http://www.w3.org/1999/xlink'>";
+        QTest::newRow("fits no colour picture")
+            << QByteArray("#define a_width 32767\n#define a_height 32767\n"
+                          "static char a_bits[] = {0x00};");
+        QTest::newRow("needs fonts") << achSvg + "<text x='1' y='9'>a</text></svg>";
+        QTest::newRow("reads a pipe") << achSvg + "<image width='9' height='9' xlink:href='" +
+                                             QFile::encodeName(path("pipe")) + "'/></svg>";
+    }
+    void hostileFilesAreRefused()
+    {
+        QFETCH(QByteArray, achContents);
+        mkfifo(QFile::encodeName(path("pipe")).constData(), 0600);
+        write("hostile", achContents);
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("cannot load .*hostile: "));
+        load(path("hostile"), false);
+        QVERIFY(m_pcAPM->requestParamDIBMap()->isEmpty());
+        QFile::remove(path("pipe"));
+    }
+
+    void whatAFileLacksIsBlack_data()
+    {
+        QTest::addColumn<QByteArray>("achHeader");
+        // Size of the file, offset of the pixels, 40 bytes of header, 20 x 20, planes, bits a pixel.
+        const char achColour[] = "BM\x40\0\0\0\0\0\0\0\x36\0\0\0\x28\0\0\0\x14\0\0\0\x14\0\0\0\1\0\x18";
+        QByteArray achBmp = QByteArray(achColour, sizeof achColour - 1).leftJustified(54, '\0');
+        QTest::newRow("24 bit") << achBmp;
+        achBmp[28] = 32;
+        QTest::newRow("32 bit") << achBmp;
+        achBmp[28] = 8;
+        achBmp[10] = 58;
+        achBmp[46] = 1;
+        QTest::newRow("8 bit") << achBmp + QByteArray(4, '\0');
+    }
+    void whatAFileLacksIsBlack()
+    {
+        QFETCH(QByteArray, achHeader);
+        write("cut.bmp", achHeader + QByteArray(3, '\0'));
+        mallopt(M_PERTURB, 0x5a); // what is not written shows
+        load(path("cut.bmp"), false);
+        mallopt(M_PERTURB, 0);
+        const ParamDIB *pcDIB = m_pcAPM->getParamDIB(3);
+        QCOMPARE(QSize(pcDIB->getWidth(), pcDIB->getHeight()), QSize(20, 20));
+        QCOMPARE(QByteArray(reinterpret_cast<const char *>(pcDIB->getDIB()), 20 * 60),
+                 QByteArray(20 * 60, '\0'));
+    }
+
+    void onlyRegularFilesCount()
+    {
+        QVERIFY(mkfifo(QFile::encodeName(path("pipe.png")).constData(), 0600) == 0);
+        QVERIFY(QFile::link("/dev/zero", path("device.png")));
+        QVERIFY(QDir(m_cDir.path()).mkdir("directory.png"));
+        m_pcAPM->getParamGray8(1)->resize(4, 2);
+        for (const char *szName : {"pipe", "device", "directory"}) {
+            const QRegularExpression cNamed(
+                QStringLiteral("cannot (load|save) .*%1.png: .*regular").arg(szName));
+            QTest::ignoreMessage(QtWarningMsg, cNamed);
+            load(path(szName + QStringLiteral(".png")), false); // would wait for ever for the pipe
+            QTest::ignoreMessage(QtWarningMsg, cNamed);
+            save(greyTo(szName, "1"));
+        }
+        QVERIFY(m_pcAPM->requestParamDIBMap()->isEmpty());
+        QFile::remove(path("pipe.png"));
+        QDir(m_cDir.path()).rmdir("directory.png");
+    }
+
+    void aFailedSaveLeavesNoFile()
+    {
+        m_pcAPM->getParamGray8(1)->resize(70000, 1); // more than a JPEG file can have
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("cannot save .*wide.jpg: "));
+        save(greyTo("wide", "0"));
+        QCOMPARE(files(), QStringList());
+
+        // A disk that is full takes a part, which only the flush at the end can tell.
+        QVERIFY(QFile::link(path("target.png"), path("link.png")));
+        m_pcAPM->getParamGray8(1)->resize(30, 30);
+        rlimit cOld{};
+        getrlimit(RLIMIT_FSIZE, &cOld);
+        const rlimit cTight{60, cOld.rlim_max};
+        signal(SIGXFSZ, SIG_IGN);
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("cannot save .*link.png: "));
+        setrlimit(RLIMIT_FSIZE, &cTight);
+        save(greyTo("link", "1"));
+        setrlimit(RLIMIT_FSIZE, &cOld);
+        QCOMPARE(files(), QStringList());
+        save(greyTo("link", "1"));
+        QCOMPARE(QImage(path("target.png")).width(), 30);
+    }
+
+    void aNameWithoutAFormatLeavesTheFileOfThatName()
+    {
+        write("notes", "precious");
+        m_pcAPM->getParamGray8(1)->resize(4, 2);
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("cannot save .*notes: "));
+        save(greyTo("notes", "7"));
+        QCOMPARE(read("notes"), QByteArray("precious"));
+    }
+
+    void tasksThatSaveOneFileAtOnceDoNotMixIt()
+    {
+        ArithmParamMgr acAPM[2];
+        QList<QByteArray> lstAlone;
+        const QString strConfig = tag("BasePath", m_cDir.path()) + greyTo("both", "1");
+        for (ArithmParamMgr &cAPM : acAPM) {
+            const int nSide = &cAPM == acAPM ? 200 : 240;
+            cAPM.getParamGray8(1)->resize(nSide, nSide);
+            std::generate_n(cAPM.getParamGray8(1)->getGray8(), nSide * nSide,
+                            [] { return static_cast<uchar>(QRandomGenerator::global()->generate()); });
+            execute(Saving::execute, strConfig, &cAPM);
+            lstAlone.append(read("both.png"));
+        }
+        for (int i = 0; i < 40; ++i) {
+            std::atomic_int nReady{0};
+            const auto saveTogether = [&](ArithmParamMgr *pcAPM) {
+                for (++nReady; nReady < 2;)
+                    std::this_thread::yield();
+                execute(Saving::execute, strConfig, pcAPM);
+            };
+            std::thread cOther(saveTogether, &acAPM[1]);
+            saveTogether(&acAPM[0]);
+            cOther.join();
+            QVERIFY(lstAlone.contains(read("both.png")));
+        }
     }
 
     void namesFiles_data()

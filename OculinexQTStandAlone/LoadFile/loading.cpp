@@ -5,13 +5,13 @@
 #include <utility>
 
 #include <QImage>
-#include <QImageReader>
 #include <QMutex>
 
 #include "Drawing/pixelrows.h"
 #include "arithmparammgr.h"
 #include "configtext.h"
 #include "logging.h"
+#include "picturefile.h"
 #include "textbuffer.h"
 
 const char *Loading::s_ID = "KQ_Loading";
@@ -135,15 +135,14 @@ char *Loading::execute(char *pchConfig, ArithmParamMgr *pcAPM)
     if (!bNumber)
         nID = -1;
 
-    QImageReader cReader(strPath);
-    cReader.setDecideFormatFromContent(true);
-    QImage cImage = cReader.read();
+    QString strError = QStringLiteral("memory is short");
+    QImage cImage = PictureFile::read(strPath, bGrey, strError);
     // The other kinds become 24-bit pixels on their way into the store.
     const QImage::Format eFormat = cImage.format();
     if (!isPacked(eFormat) && eFormat != QImage::Format_Indexed8 && eFormat != QImage::Format_Grayscale8)
         cImage = std::move(cImage).convertToFormat(QImage::Format_RGB888);
     if (cImage.isNull()) {
-        qCWarning(lcFile).noquote() << "cannot load" << strPath + QLatin1Char(':') << cReader.errorString();
+        qCWarning(lcFile).noquote() << "cannot load" << strPath + QLatin1Char(':') << strError;
         return TextBuffer::blank();
     }
 

@@ -7,7 +7,6 @@
 #include <QDateTime>
 #include <QDir>
 #include <QImage>
-#include <QImageWriter>
 #include <QMutex>
 #include <QVector>
 
@@ -17,6 +16,7 @@
 #include "configtext.h"
 #include "globalfunction.h"
 #include "logging.h"
+#include "picturefile.h"
 #include "qguard.h"
 #include "textbuffer.h"
 
@@ -92,9 +92,9 @@ QString filePath(const ConfigText &cSettings, ArithmParamMgr *pcAPM)
 
 void save(const QImage &cImage, const QString &strPath)
 {
-    QImageWriter cWriter(strPath);
-    if (!cWriter.write(cImage))
-        qCWarning(lcFile).noquote() << "cannot save" << strPath + QLatin1Char(':') << cWriter.errorString();
+    QString strError;
+    if (!PictureFile::write(cImage, strPath, strError))
+        qCWarning(lcFile).noquote() << "cannot save" << strPath + QLatin1Char(':') << strError;
 }
 
 void saveColour(const ParamDIB *pcDIB, const QString &strPath)

@@ -1,0 +1,145 @@
+#include "picturefile.h"
+
+#include <climits>
+#include <condition_variable>
+#include <mutex>
+
+#include <QFile>
+#include <QFileInfo>
+#include <QImageReader>
+#include <QImageWriter>
+#include <QSet>
+
+namespace
+{
+/// Bytes that the system can give without ending processes; 0 when it does not tell.
+qint64 availableMemory()
+{
+    QFile cFile(QStringLiteral("/proc/meminfo"));
+    if (!cFile.open(QIODevice::ReadOnly))
+        return 0;
+    for (QByteArray achLine = cFile.readLine(); !achLine.isEmpty(); achLine = cFile.readLine())
+        if (achLine.startsWith("MemAvailable:"))
+            return achLine.simplified().split(' ').at(1).toLongLong() * 1024;
+    return 0;
+}
+
+/// Whether a picture of that size can be decoded and stored. A file of a few bytes may announce any.
+bool fits(QSize cSize, bool bGrey)
+{
+    constexpr qint64 NEEDED = 8;       // bytes of a pixel while it is decoded and stored
+    constexpr qint64 SMALL = 64 << 20; // bytes that need no asking
+    const qint64 nWidth = cSize.width();
+    const qint64 nStored = (bGrey ? nWidth : (3 * nWidth + 3) & ~3) * cSize.height();
+    if (nStored > INT_MAX) // the store's limit
+        return false;
+    const qint64 nNeeded = nWidth * cSize.height() * NEEDED;
+    const qint64 nAvailable = nNeeded > SMALL ? availableMemory() : 0;
+    return nAvailable == 0 || nNeeded < nAvailable;
+}
+
+/// Keeps a path to one writer at a time; two at once would mix their bytes.
+class PathHold
+{
+public:
+    explicit PathHold(const QString &strPath) : m_strPath(QFileInfo(strPath).absoluteFilePath())
+    {
+        std::unique_lock<std::mutex> cLock(s_cMutex);
+        s_cReleased.wait(cLock, [this] { return !s_setHeld.contains(m_strPath); });
+        s_setHeld.insert(m_strPath);
+    }
+    ~PathHold()
+    {
+        {
+            const std::lock_guard<std::mutex> cGuard(s_cMutex);
+            s_setHeld.remove(m_strPath);
+        }
+        s_cReleased.notify_all();
+    }
+    PathHold(const PathHold &) = delete;
+    PathHold &operator=(const PathHold &) = delete;
+
+private:
+    static std::mutex s_cMutex;
+    static std::condition_variable &s_cReleased;
+    static QSet<QString> &s_setHeld;
+    const QString m_strPath;
+};
+
+// Never destroyed under a thread that outlives main().
+std::mutex PathHold::s_cMutex;
+std::condition_variable &PathHold::s_cReleased = *new std::condition_variable;
+QSet<QString> &PathHold::s_setHeld = *new QSet<QString>;
+
+bool isSpecial(const QString &strPath, QString &strError)
+{
+    const QFileInfo cInfo(strPath);
+    if (!cInfo.exists() || cInfo.isFile())
+        return false;
+    strError = QStringLiteral("it is no regular file");
+    return true;
+}
+} // namespace
+
+QImage PictureFile::read(const QString &strPath, bool bGrey, QString &strError)
+{
+    QFile cFile(strPath);
+    if (isSpecial(strPath, strError))
+        return QImage();
+    if (!cFile.open(QIODevice::ReadOnly)) {
+        strError = cFile.errorString();
+        return QImage();
+    }
+    QImageReader cReader(&cFile);
+    cReader.setDecideFormatFromContent(true);
+    if (cReader.format().startsWith("svg")) {
+        strError = QStringLiteral("SVG is not supported");
+        return QImage();
+    }
+    const QSize cSize = cReader.size();
+    if (cSize.isValid() && !fits(cSize, bGrey)) {
+        strError = QStringLiteral("%1 x %2 pixels are too many").arg(cSize.width()).arg(cSize.height());
+        return QImage();
+    }
+    // Decoders fill a picture of the right kind in place, and some leave out what a file lacks.
+    QImage cImage;
+    if (cSize.isValid() && cReader.imageFormat() != QImage::Format_Invalid) {
+        cImage = QImage(cSize, cReader.imageFormat());
+        cImage.fill(0);
+    }
+    if (!cReader.read(&cImage)) {
+        strError = cReader.errorString();
+        return QImage();
+    }
+    return cImage;
+}
+
+bool PictureFile::write(const QImage &cImage, const QString &strPath, QString &strError)
+{
+    const QByteArray achFormat = QFileInfo(strPath).suffix().toLower().toLatin1();
+    if (cImage.isNull()) {
+        strError = QStringLiteral("there is no picture");
+        return false;
+    }
+    // Opening the file empties it.
+    if (!QImageWriter::supportedImageFormats().contains(achFormat)) {
+        strError = QStringLiteral("the name ends with no known format");
+        return false;
+    }
+    if (isSpecial(strPath, strError))
+        return false;
+    const PathHold cHold(strPath);
+    QFile cFile(strPath);
+    if (!cFile.open(QIODevice::WriteOnly)) {
+        strError = cFile.errorString();
+        return false;
+    }
+    QImageWriter cWriter(&cFile, achFormat);
+    const bool bEncoded = cWriter.write(cImage);
+    if (bEncoded && cFile.flush() && cFile.error() == QFileDevice::NoError)
+        return true;
+    strError = cFile.error() != QFileDevice::NoError ? cFile.errorString() : cWriter.errorString();
+    cFile.close();
+    QFile::remove(QFileInfo(strPath).canonicalFilePath());
+    return false;
+}
