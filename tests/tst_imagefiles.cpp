@@ -291,6 +291,19 @@ private slots:
         QCOMPARE(read("notes"), QByteArray("precious"));
     }
 
+    void theSamePictureMakesTheSameFile()
+    {
+        m_pcAPM->getParamGray8(1)->resize(5, 3); // rows that a BMP file pads
+        QList<QByteArray> lstFiles;
+        for (int nGarbage : {0x5a, 0xa5}) {
+            mallopt(M_PERTURB, nGarbage);
+            save(greyTo("a", "2"));
+            lstFiles.append(read("a.bmp"));
+        }
+        mallopt(M_PERTURB, 0);
+        QCOMPARE(lstFiles.first(), lstFiles.last());
+    }
+
     void tasksThatSaveOneFileAtOnceDoNotMixIt()
     {
         ArithmParamMgr acAPM[2];

@@ -125,8 +125,11 @@ void saveGrey(const ParamGray8 *pcGray8, const QString &strPath)
         cImage = QImage(puchGray8, nWidth, nHeight, nWidth, QImage::Format_Indexed8);
     } else {
         cImage = QImage(nWidth, nHeight, QImage::Format_Indexed8);
-        for (int y = 0; y < nHeight && !cImage.isNull(); ++y, puchGray8 += nWidth)
+        const auto nPadding = static_cast<size_t>(cImage.bytesPerLine() - nWidth);
+        for (int y = 0; y < nHeight && !cImage.isNull(); ++y, puchGray8 += nWidth) {
             memcpy(cImage.scanLine(y), puchGray8, static_cast<size_t>(nWidth));
+            memset(cImage.scanLine(y) + nWidth, 0, nPadding); // goes into a BMP file
+        }
     }
     QVector<QRgb> vecTable(256);
     for (int i = 0; i < vecTable.size(); ++i)
