@@ -17,6 +17,8 @@ class ArithmParamMgr;
 /// 8-bit indexed are 0.299 b2 + 0.587 b1 + 0.114 b0 of the bytes b0, b1, b2 as they lie in memory,
 /// truncated; those of indexed pictures are the indexes.
 ///
+/// Pipes, devices, SVG and pictures too large for the store or for memory are refused.
+///
 /// Errors: none is reported; the store stays as it is and the log (oculinex.file) tells.
 /// Threads: any number of task threads at once.
 class OCULINEXQTSTANDALONE_EXPORT Loading
