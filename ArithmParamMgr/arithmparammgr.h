@@ -140,7 +140,6 @@ public:
 
     QList<Point> m_lstPoints;
 };
-Q_DECLARE_TYPEINFO(ParamPoints::Point, Q_PRIMITIVE_TYPE);
 
 /// A list of lines from (sx, sy) to (ex, ey).
 class ARITHMPARAMMGR_EXPORT ParamLines : public ArithmParam
@@ -198,8 +197,6 @@ public:
 
     QList<Poly> m_lstPolys;
 };
-
-Q_DECLARE_TYPEINFO(ParamPolys::Point, Q_PRIMITIVE_TYPE);
 
 /// A list of areas.
 class ARITHMPARAMMGR_EXPORT ParamAreas : public ArithmParam

@@ -50,6 +50,12 @@ PINNED(ParamAreas::Area, bounds, 4);
 PINNED(ParamAreas::Area, seedx, 20);
 PINNED(ParamAreas::Area, seedy, 24);
 
+// A QList keeps small records in place only when their type is declared movable or primitive. These
+// are not: a plug-in that declares them as the plain records that they are would misread the lists.
+static_assert(QTypeInfo<ParamPoints::Point>::isStatic && QTypeInfo<ParamPolys::Point>::isStatic &&
+                  QTypeInfo<ParamPolys::Poly>::isStatic,
+              "the nodes of a list changed");
+
 PINNED_SIZE(ArithmParamMgr, 96);
 PINNED(ArithmParamMgr, VERSION, 0);
 PINNED(ArithmParamMgr, m_mapParamDIB, 8);
