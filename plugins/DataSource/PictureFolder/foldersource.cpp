@@ -12,8 +12,8 @@
 
 #include <opencv2/imgcodecs.hpp>
 
-#include "common/parameter.h"
-#include "common/picture.h"
+#include "sdk/parameter.h"
+#include "sdk/picture.h"
 #include "naturalorder.h"
 
 Q_LOGGING_CATEGORY(lcPictureFolder, "oculinex.source", QtWarningMsg)

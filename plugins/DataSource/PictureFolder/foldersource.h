@@ -13,7 +13,7 @@
 
 #include <opencv2/core.hpp>
 
-#include "common/settings.h"
+#include "sdk/settings.h"
 
 /// One instance of "Picture Folder": plays the pictures of a folder in natural order.
 ///

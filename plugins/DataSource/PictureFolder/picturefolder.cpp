@@ -1,4 +1,4 @@
-#include "common/datasource.h"
+#include "sdk/datasource.h"
 #include "foldersource.h"
 
 OCULINEX_DATA_SOURCE("Picture Folder", FolderSource)

@@ -1,8 +1,8 @@
 #include <algorithm>
 
 #include "arithmparammgr.h"
-#include "common/algorithm.h"
-#include "common/picture.h"
+#include "sdk/algorithm.h"
+#include "sdk/picture.h"
 #include "labeller.h"
 
 namespace

@@ -1,7 +1,7 @@
 #include <opencv2/imgproc.hpp>
 
-#include "common/algorithm.h"
-#include "common/picture.h"
+#include "sdk/algorithm.h"
+#include "sdk/picture.h"
 
 namespace
 {

@@ -1,4 +1,4 @@
-#include "common/settings.h"
+#include "sdk/settings.h"
 
 #include <charconv>
 #include <cstring>

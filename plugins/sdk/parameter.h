@@ -3,7 +3,7 @@
 
 #include <QString>
 
-#include "common/settings.h"
+#include "sdk/settings.h"
 
 /// The store's parameters as plug-ins write them.
 namespace Plugin

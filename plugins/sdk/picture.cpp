@@ -1,4 +1,4 @@
-#include "common/picture.h"
+#include "sdk/picture.h"
 
 #include <cstdlib>
 

@@ -3,8 +3,8 @@
 
 #include <opencv2/core.hpp>
 
-#include "common/parameter.h"
-#include "common/settings.h"
+#include "sdk/parameter.h"
+#include "sdk/settings.h"
 
 class ArithmParamMgr;
 

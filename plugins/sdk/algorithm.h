@@ -1,8 +1,8 @@
 #ifndef PLUGIN_ALGORITHM_H
 #define PLUGIN_ALGORITHM_H
 
-#include "common/guard.h"
-#include "common/settings.h"
+#include "sdk/guard.h"
+#include "sdk/settings.h"
 
 class ArithmParamMgr;
 

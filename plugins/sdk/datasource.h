@@ -7,8 +7,8 @@
 #include <string>
 #include <string_view>
 
-#include "common/guard.h"
-#include "common/settings.h"
+#include "sdk/guard.h"
+#include "sdk/settings.h"
 
 namespace Plugin
 {
