@@ -354,7 +354,7 @@ private slots:
         const QByteArray achBefore(achConfig.constData(), achConfig.size());
         for (int i = 0; i < 2; ++i) {
             QCOMPARE(cProbe.execute(strConfig, &cStore), strResult);
-            QCOMPARE(cProbe.execute(achConfig, &cStore), strResult);
+            QCOMPARE(cProbe.executeUtf8(achConfig, &cStore), strResult);
         }
         QCOMPARE(strConfig, QString::fromUtf8(achBefore));
         QCOMPARE(achConfig, achBefore);
@@ -381,7 +381,7 @@ private slots:
                              ~Local() { m_bUnwound = true; }
                              std::atomic<bool> &m_bUnwound;
                          } cLocal{cMine.m_bUnwound};
-                         cMine.m_pcProbe->execute(QByteArray("<ExitThread>1</ExitThread>"), nullptr);
+                         cMine.m_pcProbe->executeUtf8(QByteArray("<ExitThread>1</ExitThread>"), nullptr);
                          cMine.m_bReturned = true;
                          return nullptr;
                      },

@@ -46,10 +46,10 @@ QString Arithm::showConfigWindow(QString strConfig, ArithmParamMgr *pcAPM)
 
 QString Arithm::execute(QString &strConfig, ArithmParamMgr *pcAPM)
 {
-    return execute(strConfig.toUtf8(), pcAPM);
+    return executeUtf8(strConfig.toUtf8(), pcAPM);
 }
 
-QString Arithm::execute(const QByteArray &achConfig, ArithmParamMgr *pcAPM)
+QString Arithm::executeUtf8(const QByteArray &achConfig, ArithmParamMgr *pcAPM)
 {
     if (!m_fnExecute)
         return {};

@@ -31,8 +31,8 @@ public:
     QString showConfigWindow(QString strConfig, ArithmParamMgr *pcAPM);
     /// Runs the algorithm once on the store and returns its result text.
     QString execute(QString &strConfig, ArithmParamMgr *pcAPM);
-    /// Runs it with a configuration that is UTF-8 and zero-terminated already.
-    QString execute(const QByteArray &achConfig, ArithmParamMgr *pcAPM);
+    /// Runs it with a configuration that is UTF-8 already.
+    QString executeUtf8(const QByteArray &achConfig, ArithmParamMgr *pcAPM);
     bool IsExtLib(); ///< true when the algorithm comes from the extension folder
 
     fnGetID m_fnGetID;

@@ -215,7 +215,7 @@ QString FlowRun::execute(const PreparedStep &cStep, int nStep)
     const qint64 nBeganNs = m_bTimeSteps ? steadyNs() : 0;
     if (m_pcFigures)
         m_pcFigures->beginStep(nStep, nBeganNs);
-    QString strResult = cStep.m_pcArithm->execute(cStep.m_achConfig, m_cTask.m_pcAPM);
+    QString strResult = cStep.m_pcArithm->executeUtf8(cStep.m_achConfig, m_cTask.m_pcAPM);
     haltLateThread();
     if (m_bTimeSteps) {
         const qint64 nEndedNs = steadyNs();

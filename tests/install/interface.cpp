@@ -1,11 +1,14 @@
-// The exported functions and globals have exactly these types; and a host's own functions of the
-// same names as the library's do not get in its way.
+// What a host uses has exactly these types.
 
 #include <cstdio>
 #include <cstring>
 #include <type_traits>
 
+#include <DataSource/MemoryDiskCallBack/memorydiskcallback.h>
+#include <DataSource/datasource.h>
 #include <OculinexQTStandAloneInQt.h>
+#include <arithmMgr/arithmmgr.h>
+#include <arithmMgr/arithmregister.h>
 #include <arithmparammgr.h>
 #include <taskMgr/taskMgr.h>
 
@@ -37,6 +40,31 @@ static_assert(same<decltype(gMtxOutput), QMutex>);
 static_assert(same<decltype(gbInited), bool>);
 static_assert(same<decltype(gszBlank), char[1]>);
 static_assert(same<decltype(gszErrVerMsg), char[33]>);
+
+using Store = ArithmParamMgr;
+static_assert(std::is_constructible_v<Arithm, bool, fnGetID, fnShowConfigWindow, fnExecute>);
+static_assert(!std::is_polymorphic_v<Arithm>);
+static_assert(same<decltype(&Arithm::getID), QString (Arithm::*)()>);
+static_assert(same<decltype(&Arithm::showConfigWindow), QString (Arithm::*)(QString, Store *)>);
+static_assert(same<decltype(&Arithm::execute), QString (Arithm::*)(QString &, Store *)>);
+static_assert(std::is_copy_constructible_v<ArithmFactory::ArithmInfo>);
+static_assert(same<decltype(ArithmFactory().getArithms()), QList<ArithmFactory::ArithmInfo> *>);
+static_assert(same<decltype(ArithmMgr().getArithm(QString())), Arithm *>);
+static_assert(same<decltype(ArithmMgr().getArithm(QString(), QString())), QString>);
+static_assert(same<decltype(&MemoryDiskCallBack0::MemoryDiskRequestPicture), fnRequestPicture>);
+static_assert(same<decltype(&MemoryDiskCallBack5::MemoryDiskReleasePicture), fnReleasePicture>);
+static_assert(same<decltype(&MemoryDisk::addDIB), bool (MemoryDisk::*)(unsigned char *, int, int)>);
+static_assert(same<decltype(&MemoryDisk::requestGray8), MemoryDisk::Gray8 *(MemoryDisk::*)()>);
+static_assert(same<decltype(&MemoryDisk::getID), fnGetID>);
+static_assert(same<decltype(&MemoryDisk::showConfigWindow), fnShowConfigWindow>);
+static_assert(same<decltype(&MemoryDisk::execute), fnExecute>);
+static_assert(same<decltype(&MemoryDisk::transConfigStr), char *(*)(QString &)>);
+using Source = DataSource::DataSourceInstance;
+static_assert(
+    same<decltype(&DataSource::createDataSourceFromConfigString), Source *(DataSource::*)(Store *, QString)>);
+static_assert(same<decltype(&DataSource::newDataSource), Source *(DataSource::*)(Store *, QString &)>);
+static_assert(same<decltype(DataSource::m_mapDataSourceInfo), QMap<QString, DataSource::DataSourceInfo *>>);
+static_assert(sizeof(DataSource::DataSourceInfo) == 8 * sizeof(fnStart)); // a table of functions
 
 int main()
 {
