@@ -1,21 +1,35 @@
 #ifndef SINGLETON_H
 #define SINGLETON_H
 
+#include <new>
+#include <utility>
+
 #include <QMutex>
 
 #include "qguard.h"
 
 /// The one object behind pcThis (private header): made under cMutex by the first caller, who learns
 /// it through pbMade, and read without the lock from then on. It is never destroyed, so that a
-/// thread that still runs when the process exits never meets a dead one.
+/// thread that still runs when the process exits never meets a dead one. Who asks for it from inside
+/// its constructor (a plug-in that is being registered) gets it as far as it has come.
 template <typename T>
 T *singleton(T *&pcThis, QMutex &cMutex, bool *pbMade = nullptr)
 {
     if (T *pcMade = __atomic_load_n(&pcThis, __ATOMIC_ACQUIRE))
         return pcMade;
+    thread_local T *s_pcMaking = nullptr;
+    if (s_pcMaking)
+        return s_pcMaking;
     QGuard cGuard(cMutex);
     if (!pcThis) {
-        __atomic_store_n(&pcThis, new T, __ATOMIC_RELEASE);
+        s_pcMaking = static_cast<T *>(::operator new(sizeof(T)));
+        try {
+            new (s_pcMaking) T;
+        } catch (...) {
+            ::operator delete(std::exchange(s_pcMaking, nullptr));
+            throw;
+        }
+        __atomic_store_n(&pcThis, std::exchange(s_pcMaking, nullptr), __ATOMIC_RELEASE);
         if (pbMade)
             *pbMade = true;
     }

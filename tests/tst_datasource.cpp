@@ -141,6 +141,13 @@ private slots:
         QCOMPARE(pcInstance->getLastError(), QString());
     }
 
+    void answersThePluginBeingRegistered()
+    {
+        m_cHere.plugin(QStringLiteral("DataSource/count-x-x.so"));
+        rebuild();
+        QCOMPARE(pluginNames(), QStringList{QStringLiteral("4 0")});
+    }
+
     void keepsCodeOfUnloadedPlugins()
     {
         m_cHere.plugin(QStringLiteral("DataSource/unloaded-code.so"));

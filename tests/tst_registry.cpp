@@ -177,6 +177,17 @@ private slots:
         }
     }
 
+    /// A plug-in that looks into the registry while it is registered sees what stands before it.
+    void answersThePluginBeingRegistered()
+    {
+        m_cHere.plugin(QStringLiteral("baseArithm/asks1-count-N.so"));
+        m_cHere.plugin(QStringLiteral("baseArithm/asks2-count-N.so"));
+        const QList<ArithmFactory::ArithmInfo> lstInfo = *rebuild()->getArithms();
+        QCOMPARE(lstInfo.size(), 6);
+        QCOMPARE(lstInfo[4].m_strClass, QStringLiteral("4 6"));
+        QCOMPARE(lstInfo[5].m_strClass, QStringLiteral("5 6"));
+    }
+
     /// A host adds an algorithm of its own; the first of an ID wins.
     void findsWhatIsAppended()
     {
