@@ -19,9 +19,10 @@ namespace
 constexpr unsigned char NATIVE_CLASS = sizeof(void *) == 8 ? ELFCLASS64 : ELFCLASS32;
 constexpr unsigned char NATIVE_DATA = Q_BYTE_ORDER == Q_LITTLE_ENDIAN ? ELFDATA2LSB : ELFDATA2MSB;
 
-/// Whether a library of this machine's kind ends before its segments do (a copy that was broken
-/// off). The loader maps such a file all the same, and touching what is missing kills the process.
-bool isTruncated(const QString &strPath)
+/// Whether a library of this machine's kind is a copy that was broken off: it ends before its
+/// segments do, or its end was never written and reads as zeros (power lost). The loader maps such
+/// a file all the same, and touching what is missing kills the process.
+bool isBrokenOff(const QString &strPath)
 {
     QFile cFile(strPath);
     ElfW(Ehdr) cHeader;
@@ -40,7 +41,13 @@ bool isTruncated(const QString &strPath)
         if (cSegment.p_type == PT_LOAD &&
             (cSegment.p_offset > nSize || cSegment.p_filesz > nSize - cSegment.p_offset))
             return true;
-    return false;
+    // The table of sections, which need not be there, stands at the end; its last entry is never empty.
+    ElfW(Shdr) cSection;
+    const quint64 nLast = cHeader.e_shoff + (cHeader.e_shnum - quint64{1}) * sizeof cSection;
+    return cHeader.e_shnum > 1 && cHeader.e_shentsize == sizeof cSection && cHeader.e_shoff < nSize &&
+           cFile.seek(static_cast<qint64>(nLast)) &&
+           cFile.read(reinterpret_cast<char *>(&cSection), sizeof cSection) == qint64(sizeof cSection) &&
+           cSection.sh_type == SHT_NULL;
 }
 
 /// Libraries that stay loaded though no registry lists them.
@@ -67,8 +74,8 @@ void PluginLoader::loadAll(const QString &strFolder, const std::vector<const cha
         if (!cFile.isFile() || !cFile.fileName().endsWith(QLatin1String(".so"), Qt::CaseInsensitive))
             continue;
         const QString strPath = cFile.absoluteFilePath();
-        if (isTruncated(strPath)) {
-            fnFailed(QStringLiteral("Cannot load library %1: (file too short)").arg(strPath));
+        if (isBrokenOff(strPath)) {
+            fnFailed(QStringLiteral("Cannot load library %1: (the file is incomplete)").arg(strPath));
             continue;
         }
         auto pcLibrary = std::make_unique<QLibrary>(strPath);

@@ -224,6 +224,7 @@ private slots:
         QTest::newRow("segments") << achGood.left(700);
         QTest::newRow("page") << achGood.left(4096);
         QTest::newRow("last segment") << achGood.left(lastSegment(achGood));
+        QTest::newRow("zeros at the end") << achGood.left(4096).leftJustified(achGood.size(), '\0');
         QTest::newRow("machine") << patched(achGood, 18, char(EM_S390));
         QTest::newRow("class") << patched(achGood, EI_CLASS, ELFCLASS32);
         QTest::newRow("byte order") << patched(achGood, EI_DATA, ELFDATA2MSB);
