@@ -2,7 +2,9 @@
 
 #include <cstring>
 #include <initializer_list>
+#include <map>
 #include <mutex>
+#include <string_view>
 #include <unordered_map>
 
 #include "DataSource/MemoryDiskCallBack/memorydiskcallback.h"
@@ -19,11 +21,11 @@ std::atomic<int> DataSource::DataSourceInstance::BaseID{1};
 
 namespace
 {
-/// The last logged failure of each instance that ever failed: a source that fails in every run is
-/// told once.
+/// The last logged failure of each function of each instance that ever failed: a source that fails
+/// in every run is told once.
 struct Failures {
     std::mutex m_cMutex;
-    std::unordered_map<int, QString> m_mapTexts;
+    std::unordered_map<int, std::map<std::string_view, QString>> m_mapTexts;
 };
 
 Failures &failures()
@@ -34,15 +36,14 @@ Failures &failures()
 
 void logFailure(int nInstanceID, const char *szFunction, const QString &strWhat)
 {
-    const QString strText = QStringLiteral("%1 failed: %2").arg(QLatin1String(szFunction), strWhat);
     {
         const std::lock_guard<std::mutex> cGuard(failures().m_cMutex);
-        QString &strLast = failures().m_mapTexts[nInstanceID];
-        if (strLast == strText)
+        const auto [itLast, bFirst] = failures().m_mapTexts[nInstanceID].try_emplace(szFunction, strWhat);
+        if (!bFirst && itLast->second == strWhat)
             return;
-        strLast = strText;
+        itLast->second = strWhat;
     }
-    qCWarning(lcSource).noquote() << "instance" << nInstanceID << strText;
+    qCWarning(lcSource).noquote() << "instance" << nInstanceID << szFunction << "failed:" << strWhat;
 }
 
 /// The result of fnCall, or none when an exception leaves it.
