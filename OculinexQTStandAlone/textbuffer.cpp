@@ -3,6 +3,7 @@
 #include <cstring>
 #include <limits>
 #include <new>
+#include <utility>
 
 #include "qguard.h"
 
@@ -49,13 +50,15 @@ void TextBuffer::store(const QByteArray &achText, char *&pchBuffer, int &nBuffLe
     pchBuffer[nCopied] = '\0';
 }
 
-char *TextBuffer::storeShared(const QByteArray &achText, char *&pchBuffer, int &nBuffLen, QMutex &cMutex)
+char *TextBuffer::storeShared(const QString &strText, char *&pchBuffer, int &nBuffLen, QMutex &cMutex)
 {
+    // An empty QByteArray that was converted or is written to allocates for its zero.
+    QByteArray achText = strText.isEmpty() ? QByteArray() : strText.toUtf8();
     {
         QGuard cGuard(cMutex);
         store(achText, pchBuffer, nBuffLen);
     }
     thread_local QByteArray s_achCopy;
-    s_achCopy = achText;
-    return s_achCopy.data();
+    s_achCopy = std::move(achText);
+    return s_achCopy.isEmpty() ? blank() : s_achCopy.data();
 }

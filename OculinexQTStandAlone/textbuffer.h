@@ -3,6 +3,7 @@
 
 #include <QByteArray>
 #include <QMutex>
+#include <QString>
 
 /// Buffers for texts that are handed out as char*: at least 1024 bytes, always longer than the
 /// text, grown by half again as often as needed and never shrunk.
@@ -20,9 +21,10 @@ char *blank();
 /// memory is short, the text is cut to what fits.
 void store(const QByteArray &achText, char *&pchBuffer, int &nBuffLen);
 
-/// The same under a lock, for a buffer that several task threads write. Returns a copy that
-/// belongs to the calling thread and is valid until the thread's next call of this function.
-char *storeShared(const QByteArray &achText, char *&pchBuffer, int &nBuffLen, QMutex &cMutex);
+/// The same for the text as UTF-8, under a lock, for a buffer that several task threads write.
+/// Returns the bytes themselves, which belong to the calling thread and are valid until the thread's
+/// next call of this function.
+char *storeShared(const QString &strText, char *&pchBuffer, int &nBuffLen, QMutex &cMutex);
 } // namespace TextBuffer
 
 #endif

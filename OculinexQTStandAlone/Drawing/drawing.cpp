@@ -45,7 +45,7 @@ QString Drawing::getClass()
 
 char *Drawing::transConfigStr(QString &strText)
 {
-    return TextBuffer::storeShared(strText.toUtf8(), s_pchConfigStr, s_nBuffLen, s_cMutexForText);
+    return TextBuffer::storeShared(strText, s_pchConfigStr, s_nBuffLen, s_cMutexForText);
 }
 
 void Drawing::resetViewScaleOpt(int nView)

@@ -157,5 +157,5 @@ char *Loading::execute(char *pchConfig, ArithmParamMgr *pcAPM)
 
 char *Loading::transConfigStr(QString &strText)
 {
-    return TextBuffer::storeShared(strText.toUtf8(), s_pchConfigStr, s_nBuffLen, gcMutexForConfigStr);
+    return TextBuffer::storeShared(strText, s_pchConfigStr, s_nBuffLen, gcMutexForConfigStr);
 }

@@ -87,5 +87,5 @@ char *MemoryDisk::execute(char *pchConfig, ArithmParamMgr *pcAPM)
 
 char *MemoryDisk::transConfigStr(QString &strText)
 {
-    return TextBuffer::storeShared(strText.toUtf8(), s_pchConfigStr, s_nBuffLen, s_cMutexForText);
+    return TextBuffer::storeShared(strText, s_pchConfigStr, s_nBuffLen, s_cMutexForText);
 }

@@ -206,5 +206,5 @@ char *Saving::execute(char *pchConfig, ArithmParamMgr *pcAPM)
 
 char *Saving::transConfigStr(QString &strText)
 {
-    return TextBuffer::storeShared(strText.toUtf8(), s_pchConfigStr, s_nBuffLen, gcMutexForConfigStr);
+    return TextBuffer::storeShared(strText, s_pchConfigStr, s_nBuffLen, gcMutexForConfigStr);
 }
