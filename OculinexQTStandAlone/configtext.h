@@ -2,8 +2,9 @@
 #define CONFIGTEXT_H
 
 #include <QString>
+#include <QVarLengthArray>
 
-#include "globalfunction.h"
+#include "framedbody.h"
 
 /// Reads the values of a config string, text of <Tag>value</Tag> pairs, by their tags.
 class ConfigText
@@ -15,9 +16,14 @@ public:
     /// The value, empty when the tag is missing.
     QString text(const char *szTag) const
     {
-        const QString strTag = QLatin1String(szTag);
-        return GlobalFunction::getBody(m_strConfig, QLatin1Char('<') + strTag + QLatin1Char('>'),
-                                       QLatin1String("</") + strTag + QLatin1Char('>'));
+        QVarLengthArray<QChar, 64> chMarkers; // "<Tag></Tag>", on the stack: steps read tags in every run
+        for (const char *szPart : {"<", szTag, "></", szTag, ">"})
+            for (; *szPart; ++szPart)
+                chMarkers.append(QLatin1Char(*szPart));
+        const QStringView strMarkers(chMarkers.data(), chMarkers.size());
+        const qsizetype nBegin = (strMarkers.size() - 1) / 2;
+        return FramedBody::find(m_strConfig, strMarkers.left(nBegin), strMarkers.mid(nBegin))
+            .m_strBody.toString();
     }
 
     /// The value as a decimal integer, 0 when it is none; *pbNumber tells.

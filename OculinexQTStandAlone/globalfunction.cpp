@@ -1,27 +1,22 @@
 #include "globalfunction.h"
 
-namespace
-{
-/// A body and the framed stretch that holds it, as positions in the source text.
-struct FramedBody {
-    int nBegin; ///< first character of the begin marker; -1 when there is no body
-    int nEnd;   ///< one past the last character of the end marker
-    QString strBody;
-};
+#include "framedbody.h"
 
-FramedBody findBody(const QString &strSource, const QString &strBegin, const QString &strEnd)
+FramedBody FramedBody::find(QStringView strSource, QStringView strBegin, QStringView strEnd)
 {
-    const int nBegin = strSource.indexOf(strBegin, 0, Qt::CaseInsensitive);
+    const qsizetype nBegin = strSource.indexOf(strBegin, 0, Qt::CaseInsensitive);
     if (nBegin < 0)
-        return {-1, -1, QString()};
+        return {};
     // From the start and not from behind the begin marker: there is no pairing of markers.
-    const int nEnd = strSource.indexOf(strEnd, 0, Qt::CaseInsensitive);
-    if (nBegin >= nEnd || nEnd >= strSource.length())
-        return {-1, -1, QString()};
-    const int nBody = nBegin + strBegin.length();
-    return {nBegin, nEnd + strEnd.length(), strSource.mid(nBody, qMax(0, nEnd - nBody))};
+    const qsizetype nEnd = strSource.indexOf(strEnd, 0, Qt::CaseInsensitive);
+    if (nBegin >= nEnd || nEnd >= strSource.size())
+        return {};
+    const qsizetype nBody = nBegin + strBegin.size();
+    return {strSource.mid(nBody, qMax(qsizetype(0), nEnd - nBody)), nBegin, nEnd + strEnd.size()};
 }
 
+namespace
+{
 bool isBlank(QChar ch)
 {
     return ch == QLatin1Char(' ') || ch == QLatin1Char('\r') || ch == QLatin1Char('\n');
@@ -30,15 +25,15 @@ bool isBlank(QChar ch)
 
 QString GlobalFunction::getBody(QString strSource, QString strBegin, QString strEnd)
 {
-    return findBody(strSource, strBegin, strEnd).strBody;
+    return FramedBody::find(strSource, strBegin, strEnd).m_strBody.toString();
 }
 
 QString GlobalFunction::getAndRemoveBody(QString &strSource, QString strBegin, QString strEnd)
 {
-    const FramedBody cFramed = findBody(strSource, strBegin, strEnd);
-    if (cFramed.nBegin >= 0)
-        strSource.remove(cFramed.nBegin, cFramed.nEnd - cFramed.nBegin);
-    return cFramed.strBody;
+    const FramedBody cFramed = FramedBody::find(strSource, strBegin, strEnd);
+    QString strBody = cFramed.m_strBody.toString();
+    strSource.remove(static_cast<int>(cFramed.m_nBegin), static_cast<int>(cFramed.m_nEnd - cFramed.m_nBegin));
+    return strBody;
 }
 
 void GlobalFunction::trimString(QString &strText)

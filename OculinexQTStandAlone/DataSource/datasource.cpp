@@ -9,7 +9,7 @@
 
 #include "DataSource/MemoryDiskCallBack/memorydiskcallback.h"
 #include "arithmparammgr.h"
-#include "globalfunction.h"
+#include "configtext.h"
 #include "guardedcall.h"
 #include "logging.h"
 #include "pluginloader.h"
@@ -310,22 +310,18 @@ void DataSource::initDataSources()
 DataSource::DataSourceInstance *DataSource::createDataSourceFromConfigString(ArithmParamMgr *pcAPM,
                                                                              QString strConfig)
 {
-    const auto fnBody = [&](const char *szTag) {
-        const QString strTag = QLatin1String(szTag);
-        return GlobalFunction::getBody(strConfig, QStringLiteral("<%1>").arg(strTag),
-                                       QStringLiteral("</%1>").arg(strTag));
-    };
-    DataSourceInfo *pcInfo = m_mapDataSourceInfo.value(fnBody("DSName"));
+    const ConfigText cSettings(strConfig);
+    DataSourceInfo *pcInfo = m_mapDataSourceInfo.value(cSettings.text("DSName"));
     if (!pcInfo)
         return nullptr;
 
-    DataSourceInstance *pcInstance = pcInfo->newInstance(fnBody("Config"), pcAPM);
-    pcInstance->setNameAndDescribe(fnBody("OutputName"), fnBody("OutputDescribe"));
-    const int nDataID = fnBody("OutputID").toInt();
+    DataSourceInstance *pcInstance = pcInfo->newInstance(cSettings.text("Config"), pcAPM);
+    pcInstance->setNameAndDescribe(cSettings.text("OutputName"), cSettings.text("OutputDescribe"));
+    const int nDataID = cSettings.number("OutputID");
     if (nDataID < 1)
         return pcInstance;
 
-    const QString strType = fnBody("OutputType");
+    const QString strType = cSettings.text("OutputType");
     pcInstance->setDataID(nDataID);
     pcInstance->setDataType(strType);
     if (!pcAPM)

@@ -1,7 +1,7 @@
 #include "MemoryDisk/memorydisk.h"
 
 #include "arithmparammgr.h"
-#include "globalfunction.h"
+#include "configtext.h"
 #include "logging.h"
 #include "textbuffer.h"
 
@@ -11,32 +11,27 @@ namespace
 QMutex &s_cMutexForText = *new QMutex;
 
 /// Writes the picture; false when the memory disk did not take it. Empty pictures are skipped.
-template <class Param, class Disk>
-bool write(const Param &cParam, unsigned char *puchPixels, Disk fnAdd, MemoryDisk *pcDisk)
+template <class Param, class Add>
+bool write(const Param &cParam, unsigned char *puchPixels, Add fnAdd, MemoryDisk *pcDisk)
 {
     if (cParam.getWidth() < 1 || cParam.getHeight() < 1)
         return true;
     return (pcDisk->*fnAdd)(puchPixels, cParam.getWidth(), cParam.getHeight());
 }
 
-QString writePicture(const QString &strConfig, ArithmParamMgr *pcAPM)
+QString writePicture(const ConfigText &cSettings, ArithmParamMgr *pcAPM)
 {
     bool bOk = false;
-    const int nDisk =
-        GlobalFunction::getBody(strConfig, QStringLiteral("<MemDisk>"), QStringLiteral("</MemDisk>"))
-            .toInt(&bOk);
+    const int nDisk = cSettings.number("MemDisk", &bOk);
     if (!bOk || nDisk < 0 || nDisk >= MemoryDisk::DISK_NUM) {
         // One raw character instead of digits: readers of this text know it in that form.
         return QStringLiteral("指定的内存盘:") + QChar(nDisk & 0xFF) + QStringLiteral(" 不存在.");
     }
-    const int nID =
-        GlobalFunction::getBody(strConfig, QStringLiteral("<InputID>"), QStringLiteral("</InputID>"))
-            .toInt(&bOk);
+    const int nID = cSettings.number("InputID", &bOk);
     if (!bOk || !pcAPM)
         return QStringLiteral("指定的输入变量不存在.");
 
-    const QString strType =
-        GlobalFunction::getBody(strConfig, QStringLiteral("<InputType>"), QStringLiteral("</InputType>"));
+    const QString strType = cSettings.text("InputType");
     MemoryDisk *pcDisk = MemoryDisk::getInstance(nDisk);
     bool bTaken = false;
     if (strType == QLatin1String("RGB")) {
@@ -81,7 +76,7 @@ char *MemoryDisk::showConfigWindow(char *, ArithmParamMgr *, bool)
 
 char *MemoryDisk::execute(char *pchConfig, ArithmParamMgr *pcAPM)
 {
-    QString strResult = writePicture(QString::fromUtf8(pchConfig), pcAPM);
+    QString strResult = writePicture(ConfigText(pchConfig), pcAPM);
     return transConfigStr(strResult);
 }
 
