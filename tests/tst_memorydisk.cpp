@@ -337,8 +337,6 @@ private slots:
         }
         QVERIFY(cTimer.elapsed() >= 999); // the seventh waited and was dropped
         QCOMPARE(counts(5), QVector<int>({6, 0, 6, 0}));
-        QCOMPARE(MemoryDisk::getInstance(9), MemoryDisk::getInstance(5));
-        QCOMPARE(counts(-1), UNTOUCHED);
 
         for (int nPicture = 0; nPicture < 6; ++nPicture) {
             QVERIFY(pcSource->execute());
@@ -350,6 +348,27 @@ private slots:
         QVERIFY(!pcSource->execute());
         QVERIFY(cTimer.elapsed() >= 999 && cTimer.elapsed() < 5000);
         QCOMPARE(pcSource->getLastError(), QString());
+    }
+
+    /// The kinds "Memory Disk 0" to "Memory Disk 5" read the memory disks of their numbers.
+    void sourcesReadTheirDisks()
+    {
+        QCOMPARE(MemoryDisk::getInstance(-3), MemoryDisk::getInstance(0));
+        QCOMPARE(MemoryDisk::getInstance(9), MemoryDisk::getInstance(5));
+        unsigned char auchPicture[6] = {};
+        for (int nDisk = 0; nDisk < 6; ++nDisk)
+            QVERIFY(MemoryDisk::getInstance(nDisk)->addGray8(auchPicture, nDisk + 1, 1));
+        for (int nDisk = 5; nDisk >= 0; --nDisk) {
+            const DataSource::DataSourceInfo &cKind =
+                *DataSource::getInstance()->m_mapDataSourceInfo[QStringLiteral("Memory Disk %1").arg(nDisk)];
+            int nWidth = 0;
+            int nHeight = 0;
+            QVERIFY(cKind.m_fnRequestPicture(1000, "Gray8", &nWidth, &nHeight));
+            QCOMPARE(nWidth, nDisk + 1);
+            cKind.m_fnReleasePicture(1000);
+            cKind.m_fnRemoveInstance(1000);
+            QCOMPARE(GREY.counts(*MemoryDisk::getInstance(nDisk)), UNTOUCHED);
+        }
     }
 
     /// A type is told by how it begins, instances hold records of their own, and a record that is
