@@ -1,5 +1,6 @@
 #include "arithmparammgr.h"
 
+#include "owncopy.h"
 #include "paramlocks.h"
 #include "qguard.h"
 
@@ -118,7 +119,7 @@ QList<T> snapshotList(const ArithmParamMgr *pcAPM, const QMap<int, Param *> &map
         if (const Param *pcParam = mapParam.value(nID)) {
             const std::lock_guard<std::mutex> cParamGuard(lockOf(pcParam));
             strName = pcParam->m_strName;
-            lstItems = pcParam->*lst;
+            lstItems = ownCopy(pcParam->*lst);
         }
     }
     if (pstrName != nullptr)

@@ -116,7 +116,7 @@ public:
 
 /// A list of points. As in every list parameter, the getters and setters return non-zero on
 /// success and zero when an index is out of range; get…s() copies the whole list at one moment
-/// (the copy is shared until one side changes) and set…s() replaces it at one moment, so that a
+/// (the copy shares nothing with the list) and set…s() replaces it at one moment, so that a
 /// reader in another thread sees the old or the new list and nothing between.
 class ARITHMPARAMMGR_EXPORT ParamPoints : public ArithmParam
 {

@@ -1,5 +1,6 @@
 #include "arithmparammgr.h"
 
+#include "owncopy.h"
 #include "paramlocks.h"
 
 #include <algorithm>
@@ -21,7 +22,7 @@ template <class T>
 T read(const ArithmParam *pcParam, const T &cValue)
 {
     const ParamGuard cGuard(lockOf(pcParam));
-    return cValue;
+    return ownCopy(cValue);
 }
 
 template <class T>
@@ -101,7 +102,7 @@ int getItem(const ArithmParam *pcParam, const QList<T> &lst, T &cItem, int nInde
     const ParamGuard cGuard(lockOf(pcParam));
     if (!inRange(lst, nIndex))
         return 0;
-    cItem = lst.at(nIndex);
+    cItem = ownCopy(lst.at(nIndex));
     return 1;
 }
 
@@ -122,7 +123,7 @@ void addItem(const ArithmParam *pcParam, QList<T> &lst, const T &cItem)
     lst.append(cItem);
 }
 
-// Keeps the list's memory for the next run, unless a snapshot still reads it.
+// Keeps the list's memory for the next run, unless the caller of set…s() shares it.
 template <class T>
 void clearList(const ArithmParam *pcParam, QList<T> &lst)
 {
