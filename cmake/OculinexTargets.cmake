@@ -57,23 +57,5 @@ function(oculinex_add_library name)
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 endfunction()
 
-# oculinex_add_plugin(<name> FOLDER baseArithm|extArithm|DataSource SOURCES <…> LIBRARIES <…>
-#                     [OUTPUT_DIR <directory that holds the folders>])
-# makes a plug-in, placed where the hosts of the build tree look for it.
-function(oculinex_add_plugin name)
-    cmake_parse_arguments(ARG "" "FOLDER;OUTPUT_DIR" "SOURCES;LIBRARIES" ${ARGN})
-    add_library(${name} MODULE ${ARG_SOURCES})
-    if(NOT ARG_OUTPUT_DIR)
-        set(ARG_OUTPUT_DIR ${OCULINEX_BIN_DIR})
-        install(TARGETS ${name}
-            LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/oculinex/${ARG_FOLDER})
-        add_dependencies(oculinex-demo ${name})
-    endif()
-    set_target_properties(${name} PROPERTIES PREFIX "" AUTOMOC OFF
-        LIBRARY_OUTPUT_DIRECTORY ${ARG_OUTPUT_DIR}/${ARG_FOLDER})
-    oculinex_bind_functions(${name})
-    target_link_libraries(${name} PRIVATE ${ARG_LIBRARIES})
-endfunction()
-
 # What "./dev run" needs: the command-line host and every plug-in.
 add_custom_target(oculinex-demo)

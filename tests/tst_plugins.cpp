@@ -280,7 +280,7 @@ void TestPlugins::refuses_data()
         << "<InputID>1</InputID><OutputID>-1</OutputID>"
         << "Setting OutputID is \"-1\", wanted is a whole number from 0 to 2147483647.";
     QTest::newRow("even block") << "OCX_Threshold" << strIDs + "<Method>Adaptive</Method><Block>10</Block>"
-                                << "Setting Block is 10, wanted is an odd number.";
+                                << "Setting Block is \"10\", wanted is an odd number.";
     QTest::newRow("no number")
         << "OCX_Blobs" << strIDs + "<MinSize>12x</MinSize>"
         << "Setting MinSize is \"12x\", wanted is a whole number from 0 to 2147483647.";

@@ -3,18 +3,17 @@
 
 #include <map>
 #include <memory>
-#include <mutex>
-#include <string>
-#include <string_view>
 
+#include "sdk/description.h"
 #include "sdk/guard.h"
-#include "sdk/settings.h"
+#include "sdk/source.h"
+#include "sdk/tablecheck.h"
 
 namespace Plugin
 {
 /// The instances of a data-source kind by their ID. The lock is a leaf: it is never held while an
 /// instance works, and an instance that is removed meanwhile lives until its call returns.
-template <typename Source>
+template <typename Class>
 class Instances
 {
 public:
@@ -22,13 +21,13 @@ public:
     void add(int nID)
     {
         const std::lock_guard cLock(m_cMutex);
-        std::shared_ptr<Source> &pcSource = m_mapSource[nID];
+        std::shared_ptr<Class> &pcSource = m_mapSource[nID];
         if (!pcSource)
-            pcSource = std::make_shared<Source>();
+            pcSource = std::make_shared<Class>();
     }
     void remove(int nID)
     {
-        std::shared_ptr<Source> pcSource;
+        std::shared_ptr<Class> pcSource;
         const std::lock_guard cLock(m_cMutex);
         if (const auto it = m_mapSource.find(nID); it != m_mapSource.end()) {
             pcSource = std::move(it->second);
@@ -39,7 +38,7 @@ public:
     template <typename Body>
     void call(int nID, Body fnBody)
     {
-        if (const std::shared_ptr<Source> pcSource = find(nID))
+        if (const std::shared_ptr<Class> pcSource = find(nID))
             guarded([&] { fnBody(*pcSource); },
                     [&](const std::string &strReason) { pcSource->setError(strReason); });
     }
@@ -52,7 +51,7 @@ public:
     }
 
 private:
-    std::shared_ptr<Source> find(int nID)
+    std::shared_ptr<Class> find(int nID)
     {
         const std::lock_guard cLock(m_cMutex);
         const auto it = m_mapSource.find(nID);
@@ -60,63 +59,63 @@ private:
     }
 
     std::mutex m_cMutex;
-    std::map<int, std::shared_ptr<Source>> m_mapSource;
+    std::map<int, std::shared_ptr<Class>> m_mapSource;
 };
+
+template <typename Class>
+inline constexpr PluginDescription SOURCE{Class::ABOUT, Class::SETTINGS, std::size(Class::SETTINGS), nullptr};
 } // namespace Plugin
 
-/// Makes a data-source plug-in of a class with a default constructor and
-///     unsigned char *request(std::string_view strType, int &nWidth, int &nHeight);
-///         the next picture as "RGB" (blue, green, red; rows padded to 4 bytes) or "Gray8" (rows
-///         packed), null when there is none; waits up to 100 ms then, so that a task without
-///         pictures does not spin. The pixels stay until the next request.
-///     void configure(const Plugin::Settings &cSettings);
-///     void start();               back to the first picture
-///     void stop();
-///     std::string lastError();    empty when all is well
-///     void setError(const std::string &strReason);
-/// Calls for one instance may come from several threads.
-#define OCULINEX_DATA_SOURCE(szName, Source)                                                                 \
+/// Makes a data-source plug-in of a class with a default constructor, derived from Plugin::Source,
+/// that has
+///     static constexpr Plugin::About ABOUT;
+///     static constexpr Plugin::Setting SETTINGS[];
+/// and overrides the functions of Plugin::Source.
+#define OCULINEX_DATA_SOURCE(Class)                                                                          \
+    static_assert(Plugin::checkTable<Class, true>());                                                        \
     OCULINEX_PLUGIN_EXPORT const char *getDataSourceName()                                                   \
     {                                                                                                        \
-        return szName;                                                                                       \
+        return Class::ABOUT.m_szName;                                                                        \
     }                                                                                                        \
     OCULINEX_PLUGIN_EXPORT unsigned char *requestPicture(int nID, const char *szType, int *pnWidth,          \
                                                          int *pnHeight)                                      \
     {                                                                                                        \
-        unsigned char *puchPixels = nullptr;                                                                 \
-        *pnWidth = *pnHeight = 0;                                                                            \
-        Plugin::Instances<Source>::own().call(nID, [&](auto &cSource) {                                      \
-            puchPixels = cSource.request(szType ? szType : "", *pnWidth, *pnHeight);                         \
-        });                                                                                                  \
-        return puchPixels;                                                                                   \
+        Plugin::Picture cPicture;                                                                            \
+        Plugin::Instances<Class>::own().call(                                                                \
+            nID, [&](Plugin::Source &cSource) { cPicture = cSource.deliver(szType ? szType : ""); });        \
+        *pnWidth = cPicture.m_nWidth;                                                                        \
+        *pnHeight = cPicture.m_nHeight;                                                                      \
+        return cPicture.m_puchPixels;                                                                        \
     }                                                                                                        \
     OCULINEX_PLUGIN_EXPORT void releasePicture(int) {}                                                       \
     OCULINEX_PLUGIN_EXPORT char *showConfigDlg(char *pchConfig, bool)                                        \
     {                                                                                                        \
-        return Plugin::returnText(pchConfig ? pchConfig : "");                                               \
+        return Plugin::editConfig(Plugin::SOURCE<Class>, pchConfig, nullptr);                                \
     }                                                                                                        \
     OCULINEX_PLUGIN_EXPORT void setConfig(int nID, char *pchConfig)                                          \
     {                                                                                                        \
-        Plugin::Instances<Source>::own().add(nID);                                                           \
-        Plugin::Instances<Source>::own().call(                                                               \
-            nID, [=](auto &cSource) { cSource.configure(Plugin::Settings(pchConfig)); });                    \
+        Plugin::Instances<Class>::own().add(nID);                                                            \
+        Plugin::Instances<Class>::own().call(nID, [=](Plugin::Source &cSource) {                             \
+            cSource.applyConfig(Plugin::Settings(pchConfig ? pchConfig : ""));                               \
+        });                                                                                                  \
     }                                                                                                        \
     OCULINEX_PLUGIN_EXPORT void start(int nID)                                                               \
     {                                                                                                        \
-        Plugin::Instances<Source>::own().call(nID, [](auto &cSource) { cSource.start(); });                  \
+        Plugin::Instances<Class>::own().call(nID, [](Plugin::Source &cSource) { cSource.begin(); });         \
     }                                                                                                        \
     OCULINEX_PLUGIN_EXPORT void stop(int nID)                                                                \
     {                                                                                                        \
-        Plugin::Instances<Source>::own().call(nID, [](auto &cSource) { cSource.stop(); });                   \
+        Plugin::Instances<Class>::own().call(nID, [](Plugin::Source &cSource) { cSource.end(); });           \
     }                                                                                                        \
     OCULINEX_PLUGIN_EXPORT void removeInstance(int nID)                                                      \
     {                                                                                                        \
-        Plugin::Instances<Source>::own().remove(nID);                                                        \
+        Plugin::Instances<Class>::own().remove(nID);                                                         \
     }                                                                                                        \
     OCULINEX_PLUGIN_EXPORT char *getLastError(int nID)                                                       \
     {                                                                                                        \
         std::string strError;                                                                                \
-        Plugin::Instances<Source>::own().call(nID, [&](auto &cSource) { strError = cSource.lastError(); });  \
+        Plugin::Instances<Class>::own().call(                                                                \
+            nID, [&](Plugin::Source &cSource) { strError = cSource.lastError(); });                          \
         return Plugin::returnText(strError);                                                                 \
     }
 

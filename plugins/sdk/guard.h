@@ -4,20 +4,23 @@
 #include <cxxabi.h>
 #include <exception>
 #include <string>
-#include <vector>
 
 #define OCULINEX_PLUGIN_EXPORT extern "C" __attribute__((visibility("default")))
 
+class ArithmParamMgr;
+
+/// What stands behind the functions that a plug-in exports.
 namespace Plugin
 {
+struct PluginDescription;
+
 /// A text handed over to the caller: valid until the thread's next call of a function that returns
 /// one, so that several tasks may run one plug-in at once.
-inline char *returnText(const std::string &strText)
-{
-    thread_local std::vector<char> s_achText;
-    s_achText.assign(strText.c_str(), strText.c_str() + strText.size() + 1);
-    return s_achText.data();
-}
+char *returnText(const std::string &strText);
+
+/// Shows the plug-in's window. Returns what the system expects of a window: the new configuration; of
+/// one that was cancelled or failed the empty text, or a data source's configuration as it was.
+char *editConfig(const PluginDescription &cPlugin, const char *szConfig, ArithmParamMgr *pcStore);
 
 /// Calls fnBody; no exception passes but the forced unwinding of a cancelled thread. What else is
 /// thrown goes as text to fnFailed.

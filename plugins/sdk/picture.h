@@ -1,30 +1,29 @@
 #ifndef PLUGIN_PICTURE_H
 #define PLUGIN_PICTURE_H
 
-#include <opencv2/core.hpp>
+#include <cstddef>
 
-#include "sdk/parameter.h"
-#include "sdk/settings.h"
+#include "sdk/table.h"
 
-class ArithmParamMgr;
-
-/// The store's pictures as OpenCV sees them.
 namespace Plugin
 {
-enum class PictureType { RGB, Gray8 }; ///< as in the setting InputType; RGB lies as blue, green, red
+/// Bytes from one row to the next, as the store and the data sources lay pictures out.
+constexpr size_t rowLength(Kind eKind, int nWidth)
+{
+    const size_t nPixels = static_cast<size_t>(nWidth);
+    return eKind == Kind::DIB      ? ((nPixels + 1) * 3) & ~size_t(3)
+           : eKind == Kind::Gray16 ? nPixels * 2
+                                   : nPixels;
+}
 
-/// Bytes from one row of a picture to the next, as the store and the data sources lay it out.
-size_t rowLength(PictureType eType, int nWidth);
-
-/// The picture that InputID names, as a header on the store's own pixels: nothing is copied.
-/// Throws when it is empty.
-cv::Mat inputPicture(const Settings &cSettings, ArithmParamMgr &cStore, PictureType eType);
-
-/// The picture that OutputID names, made cSize large and given its name, as a header on the store's
-/// own pixels. They are undefined, unless it is the very input (compare the data pointers): then
-/// the step works in place. Throws when there is no memory.
-cv::Mat outputPicture(const Settings &cSettings, ArithmParamMgr &cStore, PictureType eType, cv::Size cSize,
-                      const Title &cTitle);
+/// Somebody else's pixels: those of the store, or those that a data source hands over.
+struct Picture {
+    unsigned char *m_puchPixels = nullptr; ///< null: there is no picture
+    int m_nWidth = 0;
+    int m_nHeight = 0;
+    size_t m_nRowLength = 0;    ///< bytes
+    Kind m_eKind = Kind::Gray8; ///< DIB: blue, green, red; Gray8: a byte; Gray16: two bytes a pixel
+};
 } // namespace Plugin
 
 #endif

@@ -1,12 +1,15 @@
 #include "sdk/settings.h"
 
 #include <charconv>
-#include <cstring>
+#include <iterator>
+#include <limits>
 
-#include <strings.h>
+#include "sdk/tablecheck.h"
 
 namespace
 {
+using Plugin::Setting;
+
 constexpr std::string_view BLANKS = " \t\r\n";
 
 /// Where "<Tag>" or "</Tag>" first begins, npos if nowhere.
@@ -53,12 +56,45 @@ std::string plain(double dValue)
         strText.pop_back();
     return strText;
 }
-} // namespace
 
-bool Plugin::equalsIgnoringCase(std::string_view strA, std::string_view strB)
+/// Numbers separated by commas; false unless there are exactly as many.
+template <size_t nCount>
+bool parseList(std::string_view strText, int (&anValue)[nCount])
 {
-    return strA.size() == strB.size() && strncasecmp(strA.data(), strB.data(), strA.size()) == 0;
+    for (size_t n = 0; n < nCount; ++n) {
+        const size_t nComma = strText.find(',');
+        if ((nComma == std::string_view::npos) != (n + 1 == nCount) ||
+            !Plugin::toNumber(strText.substr(0, nComma), anValue[n]))
+            return false;
+        strText.remove_prefix(n + 1 == nCount ? strText.size() : nComma + 1);
+    }
+    return true;
 }
+
+/// Whether "<Word>", "</Word>" or a marker as "<-Word->" or "</=Word=>" stands in the text.
+bool holdsTag(std::string_view strText)
+{
+    for (size_t nPos = strText.find('<'); nPos != std::string_view::npos;
+         nPos = strText.find('<', nPos + 1)) {
+        std::string_view strRest = strText.substr(nPos + 1);
+        const auto fnSkip = [&](auto fnWanted) {
+            const bool bThere = !strRest.empty() && fnWanted(strRest.front());
+            strRest.remove_prefix(bThere ? 1 : 0);
+            return bThere;
+        };
+        const auto fnMark = [](char ch) { return ch == '-' || ch == '='; };
+        fnSkip([](char ch) { return ch == '/'; });
+        fnSkip(fnMark);
+        bool bWord = false;
+        while (fnSkip(Plugin::isTagLetter))
+            bWord = true;
+        fnSkip(fnMark);
+        if (bWord && !strRest.empty() && strRest.front() == '>')
+            return true;
+    }
+    return false;
+}
+} // namespace
 
 std::string_view Plugin::trimmed(std::string_view strText)
 {
@@ -73,9 +109,12 @@ bool Plugin::toNumber(std::string_view strText, int &nValue)
     return parse(strText, nValue);
 }
 
-Plugin::Settings::Settings(const char *szConfig) : m_strConfig(szConfig ? szConfig : "") {}
+QString Plugin::toQString(std::string_view strText)
+{
+    return QString::fromUtf8(strText.data(), static_cast<int>(strText.size()));
+}
 
-std::string_view Plugin::Settings::text(std::string_view strTag) const
+std::string_view Plugin::Settings::value(std::string_view strTag) const
 {
     const size_t nBegin = findTag(m_strConfig, "<", strTag);
     if (nBegin == std::string_view::npos)
@@ -87,49 +126,213 @@ std::string_view Plugin::Settings::text(std::string_view strTag) const
     return trimmed(m_strConfig.substr(nBody, nEnd - nBody));
 }
 
-int Plugin::Settings::number(std::string_view strTag, int nMin, int nMax) const
+Plugin::Kind Plugin::Settings::kind(const Setting &cSetting) const
 {
-    const std::string_view strValue = text(strTag);
+    const std::string_view strValue = *cSetting.m_szTypeTag ? value(cSetting.m_szTypeTag) : "";
     if (strValue.empty())
-        throw Error("Setting " + std::string(strTag) + " is missing.");
+        return cSetting.m_eUsual;
+    std::string strNames = kindName(cSetting.m_eUsual);
+    for (int n = 0; n <= static_cast<int>(Kind::Bools); ++n) {
+        const Kind eKind = static_cast<Kind>(n);
+        if (!(cSetting.m_nKinds & kindBit(eKind)))
+            continue;
+        if (equalsIgnoringCase(strValue, kindName(eKind)))
+            return eKind;
+        if (eKind != cSetting.m_eUsual)
+            strNames.append(", ").append(kindName(eKind));
+    }
+    refuse(cSetting.m_szTypeTag, strValue, "one of " + strNames);
+}
+
+int Plugin::Settings::id(const Setting &cSetting) const
+{
+    const std::string_view strValue = value(cSetting.m_szTag);
+    if (strValue.empty())
+        throw Error("Setting " + std::string(cSetting.m_szTag) + " is missing.");
+    int nID = 0;
+    if (!toNumber(strValue, nID) || nID < 0)
+        refuse(cSetting.m_szTag, strValue,
+               "a whole number from 0 to " + std::to_string(std::numeric_limits<int>::max()));
+    return nID;
+}
+
+int Plugin::Settings::integer(const Setting &cSetting) const
+{
+    const std::string_view strValue = value(cSetting.m_szTag);
+    if (strValue.empty())
+        return static_cast<int>(cSetting.m_dInitial);
     int nValue = 0;
-    if (!toNumber(strValue, nValue) || nValue < nMin || nValue > nMax)
-        refuse(strTag, strValue,
-               "a whole number from " + std::to_string(nMin) + " to " + std::to_string(nMax));
+    if (!toNumber(strValue, nValue) || nValue < cSetting.m_dMin || nValue > cSetting.m_dMax)
+        refuse(cSetting.m_szTag, strValue,
+               "a whole number from " + plain(cSetting.m_dMin) + " to " + plain(cSetting.m_dMax));
+    if (cSetting.m_bOdd && nValue % 2 == 0)
+        refuse(cSetting.m_szTag, strValue, "an odd number");
     return nValue;
 }
 
-int Plugin::Settings::number(std::string_view strTag, int nMin, int nMax, int nDefault) const
+double Plugin::Settings::real(const Setting &cSetting) const
 {
-    return text(strTag).empty() ? nDefault : number(strTag, nMin, nMax);
-}
-
-double Plugin::Settings::real(std::string_view strTag, double dMin, double dMax, double dDefault) const
-{
-    const std::string_view strValue = text(strTag);
-    double dValue = dDefault;
+    const std::string_view strValue = value(cSetting.m_szTag);
+    double dValue = cSetting.m_dInitial;
     // Written so that "nan" is refused too.
-    if (!strValue.empty() && !(parse(strValue, dValue) && dValue >= dMin && dValue <= dMax))
-        refuse(strTag, strValue, "a number from " + plain(dMin) + " to " + plain(dMax));
+    if (!strValue.empty() &&
+        !(parse(strValue, dValue) && dValue >= cSetting.m_dMin && dValue <= cSetting.m_dMax))
+        refuse(cSetting.m_szTag, strValue,
+               "a number from " + plain(cSetting.m_dMin) + " to " + plain(cSetting.m_dMax));
     return dValue;
 }
 
-bool Plugin::Settings::flag(std::string_view strTag, bool bDefault) const
+bool Plugin::Settings::flag(const Setting &cSetting) const
 {
-    return number(strTag, 0, 1, bDefault ? 1 : 0) == 1;
+    const std::string_view strValue = value(cSetting.m_szTag);
+    int nValue = cSetting.m_dInitial != 0;
+    if (!strValue.empty() && (!toNumber(strValue, nValue) || nValue < 0 || nValue > 1))
+        refuse(cSetting.m_szTag, strValue, "a whole number from 0 to 1");
+    return nValue == 1;
 }
 
-int Plugin::Settings::choice(std::string_view strTag, std::initializer_list<std::string_view> lstName) const
+int Plugin::Settings::choice(const Setting &cSetting) const
 {
-    const std::string_view strValue = text(strTag);
+    const std::string_view strValue = value(cSetting.m_szTag);
     if (strValue.empty())
-        return 0;
+        return static_cast<int>(cSetting.m_dInitial);
+    for (int n = 0; n < cSetting.m_nOptions; ++n)
+        if (equalsIgnoringCase(strValue, cSetting.m_pcOptions[n].m_szValue))
+            return n;
     std::string strNames;
-    int nPos = 0;
-    for (const std::string_view strName : lstName) {
-        if (equalsIgnoringCase(strValue, strName))
-            return nPos;
-        strNames.append(nPos++ ? ", " : "").append(strName);
+    for (int n = 0; n < cSetting.m_nOptions; ++n)
+        strNames.append(n ? ", " : "").append(cSetting.m_pcOptions[n].m_szValue);
+    refuse(cSetting.m_szTag, strValue, "one of " + strNames);
+}
+
+std::string_view Plugin::Settings::text(const Setting &cSetting) const
+{
+    const std::string_view strValue = value(cSetting.m_szTag);
+    return strValue.empty() ? std::string_view(cSetting.m_szInitial) : strValue;
+}
+
+std::string Plugin::Settings::command(const Setting &cSetting) const
+{
+    const std::string_view strCommand = text(cSetting);
+    if (strCommand.empty())
+        return {};
+    const size_t nColon = strCommand.find(':');
+    const std::string_view strVerb = strCommand.substr(0, nColon);
+    int nSteps = 0;
+    const bool bText = equalsIgnoringCase(strVerb, "stop") || equalsIgnoringCase(strVerb, "print");
+    if (nColon == std::string_view::npos ||
+        !(bText || (equalsIgnoringCase(strVerb, "skip") && toNumber(strCommand.substr(nColon + 1), nSteps))))
+        refuse(cSetting.m_szTag, strCommand, "skip:NUMBER, stop:TEXT or print:TEXT");
+    return "<CMD>" + std::string(strCommand) + "</CMD>";
+}
+
+Plugin::Rgb Plugin::Settings::colour(const Setting &cSetting) const
+{
+    const std::string_view strValue = text(cSetting);
+    unsigned nRgb = 0;
+    if (!strValue.empty()) {
+        const char *pchEnd = strValue.data() + strValue.size();
+        if (strValue.size() != 7 || strValue[0] != '#' ||
+            std::from_chars(strValue.data() + 1, pchEnd, nRgb, 16).ptr != pchEnd)
+            refuse(cSetting.m_szTag, strValue, "a colour as #FF8000");
     }
-    refuse(strTag, strValue, "one of " + strNames);
+    const auto fnByte = [=](int nShift) { return static_cast<unsigned char>(nRgb >> nShift & 0xff); };
+    return {fnByte(16), fnByte(8), fnByte(0)};
+}
+
+Plugin::HsvRange Plugin::Settings::colourRange(const Setting &cSetting) const
+{
+    const std::string_view strValue = text(cSetting);
+    int anValue[6] = {0, 0, 0, 179, 255, 255};
+    bool bRight = strValue.empty() || parseList(strValue, anValue);
+    for (int n = 0; n < 6; ++n)
+        bRight = bRight && anValue[n] >= 0 && anValue[n] <= (n % 3 == 0 ? 179 : 255);
+    if (!bRight)
+        refuse(cSetting.m_szTag, strValue,
+               "h,s,v,h,s,v: the lowest and the highest hue (to 179), "
+               "saturation and value (to 255)");
+    return {{anValue[0], anValue[1], anValue[2]}, {anValue[3], anValue[4], anValue[5]}};
+}
+
+Plugin::Rect Plugin::Settings::region(const Setting &cSetting) const
+{
+    const std::string_view strValue = text(cSetting);
+    int anValue[4] = {0, 0, 0, 0};
+    if (!strValue.empty() && (!parseList(strValue, anValue) || anValue[2] < 1 || anValue[3] < 1))
+        refuse(cSetting.m_szTag, strValue, "x,y,width,height");
+    return {anValue[0], anValue[1], anValue[2], anValue[3]};
+}
+
+void Plugin::Settings::check(const Setting &cSetting) const
+{
+    switch (cSetting.m_eKind) {
+    case SettingKind::Integer:
+        integer(cSetting);
+        break;
+    case SettingKind::Real:
+        real(cSetting);
+        break;
+    case SettingKind::Choice:
+        choice(cSetting);
+        break;
+    case SettingKind::Flag:
+        flag(cSetting);
+        break;
+    case SettingKind::Command:
+        command(cSetting);
+        break;
+    case SettingKind::Colour:
+        colour(cSetting);
+        break;
+    case SettingKind::ColourRange:
+        colourRange(cSetting);
+        break;
+    case SettingKind::Region:
+        region(cSetting);
+        break;
+    case SettingKind::Input:
+    case SettingKind::Output:
+        kind(cSetting);
+        id(cSetting);
+        break;
+    case SettingKind::Text:
+    case SettingKind::File:
+    case SettingKind::Directory:
+        break;
+    }
+}
+
+std::string Plugin::whyRefused(std::string_view strTag, std::string_view strValue)
+{
+    if (!holdsTag(strValue) && strValue.find('\0') == std::string_view::npos)
+        return {};
+    return "Setting " + std::string(strTag) + " is \"" + std::string(strValue) +
+           "\", which holds a tag: texts as <Name> have a meaning of their own.";
+}
+
+std::string Plugin::whyRefused(const Setting &cSetting, std::string_view strValue)
+{
+    std::string strReason = whyRefused(cSetting.m_szTag, strValue);
+    if (!strReason.empty())
+        return strReason;
+    std::string strConfig;
+    appendValue(strConfig, cSetting.m_szTag, strValue);
+    try {
+        Settings(strConfig).check(cSetting);
+    } catch (const Error &cError) {
+        return cError.what();
+    }
+    return {};
+}
+
+void Plugin::appendValue(std::string &strConfig, std::string_view strTag, std::string_view strValue)
+{
+    strConfig.append("<").append(strTag).append(">").append(strValue);
+    strConfig.append("</").append(strTag).append(">");
+}
+
+std::string Plugin::printed(std::string_view strText)
+{
+    std::string strCommand("<CMD>print:");
+    return strCommand.append(strText).append("</CMD>");
 }

@@ -2,8 +2,8 @@
 #define PLUGIN_TABLE_H
 
 #include <cstddef>
+#include <iterator>
 #include <string_view>
-#include <type_traits>
 
 #include "arithmparammgr.h"
 

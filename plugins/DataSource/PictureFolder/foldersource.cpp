@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <limits>
-#include <thread>
 
 #include <QDir>
 #include <QFile>
@@ -12,17 +11,13 @@
 
 #include <opencv2/imgcodecs.hpp>
 
-#include "sdk/parameter.h"
-#include "sdk/picture.h"
 #include "naturalorder.h"
+#include "sdk/opencv.h"
 
 Q_LOGGING_CATEGORY(lcPictureFolder, "oculinex.source", QtWarningMsg)
 
 namespace
 {
-/// How long a request that has nothing to deliver keeps its task from asking again.
-constexpr std::chrono::milliseconds IDLE_WAIT(100);
-
 const QStringList &suffixes()
 {
     static const QStringList s_lstSuffix{"*.png", "*.jpg", "*.jpeg", "*.bmp", "*.tif", "*.tiff"};
@@ -53,28 +48,22 @@ QStringList picturesAt(const QString &strPath)
 }
 } // namespace
 
-unsigned char *FolderSource::request(std::string_view strType, int &nWidth, int &nHeight)
+Plugin::Picture FolderSource::request(Plugin::Kind eKind)
 {
-    const bool bGray = strType == "Gray8";
-    std::unique_lock cLock(m_cMutex);
+    const bool bGray = eKind == Plugin::Kind::Gray8;
     const Clock::time_point cDeadline = Clock::now() + IDLE_WAIT;
 
     Next eNext = Next::Nothing;
-    if (bGray || strType == "RGB")
-        do
-            eNext = prepareNext(bGray);
-        while (eNext == Next::Undecodable && Clock::now() < cDeadline);
-
-    const bool bInTime = eNext == Next::Ready && m_cDue <= cDeadline;
-    const Clock::time_point cUntil = bInTime ? m_cDue : cDeadline;
-    if (Clock::now() < cUntil) {
-        cLock.unlock();
-        std::this_thread::sleep_until(cUntil);
-        cLock.lock();
-    }
+    do
+        eNext = prepareNext(bGray);
+    while (eNext == Next::Undecodable && Clock::now() < cDeadline);
+    if (eNext != Next::Ready || m_cDue > cDeadline)
+        return {};
+    if (Clock::now() < m_cDue)
+        sleepUntil(m_cDue);
     // Another call may have changed meanwhile what is played.
-    if (!bInTime || !m_bReady || m_bReadyGray != bGray)
-        return nullptr;
+    if (!m_bReady || m_bReadyGray != bGray)
+        return {};
 
     // A task that was late does not hurry to catch up.
     const Clock::time_point cNow = Clock::now();
@@ -83,50 +72,26 @@ unsigned char *FolderSource::request(std::string_view strType, int &nWidth, int 
         m_cDue = cNow + m_cPeriod;
     m_bReady = false;
     ++m_nNext;
-    nWidth = m_cPixels.cols;
-    nHeight = m_cPixels.rows;
-    return m_cPixels.data;
+    return {m_cPixels.data, m_cPixels.cols, m_cPixels.rows, m_cPixels.step[0], eKind};
 }
 
 void FolderSource::configure(const Plugin::Settings &cSettings)
 {
-    const std::lock_guard cLock(m_cMutex);
     m_strPath.clear();
-    m_strConfigError.clear();
+    rewind();
     try {
-        const bool bLoop = cSettings.flag("Loop", false);
-        const double dFps = cSettings.real("Fps", 0, 10000, 0);
-        const QString strPath = Plugin::toQString(cSettings.text("Path"));
-        if (strPath.isEmpty())
-            throw Plugin::Error("Setting Path is missing.");
-        m_bLoop = bLoop;
+        m_bLoop = cSettings[LOOP];
+        const double dFps = cSettings[FPS];
         // One picture an hour is the slowest; the quotient of a tiny rate would overflow.
         const std::chrono::duration<double> cPeriod(dFps > 0 ? std::min(1 / dFps, 3600.0) : 0);
         m_cPeriod = std::chrono::duration_cast<Clock::duration>(cPeriod);
-        m_strPath = strPath;
+        m_strPath = Plugin::toQString(cSettings[PATH]);
+        if (m_strPath.isEmpty())
+            throw Plugin::Error("Setting Path is missing.");
     } catch (const Plugin::Error &cError) {
-        m_strConfigError = cError.what();
-        qCWarning(lcPictureFolder).noquote() << "Picture Folder:" << m_strConfigError.c_str();
+        qCWarning(lcPictureFolder).noquote() << "Picture Folder:" << cError.what();
+        throw;
     }
-    rewind();
-}
-
-void FolderSource::start()
-{
-    const std::lock_guard cLock(m_cMutex);
-    rewind();
-}
-
-std::string FolderSource::lastError()
-{
-    const std::lock_guard cLock(m_cMutex);
-    return m_strConfigError.empty() ? m_strError.toStdString() : m_strConfigError;
-}
-
-void FolderSource::setError(const std::string &strReason)
-{
-    const std::lock_guard cLock(m_cMutex);
-    m_strError = QString::fromStdString(strReason);
 }
 
 void FolderSource::rewind()
@@ -135,7 +100,6 @@ void FolderSource::rewind()
     m_nNext = 0;
     m_bReady = false;
     m_cDue = Clock::now();
-    m_strError.clear();
 }
 
 /// Makes m_cPixels the picture m_nNext; one that cannot be decoded is passed over.
@@ -165,10 +129,11 @@ FolderSource::Next FolderSource::prepareNext(bool bGray)
     } catch (const std::exception &cError) {
         strReason = QString::fromUtf8(cError.what());
     }
-    m_strError = strFile + ": " + strReason;
+    strReason = strFile + ": " + strReason;
+    setError(strReason.toStdString());
     if (!m_setBad.contains(strFile)) {
         m_setBad.insert(strFile);
-        qCWarning(lcPictureFolder).noquote() << "Picture Folder passes over" << m_strError;
+        qCWarning(lcPictureFolder).noquote() << "Picture Folder passes over" << strReason;
     }
     m_bReady = false;
     ++m_nNext;
@@ -180,16 +145,17 @@ bool FolderSource::listFiles()
 {
     m_nNext = 0;
     m_bAnyGood = false;
-    m_strError.clear();
+    QString strError;
     try {
         m_lstFile = picturesAt(m_strPath);
     } catch (const Plugin::Error &cError) {
-        m_strError = cError.what();
+        strError = cError.what();
     }
-    if (m_strError != m_strFolderError) {
-        m_strFolderError = m_strError;
+    setError(strError.toStdString());
+    if (strError != m_strFolderError) {
+        m_strFolderError = strError;
         qCWarning(lcPictureFolder).noquote()
-            << "Picture Folder:" << (m_strError.isEmpty() ? m_strPath + " has pictures again." : m_strError);
+            << "Picture Folder:" << (strError.isEmpty() ? m_strPath + " has pictures again." : strError);
     }
     if (!m_setBad.isEmpty())
         m_setBad.intersect(QSet<QString>(m_lstFile.cbegin(), m_lstFile.cend()));
@@ -206,15 +172,6 @@ void FolderSource::decode(const QString &strFile, bool bGray)
     m_cPixels = cv::imdecode(cBytes, bGray ? cv::IMREAD_GRAYSCALE : cv::IMREAD_COLOR);
     if (m_cPixels.empty())
         throw Plugin::Error("It cannot be decoded.");
-
-    const size_t nRowLength =
-        Plugin::rowLength(bGray ? Plugin::PictureType::Gray8 : Plugin::PictureType::RGB, m_cPixels.cols);
-    if (m_cPixels.step[0] == nRowLength)
-        return;
-    m_achPadded.resize(nRowLength * static_cast<size_t>(m_cPixels.rows));
-    const cv::Mat cPadded(m_cPixels.size(), m_cPixels.type(), m_achPadded.data(), nRowLength);
-    m_cPixels.copyTo(cPadded);
-    m_cPixels = cPadded;
 }
 
 void FolderSource::readFile(const QString &strFile)

@@ -1,4 +1,4 @@
-#include "sdk/datasource.h"
 #include "foldersource.h"
+#include "sdk/datasource.h"
 
-OCULINEX_DATA_SOURCE("Picture Folder", FolderSource)
+OCULINEX_DATA_SOURCE(FolderSource)

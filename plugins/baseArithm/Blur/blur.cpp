@@ -1,42 +1,62 @@
 #include <opencv2/imgproc.hpp>
 
 #include "sdk/algorithm.h"
-#include "sdk/picture.h"
+#include "sdk/opencv.h"
 
 namespace
 {
-using Plugin::PictureType;
-
-enum Method { GAUSSIAN, BOX, MEDIAN };
-
-std::string blur(const Plugin::Settings &cSettings, ArithmParamMgr &cStore)
+class Blur
 {
-    const PictureType eType =
-        cSettings.choice("InputType", {"Gray8", "RGB"}) == 1 ? PictureType::RGB : PictureType::Gray8;
-    const int nMethod = cSettings.choice("Method", {"Gaussian", "Box", "Median"});
-    const int nSize = cSettings.number("Size", 1, 255, 5);
-    if (nSize % 2 == 0)
-        throw Plugin::Error("Setting Size is " + std::to_string(nSize) + ", wanted is an odd number.");
-    const double dSigma = cSettings.real("Sigma", 0, 100, 0);
+public:
+    enum Method { GAUSSIAN, BOX, MEDIAN };
 
-    cv::Mat cInput = Plugin::inputPicture(cSettings, cStore, eType);
-    cv::Mat cOutput =
-        Plugin::outputPicture(cSettings, cStore, eType, cInput.size(), {"平滑图", "Smoothed picture"});
-    if (cInput.data == cOutput.data) {
-        // The filters would make a copy of their own each time.
-        thread_local cv::Mat s_cCopy;
-        cInput.copyTo(s_cCopy);
-        cInput = s_cCopy;
+    static constexpr Plugin::About ABOUT{
+        "OCX_Blur", "图像处理", "平滑", {"去除噪声和细小纹理。", "Takes noise and fine grain away."}};
+
+    static constexpr Plugin::Option METHODS[] = {
+        {"Gaussian", {"高斯", "Gaussian"}}, {"Box", {"均值", "Box"}}, {"Median", {"中值", "Median"}}};
+    static constexpr auto INPUT =
+        Plugin::PictureInput("InputID", {"输入图像", "Input picture"}, Plugin::Kind::Gray8)
+            .orKind(Plugin::Kind::DIB, "InputType");
+    static constexpr Plugin::PictureOutput OUTPUT{
+        "OutputID", {"输出图像", "Output picture"}, INPUT, "平滑图", "Smoothed picture"};
+    static constexpr Plugin::Choice<Method> METHOD{"Method", {"方法", "Method"}, METHODS};
+    static constexpr auto SIZE =
+        Plugin::Integer("Size", {"窗口大小", "Size"}, 5)
+            .range(1, 255)
+            .odd()
+            .unit({"像素", "pixels"})
+            .help({"滤波窗口的边长，奇数。", "Length of each side of the filter's square, odd."});
+    static constexpr auto SIGMA =
+        Plugin::Real("Sigma", {"标准差", "Sigma"}, 0, 0, 100)
+            .unit({"像素", "pixels"})
+            .when(METHOD, GAUSSIAN)
+            .help({"高斯的标准差；0 表示由窗口大小决定。", "Of the Gaussian; 0 follows the size."});
+    static constexpr Plugin::Setting SETTINGS[] = {INPUT, OUTPUT, METHOD, SIZE, SIGMA};
+
+    std::string execute(const Plugin::Step &cStep)
+    {
+        const Method eMethod = cStep[METHOD];
+        const int nSize = cStep[SIZE];
+        const double dSigma = cStep[SIGMA];
+        cv::Mat cInput = Plugin::input(cStep, INPUT);
+        cv::Mat cOutput = Plugin::output(cStep, OUTPUT, cInput.size());
+        // In place the filters would make a copy of their own each time.
+        Plugin::separate(cInput, cOutput, m_cCopy);
+
+        const cv::Size cSize(nSize, nSize);
+        if (eMethod == MEDIAN)
+            cv::medianBlur(cInput, cOutput, nSize);
+        else if (eMethod == BOX)
+            cv::blur(cInput, cOutput, cSize);
+        else
+            cv::GaussianBlur(cInput, cOutput, cSize, dSigma);
+        return {};
     }
-    const cv::Size cSize(nSize, nSize);
-    if (nMethod == MEDIAN)
-        cv::medianBlur(cInput, cOutput, nSize);
-    else if (nMethod == BOX)
-        cv::blur(cInput, cOutput, cSize);
-    else
-        cv::GaussianBlur(cInput, cOutput, cSize, dSigma);
-    return {};
-}
+
+private:
+    cv::Mat m_cCopy;
+};
 } // namespace
 
-OCULINEX_ALGORITHM("OCX_Blur", "图像处理", "平滑", blur)
+OCULINEX_ALGORITHM(Blur)
