@@ -1,27 +1,22 @@
 #include "Drawing/drawing.h"
 
 #include <memory>
+#include <type_traits>
 
 #include <QStringList>
 
 #include "arithmparammgr.h"
+#include "configtext.h"
 #include "globalfunction.h"
 
 namespace
 {
-QString body(const QString &strConfig, const char *szTag)
-{
-    const QLatin1String strTag(szTag);
-    return GlobalFunction::getBody(strConfig, QLatin1Char('<') + strTag + QLatin1Char('>'),
-                                   QLatin1String("</") + strTag + QLatin1Char('>'));
-}
-
 /// Hands the number of a tag to a setter; a missing or malformed one leaves the default.
 template <typename Opt, typename Setter>
-void apply(const QString &strConfig, const char *szTag, Opt &cOpt, Setter fnSet)
+void apply(const ConfigText &cSettings, const char *szTag, Opt &cOpt, Setter fnSet)
 {
     bool bNumber = false;
-    const int nValue = body(strConfig, szTag).toInt(&bNumber);
+    const int nValue = cSettings.number(szTag, &bNumber);
     if (!bNumber)
         return;
     if constexpr (std::is_same_v<Setter, void (Opt::*)(bool)>)
@@ -30,22 +25,22 @@ void apply(const QString &strConfig, const char *szTag, Opt &cOpt, Setter fnSet)
         (cOpt.*fnSet)(nValue);
 }
 
-void applySettings(const QString &strConfig, Drawing::DIBDrawingOpt &cOpt)
+void applySettings(const ConfigText &cSettings, Drawing::DIBDrawingOpt &cOpt)
 {
     using Opt = Drawing::DIBDrawingOpt;
-    apply(strConfig, "Scale", cOpt, &Opt::setScaleType);
-    apply(strConfig, "Pos", cOpt, &Opt::setAlignType);
+    apply(cSettings, "Scale", cOpt, &Opt::setScaleType);
+    apply(cSettings, "Pos", cOpt, &Opt::setAlignType);
 }
 
-void applySettings(const QString &strConfig, Drawing::GrayDrawingOpt &cOpt)
+void applySettings(const ConfigText &cSettings, Drawing::GrayDrawingOpt &cOpt)
 {
     using Opt = Drawing::GrayDrawingOpt;
-    apply(strConfig, "Scale", cOpt, &Opt::setScaleType);
-    apply(strConfig, "Pos", cOpt, &Opt::setAlignType);
-    const QString strMode = body(strConfig, "DrawMode");
-    apply(strMode, "Val", cOpt, &Opt::setDrawMode);
-    apply(strMode, "Lapped", cOpt, &Opt::setLapped);
-    const QStringList lstMask = body(strMode, "Mask").split(QLatin1Char(','));
+    apply(cSettings, "Scale", cOpt, &Opt::setScaleType);
+    apply(cSettings, "Pos", cOpt, &Opt::setAlignType);
+    const ConfigText cMode(cSettings.text("DrawMode"));
+    apply(cMode, "Val", cOpt, &Opt::setDrawMode);
+    apply(cMode, "Lapped", cOpt, &Opt::setLapped);
+    const QStringList lstMask = cMode.text("Mask").split(QLatin1Char(','));
     bool bNumber = false;
     if (const int nValue = lstMask.value(0).toInt(&bNumber); bNumber)
         cOpt.setMaskVal(nValue);
@@ -53,44 +48,44 @@ void applySettings(const QString &strConfig, Drawing::GrayDrawingOpt &cOpt)
         cOpt.setMaskColor(nColor);
 }
 
-void applySettings(const QString &strConfig, Drawing::PointsDrawingOpt &cOpt)
+void applySettings(const ConfigText &cSettings, Drawing::PointsDrawingOpt &cOpt)
 {
     using Opt = Drawing::PointsDrawingOpt;
-    apply(strConfig, "Size", cOpt, &Opt::setSize);
-    apply(strConfig, "Color", cOpt, &Opt::setColor);
+    apply(cSettings, "Size", cOpt, &Opt::setSize);
+    apply(cSettings, "Color", cOpt, &Opt::setColor);
 }
 
-void applySettings(const QString &strConfig, Drawing::LinesDrawingOpt &cOpt)
+void applySettings(const ConfigText &cSettings, Drawing::LinesDrawingOpt &cOpt)
 {
     using Opt = Drawing::LinesDrawingOpt;
-    apply(strConfig, "Size", cOpt, &Opt::setSize);
-    apply(strConfig, "DspLen", cOpt, &Opt::setDisplayLength);
-    apply(strConfig, "Color", cOpt, &Opt::setColor);
+    apply(cSettings, "Size", cOpt, &Opt::setSize);
+    apply(cSettings, "DspLen", cOpt, &Opt::setDisplayLength);
+    apply(cSettings, "Color", cOpt, &Opt::setColor);
 }
 
-void applySettings(const QString &strConfig, Drawing::PolysDrawingOpt &cOpt)
+void applySettings(const ConfigText &cSettings, Drawing::PolysDrawingOpt &cOpt)
 {
     using Opt = Drawing::PolysDrawingOpt;
-    apply(strConfig, "BorderSize", cOpt, &Opt::setBorderSize);
-    apply(strConfig, "BorderColor", cOpt, &Opt::setBorderColor);
-    apply(strConfig, "DspArea", cOpt, &Opt::setDisplayArea);
+    apply(cSettings, "BorderSize", cOpt, &Opt::setBorderSize);
+    apply(cSettings, "BorderColor", cOpt, &Opt::setBorderColor);
+    apply(cSettings, "DspArea", cOpt, &Opt::setDisplayArea);
 }
 
-void applySettings(const QString &strConfig, Drawing::AreasDrawingOpt &cOpt)
+void applySettings(const ConfigText &cSettings, Drawing::AreasDrawingOpt &cOpt)
 {
     using Opt = Drawing::AreasDrawingOpt;
-    apply(strConfig, "DspArea", cOpt, &Opt::setDisplayArea);
-    apply(strConfig, "Color", cOpt, &Opt::setColor);
+    apply(cSettings, "DspArea", cOpt, &Opt::setDisplayArea);
+    apply(cSettings, "Color", cOpt, &Opt::setColor);
 }
 
-void applySettings(const QString &strConfig, Drawing::StringsDrawingOpt &cOpt)
+void applySettings(const ConfigText &cSettings, Drawing::StringsDrawingOpt &cOpt)
 {
-    apply(strConfig, "Color", cOpt, &Drawing::StringsDrawingOpt::setColor);
-    const QStringList lstPos = body(strConfig, "Pos").split(QLatin1Char(','));
+    apply(cSettings, "Color", cOpt, &Drawing::StringsDrawingOpt::setColor);
+    const QStringList lstPos = cSettings.text("Pos").split(QLatin1Char(','));
     if (lstPos.size() >= 2)
         cOpt.setPos(lstPos[0].toInt(), lstPos[1].toInt());
     // Unlike every other setting, a missing size is 0 (which drawing raises) and not the default.
-    cOpt.setFontSize(body(strConfig, "FontSize").toInt());
+    cOpt.setFontSize(cSettings.number("FontSize"));
 }
 
 /// Makes an object and applies the settings, which are empty where there are none.
@@ -99,13 +94,15 @@ std::unique_ptr<Drawing::DrawingOpt> make(const QString &strSettings, Args... ar
 {
     auto pcOpt = std::make_unique<Opt>(args...);
     if (!strSettings.isEmpty())
-        applySettings(strSettings, *pcOpt);
+        applySettings(ConfigText(strSettings), *pcOpt);
     return pcOpt;
 }
 
 std::unique_ptr<Drawing::DrawingOpt> makeObject(int nType, int nID, const QString &strSettings,
                                                 ArithmParamMgr *pcAPM)
 {
+    if (nType <= 2 && !pcAPM) // only pictures are copied from the store now
+        return nullptr;
     switch (nType) {
     case 0: {
         const ParamDIB *pcDIB = pcAPM->getParamDIB(nID);
@@ -141,15 +138,16 @@ std::unique_ptr<Drawing::DrawingOpt> makeObject(int nType, int nID, const QStrin
 
 Drawing::DrawingOpt *Drawing::parseConfigString(QString strConfig, ArithmParamMgr *pcAPM)
 {
+    const ConfigText cConfig(strConfig);
     bool bType = false;
     bool bID = false;
-    const int nType = body(strConfig, "DataType").toInt(&bType);
-    const int nID = body(strConfig, "DataID").toInt(&bID);
-    if (!bType || !bID || !pcAPM)
+    const int nType = cConfig.number("DataType", &bType);
+    const int nID = cConfig.number("DataID", &bID);
+    if (!bType || !bID)
         return nullptr;
-    std::unique_ptr<DrawingOpt> pcOpt = makeObject(nType, nID, body(strConfig, "Config"), pcAPM);
+    std::unique_ptr<DrawingOpt> pcOpt = makeObject(nType, nID, cConfig.text("Config"), pcAPM);
     if (pcOpt)
-        pcOpt->setViewID(body(strConfig, "View").toInt());
+        pcOpt->setViewID(cConfig.number("View"));
     return pcOpt.release();
 }
 
