@@ -172,6 +172,8 @@ void TestDrawingLists::drawsLines()
     QCOMPARE(count(drawn(cOpt), ORANGE), 2 * 51);
     cOpt.setSize(0);
     QCOMPARE(count(drawn(cOpt), ORANGE), 2 * 51);
+    cOpt.setSize(-2);
+    QCOMPARE(painted(drawn(cOpt)), 0); // as the painter has it
     cOpt.setSize(6);
     QImage cTarget = drawn(cOpt);
     QCOMPARE(cTarget.copy(0, 10, 100, 20), cTarget.copy(0, 40, 100, 20));

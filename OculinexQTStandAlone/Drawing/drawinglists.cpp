@@ -87,9 +87,10 @@ public:
     explicit Brush(QImage *pcTarget) : m_cPainter(pcTarget), m_cView(pcTarget->rect()) {}
 
     void setPen(const QColor &cColour) { m_cPainter.setPen(cColour); }
+    /// Width 0 is one pixel; with a negative width nothing is painted.
     void setPen(const QColor &cColour, int nWidth)
     {
-        m_cPainter.setPen(QPen(cColour, qMax(0, nWidth), Qt::SolidLine, Qt::SquareCap, Qt::BevelJoin));
+        m_cPainter.setPen(QPen(cColour, nWidth, Qt::SolidLine, Qt::SquareCap, Qt::BevelJoin));
     }
     void setFontSize(int nPixels)
     {
