@@ -122,6 +122,9 @@ struct Overlap {
 
 bool findOverlap(const QImage &cTarget, QSize cPicture, const QRectF &cSource, Overlap &cOverlap)
 {
+    constexpr int PAINTER_LIMIT = 32767; // the painter paints nothing beyond it
+    if (cTarget.width() > PAINTER_LIMIT || cTarget.height() > PAINTER_LIMIT)
+        return false;
     if (cTarget.format() != QImage::Format_RGB888 || cSource.size() != QSizeF(cTarget.size()) ||
         cSource.x() != std::floor(cSource.x()) || cSource.y() != std::floor(cSource.y()))
         return false;
@@ -210,6 +213,8 @@ public:
     explicit Overlay(const Drawing::Gray8DrawingOpt &cOpt);
 
     bool isEmpty() const { return m_eKind == Kind::Nothing; }
+    /// False when a host has put colours into the table that let the target shine through.
+    bool canCompose() const { return m_bOpaque; }
     QRgb operator[](unsigned char nGrey) const { return m_anColour[nGrey]; }
     void compose(unsigned char *puchDst, const unsigned char *puchGrey, int nPixels) const;
 
@@ -218,8 +223,9 @@ private:
     static constexpr int CHUNK = 256; // pixels; small enough to stay in the nearest cache
 
     Kind m_eKind = Kind::Nothing;
+    bool m_bOpaque = true;               ///< whether each value but 0 of an overlay is opaque
     bool m_abShown[2] = {};              ///< a mask's: whether it paints zeros, and others
-    std::array<QRgb, 256> m_anColour{};  ///< by grey value, each opaque or TRANSPARENT
+    std::array<QRgb, 256> m_anColour{};  ///< by grey value
     unsigned char m_auchMask[CHUNK * 3]; ///< the mask's colour again and again
 };
 
@@ -230,6 +236,8 @@ Overlay::Overlay(const Drawing::Gray8DrawingOpt &cOpt)
         for (int g = 1; g < 256; ++g)
             m_anColour[static_cast<size_t>(g)] =
                 cOpt.m_nLapped == 0 ? qRgb(g, g, g) : cOpt.m_anColourTable[g];
+        m_bOpaque = std::all_of(m_anColour.begin() + 1, m_anColour.end(),
+                                [](QRgb nColour) { return qAlpha(nColour) == 255; });
         return;
     }
     static constexpr QRgb s_anMaskColour[] = {0xFF000000, 0xFFFFFFFF, 0xFFFF0000};
@@ -381,7 +389,7 @@ void Drawing::Gray8DrawingOpt::draw(QImage *pcTarget, ArithmParamMgr *pcAPM)
                        });
         }
     } else if (const Overlay cOverlay(*this); !cOverlay.isEmpty()) {
-        if (bCopied) {
+        if (bCopied && cOverlay.canCompose()) {
             for (int nRow = 0; nRow < cOverlap.m_nHeight; ++nRow)
                 cOverlay.compose(targetPixels(*pcTarget, cOverlap, nRow),
                                  grey(cOverlap.m_nSrcY + nRow) + cOverlap.m_nSrcX, cOverlap.m_nWidth);
