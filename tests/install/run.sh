@@ -55,8 +55,10 @@ helpers=$(grep -E 'TextBuffer|PluginLoader|TaskRecord|guardedCall|lcTask|lcPlugi
 
 # Each installed header compiles by itself with what pkg-config tells.
 read -ra flags < <(pkg-config --cflags OculinexQTStandAlone)
+read -ra opencv < <(pkg-config --cflags opencv4)
 find "$prefix/include" -name '*.h' | while read -r header; do
-    "$compiler" -std=c++17 -fPIC -fsyntax-only -Wall -Wextra -x c++ "${flags[@]}" -include "$header" /dev/null ||
+    "$compiler" -std=c++17 -fPIC -fsyntax-only -Wall -Wextra -x c++ "${flags[@]}" "${opencv[@]}" \
+        -include "$header" /dev/null ||
         fail "$header does not compile by itself"
 done
 
@@ -65,6 +67,22 @@ for plugin in probe_algorithm probe_source; do
     "$compiler" -std=c++17 -fPIC -shared "$source/tests/fixtures/$plugin.cpp" "${flags[@]}" -o "$prefix/$plugin.so" ||
         fail "$plugin does not compile with the installed headers"
 done
+
+# The plug-ins of the guide, built and installed like anybody's.
+diff <(sed -n '/^```cpp/,/^```/{//!p}' "$source/docs/plugin-guide.md") "$source/examples/plugin-algorithm/invert.cpp" &&
+    diff <(sed -n '/^```cmake/,/^```/{//!p}' "$source/docs/plugin-guide.md") \
+        "$source/examples/plugin-algorithm/CMakeLists.txt" || fail "the guide shows another example than the tree has"
+for plugin in plugin-algorithm plugin-source; do
+    "$cmake" -S "$source/examples/$plugin" -B "$prefix/$plugin" -DCMAKE_PREFIX_PATH="$prefix" \
+        -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_INSTALL_LIBDIR="$libdir" >/dev/null
+    "$cmake" --build "$prefix/$plugin" >/dev/null
+    "$cmake" --install "$prefix/$plugin" --prefix "$prefix" >/dev/null
+done
+sed 's/"Size"/"outputid"/' "$source/examples/plugin-source/gradient.cpp" >"$prefix/reserved.cpp"
+if "$compiler" -std=c++17 -fPIC -fsyntax-only "${flags[@]}" "$prefix/reserved.cpp" 2>"$prefix/out"; then
+    fail "a setting may use the tag outputid"
+fi
+grep -q "frames other texts" "$prefix/out" || fail "the tag outputid is refused without the reason"
 
 # The host's two ways of finding the library; the interface's types; names that the host has as well.
 read -ra libs < <(pkg-config --libs OculinexQTStandAlone)
@@ -80,12 +98,14 @@ done
 cd "$source"
 "$prefix/interface" || fail "interface"
 "$prefix/capture" "$source/examples/coins.tasks" || fail "capture"
+# Hosts find plug-ins beside themselves; CMake has put them there.
+cp -r "$lib/oculinex/." "$prefix/"
 for host in "$prefix/host-pkgconfig" "$prefix/host-cmake/host"; do
-    # Hosts find plug-ins beside themselves.
-    cp -r "$lib/oculinex/." "$(dirname "$host")/"
     "$host" missing.tasks 2>/dev/null && fail "$host takes a missing file for good"
     "$host" examples/coins.tasks 2 >"$prefix/out" 2>&1 || fail "$host: $(cat "$prefix/out")"
     grep -q . "$prefix/out" || fail "$host printed nothing"
     grep -q '^error' "$prefix/out" && fail "$host: $(cat "$prefix/out")"
+    "$host" tests/install/guide.tasks 1 >"$prefix/out" 2>&1 || fail "$host: $(cat "$prefix/out")"
+    grep -qx '[12] stripes, .*' "$prefix/out" || fail "$host with the guide's plug-ins: $(cat "$prefix/out")"
 done
 echo "installed, found by CMake and pkg-config, and run"
