@@ -40,8 +40,9 @@ public:
     {
         const Plugin::Picture cInput = cStep[INPUT];
         const Plugin::Picture cOutput = cStep.resized(OUTPUT, cInput.m_nWidth, cInput.m_nHeight);
+        const int nLevel = cStep[LEVEL];
         for (size_t n = 0; n < cInput.m_nRowLength * static_cast<size_t>(cInput.m_nHeight); ++n)
-            cOutput.m_puchPixels[n] = static_cast<unsigned char>(cInput.m_puchPixels[n] + cStep[LEVEL]);
+            cOutput.m_puchPixels[n] = static_cast<unsigned char>(cInput.m_puchPixels[n] + nLevel);
         cStep.write(POINTS, {{cInput.m_nWidth, cInput.m_nHeight}});
         if (cStep[PRINT])
             throw 7;

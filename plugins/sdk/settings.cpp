@@ -1,30 +1,19 @@
 #include "sdk/settings.h"
 
 #include <charconv>
-#include <iterator>
 #include <limits>
 
 #include "sdk/tablecheck.h"
 
 namespace
 {
-using Plugin::Setting;
-
 constexpr std::string_view BLANKS = " \t\r\n";
 
-/// Where "<Tag>" or "</Tag>" first begins, npos if nowhere.
-size_t findTag(std::string_view strConfig, std::string_view strBracket, std::string_view strTag)
+/// Whether "Tag>" stands at nPos, in any letter case.
+bool isTagAt(std::string_view strConfig, size_t nPos, std::string_view strTag)
 {
-    const size_t nLength = strBracket.size() + strTag.size() + 1;
-    for (size_t nPos = strConfig.find('<');
-         nPos != std::string_view::npos && strConfig.size() - nPos >= nLength;
-         nPos = strConfig.find('<', nPos + 1)) {
-        const std::string_view strHere = strConfig.substr(nPos, nLength);
-        if (strHere.back() == '>' && strHere.substr(0, strBracket.size()) == strBracket &&
-            Plugin::equalsIgnoringCase(strHere.substr(strBracket.size(), strTag.size()), strTag))
-            return nPos;
-    }
-    return std::string_view::npos;
+    return nPos + strTag.size() < strConfig.size() && strConfig[nPos + strTag.size()] == '>' &&
+           Plugin::equalsIgnoringCase(strConfig.substr(nPos, strTag.size()), strTag);
 }
 
 std::string_view withoutPlus(std::string_view strText)
@@ -116,14 +105,17 @@ QString Plugin::toQString(std::string_view strText)
 
 std::string_view Plugin::Settings::value(std::string_view strTag) const
 {
-    const size_t nBegin = findTag(m_strConfig, "<", strTag);
-    if (nBegin == std::string_view::npos)
-        return {};
-    const size_t nEnd = findTag(m_strConfig, "</", strTag);
-    if (nEnd == std::string_view::npos || nEnd < nBegin)
-        return {};
-    const size_t nBody = nBegin + strTag.size() + 2;
-    return trimmed(m_strConfig.substr(nBody, nEnd - nBody));
+    // One pass: the first begin tag, unless the first end tag stands before it.
+    size_t nBody = 0;
+    for (size_t nPos = m_strConfig.find('<'); nPos != std::string_view::npos;
+         nPos = m_strConfig.find('<', nPos + 1)) {
+        const bool bEnd = nPos + 1 < m_strConfig.size() && m_strConfig[nPos + 1] == '/';
+        if (bEnd && isTagAt(m_strConfig, nPos + 2, strTag))
+            return nBody ? trimmed(m_strConfig.substr(nBody, nPos - nBody)) : std::string_view();
+        if (!bEnd && !nBody && isTagAt(m_strConfig, nPos + 1, strTag))
+            nBody = nPos + strTag.size() + 2;
+    }
+    return {};
 }
 
 Plugin::Kind Plugin::Settings::kind(const Setting &cSetting) const

@@ -50,6 +50,7 @@ enum class SettingKind {
 /// One line of the table. Plug-ins make it through the typed settings below.
 struct Setting {
     SettingKind m_eKind = SettingKind::Text;
+    bool m_bOdd = false; ///< of a whole number: only odd ones
     const char *m_szTag = "";
     Caption m_cCaption;
     Caption m_cHelp;
@@ -58,23 +59,21 @@ struct Setting {
     double m_dInitial = 0;        ///< of a number that is missing; of a choice the position; of a flag 0 or 1
     double m_dMin = 0;            ///< of a number; both ends belong to the range
     double m_dMax = 0;
-    bool m_bOdd = false; ///< only odd numbers
     Caption m_cUnit;
 
     const Option *m_pcOptions = nullptr; ///< of a choice
-    int m_nOptions = 0;
-    const char *m_szFilter = ""; ///< of a file: "*.png *.jpg"
+    const char *m_szFilter = "";         ///< of a file: "*.png *.jpg"
 
-    unsigned m_nKinds = 0;     ///< of a parameter: the kinds that it may have (kindBit)
-    Kind m_eUsual = Kind::DIB; ///< that one which it has when m_szTypeTag is missing
-    const char *m_szTypeTag =
-        ""; ///< the tag that tells which ("RGB", "Gray8" …); "" if there is one kind only
-    const char *m_szPrefix = ""; ///< of an output: before its tags "Name" and "Describe"
-    const char *m_szName = "";   ///< of an output: its name and description when these are missing
+    int m_nOptions = 0;
+    unsigned m_nKinds = 0;        ///< of a parameter: the kinds that it may have (kindBit)
+    Kind m_eUsual = Kind::DIB;    ///< that one which it has when m_szTypeTag is missing
+    int m_nWhenOption = 0;        ///< with m_szWhenTag
+    const char *m_szTypeTag = ""; ///< the tag that tells which ("RGB" …); "" if there is one kind only
+    const char *m_szPrefix = "";  ///< of an output: before its tags "Name" and "Describe"
+    const char *m_szName = "";    ///< of an output: its name and description when these are missing
     const char *m_szDescribe = "";
 
     const char *m_szWhenTag = ""; ///< counts only while the choice of this tag has m_nWhenOption; "" always
-    int m_nWhenOption = 0;
 };
 
 constexpr unsigned kindBit(Kind eKind)
