@@ -6,10 +6,6 @@
 #include <pthread.h>
 #include <unistd.h>
 
-#include <array>
-#include <atomic>
-#include <thread>
-
 #include <QApplication>
 #include <QMessageBox>
 #include <QTimer>
@@ -19,21 +15,13 @@
 #include "arithmMgr/arithmregister.h"
 #include "arithmparammgr.h"
 #include "fixtures/neighbourhood.h"
+#include "fixtures/together.h"
 
 namespace
 {
-/// Lets the next look-up make a new registry, as the first one of a process. Earlier ones live on:
-/// what they loaded is in use for good.
-void forget()
-{
-    static auto *s_plstEarlier = new QList<ArithmFactory *>;
-    s_plstEarlier->append(ArithmFactory::s_pcAF);
-    ArithmFactory::s_pcAF = nullptr;
-}
-
 ArithmFactory *rebuild()
 {
-    forget();
+    forget(ArithmFactory::s_pcAF);
     return ArithmFactory::getInstance();
 }
 
@@ -45,12 +33,6 @@ QStringList pluginIDs()
         if (cInfo.m_strClass != QStringLiteral("系统"))
             lstIDs.append(cInfo.m_pcArithm->getID());
     return lstIDs;
-}
-
-QByteArray patched(QByteArray achFile, int nOffset, char chValue)
-{
-    achFile[nOffset] = chValue;
-    return achFile;
 }
 
 /// Where the last segment, which holds the data, begins in a library.
@@ -141,15 +123,10 @@ private slots:
 
         ArithmMgr &cMgr = *ArithmMgr::getInstance();
         QCOMPARE(ArithmFactory::getInstance()->m_lstArithmLib.size(), 6);
-        QList<QString> lstClasses = cMgr.getArithmClassNames();
-        lstClasses.removeOne(QStringLiteral("系统"));
-        QCOMPARE(lstClasses, QList<QString>({QStringLiteral("One"), QStringLiteral("Two")}));
-        QCOMPARE(cMgr.getArithmNames(QStringLiteral("One")),
-                 QList<QString>({QStringLiteral("N1"), QStringLiteral("N3"), QStringLiteral("N2")}));
-        QCOMPARE(cMgr.getArithmNames(QStringLiteral("one")), QList<QString>());
+        QCOMPARE(cMgr.getArithmClassNames().mid(1), QList<QString>({"One", "Two"}));
+        QCOMPARE(cMgr.getArithmNames(QStringLiteral("One")), QList<QString>({"N1", "N3", "N2"}));
         QCOMPARE(cMgr.getArithm(QStringLiteral("One"), QStringLiteral("N1")), QStringLiteral("ORDER_A"));
         QCOMPARE(cMgr.getArithm(QStringLiteral("One"), QStringLiteral("n1")), QString());
-        QCOMPARE(cMgr.getArithm(QString(), QString()), QString());
         QCOMPARE(cMgr.getArithm(QStringLiteral("order_a")), nullptr);
         // The base plug-in wins over the extension of the same ID.
         QVERIFY(!cMgr.getArithm(QStringLiteral("order_b"))->IsExtLib());
@@ -158,22 +135,15 @@ private slots:
 
     void builtInsComeFirst()
     {
-        const QStringList lstNames{QStringLiteral("写内存盘"), QStringLiteral("绘制对象"),
-                                   QStringLiteral("保存图像"), QStringLiteral("加载图像")};
-        const QStringList lstIDs{QStringLiteral("KQ_MemoryDisk"), QStringLiteral("KQ_Drawing"),
-                                 QStringLiteral("KQ_Saving"), QStringLiteral("KQ_Loading")};
+        const QStringList lstIDs{"KQ_MemoryDisk", "KQ_Drawing", "KQ_Saving", "KQ_Loading"};
         for (const QString &strID : lstIDs)
             m_cHere.plugin(QStringLiteral("baseArithm/%1-Taken-Name.so").arg(strID));
         ArithmFactory &cFactory = *rebuild();
-        QCOMPARE(QStringList(cFactory.getArithmNames(QStringLiteral("系统"))), lstNames);
-        QCOMPARE(cFactory.getArithmClassNames(),
-                 QList<QString>({QStringLiteral("系统"), QStringLiteral("Taken")}));
         QCOMPARE(pluginIDs().size(), 4);
         for (int i = 0; i < 4; ++i) {
-            const ArithmFactory::ArithmInfo &cInfo = cFactory.getArithms()->at(i);
-            QCOMPARE(cInfo.m_pcArithm->getID(), lstIDs[i]);
-            QCOMPARE(cFactory.getArithm(lstIDs[i]), cInfo.m_pcArithm);
-            QVERIFY(!cInfo.m_pcArithm->IsExtLib());
+            Arithm *const pcBuiltIn = cFactory.getArithms()->at(i).m_pcArithm;
+            QCOMPARE(pcBuiltIn->getID(), lstIDs[i]);
+            QCOMPARE(cFactory.getArithm(lstIDs[i]), pcBuiltIn);
         }
     }
 
@@ -194,19 +164,14 @@ private slots:
         m_cHere.plugin(QStringLiteral("baseArithm/plugged-C-N.so"));
         ArithmFactory &cFactory = *rebuild();
         QCOMPARE(cFactory.getArithm(QStringLiteral("appended")), nullptr);
-        QVERIFY(!cFactory.m_mapArithm.contains(QStringLiteral("appended")));
         Arithm *const pcPlugged = cFactory.getArithm(QStringLiteral("plugged"));
         QVERIFY(pcPlugged);
         static Arithm s_cSame(
             false, [] { return "plugged"; }, nullptr, nullptr);
-        static Arithm s_cNew(
-            false, [] { return "appended"; }, nullptr, nullptr);
         static Arithm s_cEmpty(true, nullptr, nullptr, nullptr);
-        for (Arithm *pcArithm : {&s_cSame, &s_cNew, &s_cEmpty})
+        for (Arithm *pcArithm : {&s_cSame, &s_cEmpty})
             cFactory.getArithms()->append({QStringLiteral("C"), QStringLiteral("N2"), pcArithm});
         QCOMPARE(cFactory.getArithm(QStringLiteral("plugged")), pcPlugged);
-        QCOMPARE(cFactory.getArithm(QStringLiteral("appended")), &s_cNew);
-        QCOMPARE(cFactory.m_mapArithm.value(QStringLiteral("appended")), &s_cNew);
         QCOMPARE(cFactory.getArithm(QString()), &s_cEmpty);
         QString strConfig = QStringLiteral("config");
         QCOMPARE(s_cEmpty.execute(strConfig, nullptr), QString());
@@ -219,16 +184,13 @@ private slots:
         QTest::addColumn<QByteArray>("achFile");
         QTest::newRow("empty") << QByteArray();
         QTest::newRow("text") << QByteArray("#!/bin/sh\necho not a library\n");
-        QTest::newRow("magic") << achGood.left(4);
         QTest::newRow("header") << achGood.left(64);
-        QTest::newRow("segments") << achGood.left(700);
         QTest::newRow("page") << achGood.left(4096);
         QTest::newRow("last segment") << achGood.left(lastSegment(achGood));
         QTest::newRow("zeros at the end") << achGood.left(4096).leftJustified(achGood.size(), '\0');
-        QTest::newRow("machine") << patched(achGood, 18, char(EM_S390));
-        QTest::newRow("class") << patched(achGood, EI_CLASS, ELFCLASS32);
-        QTest::newRow("byte order") << patched(achGood, EI_DATA, ELFDATA2MSB);
-        QTest::newRow("executable") << m_cHere.read(QStringLiteral("registry/tst_registry"));
+        QByteArray achForeign = achGood;
+        achForeign[18] = char(EM_S390);
+        QTest::newRow("machine") << achForeign;
         QTest::newRow("missing import") << m_cHere.namedWithout("dladdr");
     }
 
@@ -258,37 +220,15 @@ private slots:
         QCOMPARE(cReader.m_lstTexts.size(), 1);
     }
 
-    /// What is no file, or a link into nowhere, is passed over without a word.
-    void skipsWhatIsNoFile()
+    /// What is no file, a link into nowhere, and a library that is no plug-in are passed over without
+    /// a word. The library stays loaded: its code may have begun to run.
+    void passesOverInSilence()
     {
         m_cHere.write(QStringLiteral("baseArithm/directory.so/file"), {});
-        QVERIFY(QFile::link(QStringLiteral("nowhere.so"),
-                            m_cHere.path(QStringLiteral("baseArithm/dangling.so"))));
-        QCOMPARE(
-            mkfifo(QFile::encodeName(m_cHere.path(QStringLiteral("baseArithm/fifo.so"))).constData(), 0600),
-            0);
-        QVERIFY(QFile::link(QStringLiteral("fifo.so"), m_cHere.path(QStringLiteral("baseArithm/link.so"))));
-        const Warnings cWarnings;
-        const BoxReader cReader;
-        rebuild();
-        QCOMPARE(pluginIDs(), QStringList());
-        QCOMPARE(cReader.m_lstTexts + cWarnings.taken(), QStringList());
-    }
-
-    void skipsUnreadableFile()
-    {
-        if (geteuid() == 0)
-            QSKIP("root reads every file");
-        m_cHere.plugin(QStringLiteral("baseArithm/unreadable-C-N.so"));
-        QFile::setPermissions(m_cHere.path(QStringLiteral("baseArithm/unreadable-C-N.so")), {});
-        const BoxReader cReader;
-        rebuild();
-        QCOMPARE(pluginIDs(), QStringList());
-        QCOMPARE(cReader.m_lstTexts.size(), 1);
-    }
-
-    void skipsWhatLacksASymbol()
-    {
+        const auto path = [&](const char *szName) { return m_cHere.path(QLatin1String(szName)); };
+        QVERIFY(QFile::link(QStringLiteral("nowhere.so"), path("baseArithm/dangling.so")));
+        QCOMPARE(mkfifo(QFile::encodeName(path("baseArithm/fifo.so")).constData(), 0600), 0);
+        QVERIFY(QFile::link(QStringLiteral("fifo.so"), path("baseArithm/link.so")));
         QStringList lstFiles;
         for (const char *szSymbol :
              {"getID", "showConfigWindow", "execute", "getArithmClass", "getArithmName"}) {
@@ -297,9 +237,8 @@ private slots:
         }
         const Warnings cWarnings;
         const BoxReader cReader;
-        const ArithmFactory &cFactory = *rebuild();
+        QCOMPARE(rebuild()->m_lstArithmLib.size(), 0);
         QCOMPARE(pluginIDs(), QStringList());
-        QCOMPARE(cFactory.m_lstArithmLib.size(), 0);
         QCOMPARE(cReader.m_lstTexts + cWarnings.taken(), QStringList());
         for (const QString &strFile : qAsConst(lstFiles))
             QVERIFY(isMapped(m_cHere.path(strFile)));
@@ -337,8 +276,6 @@ private slots:
         QTest::addColumn<QByteArray>("achConfig");
         QTest::addColumn<QString>("strResult");
         QTest::addColumn<bool>("bLogged");
-        QTest::newRow("nothing") << QByteArray() << QString() << false;
-        QTest::newRow("text") << QByteArray("<Result>出错 ok</Result>") << QStringLiteral("出错 ok") << false;
         QTest::newRow("null") << QByteArray("<Null>1</Null>") << QString() << false;
         QTest::newRow("bad bytes") << QByteArray("<Hex>41ff42c3</Hex>") << QStringLiteral("A\uFFFDB\uFFFD")
                                    << false;
@@ -408,35 +345,18 @@ private slots:
     void servesThreadsAtOnce()
     {
         m_cHere.plugin(QStringLiteral("baseArithm/threads-slow-N.so"));
-        forget();
+        forget(ArithmFactory::s_pcAF);
         delete ArithmMgr::s_pcInstance;
         ArithmMgr::s_pcInstance = nullptr;
         constexpr int THREADS = 4;
-        std::atomic<int> nReady{0};
-        std::atomic<int> nFound{0};
-        const auto fnTogether = [&](const auto &fnEach) {
-            nReady = 0;
-            std::vector<std::thread> vThreads;
-            vThreads.reserve(THREADS);
-            for (int i = 0; i < THREADS; ++i)
-                vThreads.emplace_back([&] {
-                    ++nReady;
-                    while (nReady < THREADS)
-                        ;
-                    fnEach();
-                });
-            for (std::thread &cThread : vThreads)
-                cThread.join();
-        };
-        std::array<std::atomic<ArithmFactory *>, THREADS> acFactories{};
-        fnTogether([&] {
-            const int nThread = nFound++;
+        ArithmFactory *apcFactories[THREADS] = {};
+        together(THREADS, [&](int nThread) {
             ArithmFactory *const pcFactory = ArithmFactory::getInstance();
             if (ArithmMgr::getInstance()->getArithm(QStringLiteral("threads")))
-                acFactories[static_cast<size_t>(nThread)] = pcFactory;
+                apcFactories[nThread] = pcFactory;
         });
-        for (const std::atomic<ArithmFactory *> &pcFactory : acFactories)
-            QCOMPARE(pcFactory.load(), ArithmFactory::s_pcAF);
+        for (const ArithmFactory *pcFactory : apcFactories)
+            QCOMPARE(pcFactory, ArithmFactory::s_pcAF);
         QCOMPARE(pluginIDs(), QStringList{QStringLiteral("threads")});
 
         // What was appended later is cached by the look-ups themselves.
@@ -444,13 +364,12 @@ private slots:
             false, [] { return "late"; }, nullptr, nullptr);
         ArithmFactory::getInstance()->getArithms()->append(
             {QStringLiteral("C"), QStringLiteral("N"), &s_cLate});
-        nFound = 0;
+        std::atomic<int> nFound{0};
         constexpr int ROUNDS = 50;
         for (int i = 0; i < ROUNDS; ++i) {
             ArithmFactory::getInstance()->m_mapArithm.remove(QStringLiteral("late"));
-            fnTogether([&] {
-                if (ArithmMgr::getInstance()->getArithm(QStringLiteral("late")) == &s_cLate)
-                    ++nFound;
+            together(THREADS, [&](int) {
+                nFound += ArithmMgr::getInstance()->getArithm(QStringLiteral("late")) == &s_cLate;
             });
         }
         QCOMPARE(nFound.load(), ROUNDS * THREADS);
