@@ -6,69 +6,13 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
-#include <QDir>
 #include <QElapsedTimer>
-#include <QFile>
 #include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
-#include <QProcess>
-#include <QTemporaryDir>
-#include <QtTest>
+
+#include "oculinexrun.h"
 
 namespace
 {
-constexpr int TIMEOUT_MS = 20000;
-
-QString step(const QString &strConfig, int nLimit = -1, const QString &strID = "probe")
-{
-    return QString("<-TaskItem-><-MaxExeTimes->%1</-MaxExeTimes-><-ArithmID->%2</-ArithmID->"
-                   "<-OptionStr->\n%3\n</-OptionStr-><-ArithmName->%2</-ArithmName-></-TaskItem->\n")
-        .arg(nLimit)
-        .arg(strID, strConfig);
-}
-
-QString cleanUp(const QString &strConfig)
-{
-    return step(strConfig, 999999999);
-}
-
-QString source(const QString &strConfig, const QString &strKind = "Probe", const QString &strID = "1")
-{
-    return QString("<-DataSource->\n<DSName>%1</DSName><OutputType>RGB</OutputType><OutputID>%2</OutputID>"
-                   "<Config>%3</Config>\n</-DataSource->\n")
-        .arg(strKind, strID, strConfig);
-}
-
-QString task(const QString &strName, const QString &strContent)
-{
-    return QString("<=TaskInfo=>\n<-TaskName->%1</-TaskName->\n%2</=TaskInfo=>\n").arg(strName, strContent);
-}
-
-QString print(const QString &strText)
-{
-    return "<CMD>print:" + strText + "</CMD>";
-}
-
-QString result(const QString &strResult)
-{
-    return "<Result>" + strResult + "</Result>";
-}
-
-struct Outcome {
-    int m_nExitCode = -1;
-    QString m_strOut;
-    QString m_strErr;
-};
-
-QList<QJsonObject> objects(const QString &strLines)
-{
-    QList<QJsonObject> lstObject;
-    for (const QString &strLine : strLines.split('\n', Qt::SkipEmptyParts))
-        lstObject += QJsonDocument::fromJson(strLine.toUtf8()).object();
-    return lstObject;
-}
-
 int count(const QList<QJsonObject> &lstObject, const QString &strEvent, const QString &strTask)
 {
     return static_cast<int>(
@@ -78,12 +22,12 @@ int count(const QList<QJsonObject> &lstObject, const QString &strEvent, const QS
 }
 } // namespace
 
-class TestOculinexRun : public QObject
+class TestOculinexRun : public QObject, private OculinexRun
 {
     Q_OBJECT
 
 private slots:
-    void initTestCase();
+    void initTestCase() { install(); }
     void usage_data();
     void usage();
     void exitCodes_data();
@@ -102,56 +46,7 @@ private slots:
     void check();
     void checkKnowsShippedPlugins_data();
     void checkKnowsShippedPlugins();
-
-private:
-    QString file(const QString &strTasks);
-    void begin(QProcess &cTool, const QStringList &lstArguments);
-    Outcome end(QProcess &cTool);
-    Outcome run(const QStringList &lstArguments);
-
-    QTemporaryDir m_cDir;
 };
-
-void TestOculinexRun::initTestCase()
-{
-    // The tool takes the plug-ins beside itself: a copy finds the probes.
-    QVERIFY(QFile::copy(OCULINEX_BINARY_DIR "/bin/oculinex-run", m_cDir.filePath("oculinex-run")));
-    for (const char *szFolder : {"baseArithm", "DataSource"})
-        QVERIFY(QFile::link(QDir(QCoreApplication::applicationDirPath()).filePath(szFolder),
-                            m_cDir.filePath(szFolder)));
-}
-
-QString TestOculinexRun::file(const QString &strTasks)
-{
-    QFile cFile(m_cDir.filePath("测试.tasks"));
-    if (!cFile.open(QFile::WriteOnly) || cFile.write(strTasks.toUtf8()) < 0)
-        qFatal("no tasks file");
-    return cFile.fileName();
-}
-
-void TestOculinexRun::begin(QProcess &cTool, const QStringList &lstArguments)
-{
-    cTool.start(m_cDir.filePath("oculinex-run"), lstArguments);
-    QVERIFY(cTool.waitForStarted());
-}
-
-Outcome TestOculinexRun::end(QProcess &cTool)
-{
-    if (!cTool.waitForFinished(TIMEOUT_MS)) {
-        cTool.kill();
-        cTool.waitForFinished();
-    }
-    return {cTool.exitStatus() == QProcess::NormalExit ? cTool.exitCode() : -1,
-            QString::fromUtf8(cTool.readAllStandardOutput()),
-            QString::fromUtf8(cTool.readAllStandardError())};
-}
-
-Outcome TestOculinexRun::run(const QStringList &lstArguments)
-{
-    QProcess cTool;
-    begin(cTool, lstArguments);
-    return end(cTool);
-}
 
 void TestOculinexRun::usage_data()
 {
@@ -162,6 +57,7 @@ void TestOculinexRun::usage_data()
 
     const QString strEmpty = m_cDir.filePath("empty");
     QFile(strEmpty).open(QFile::WriteOnly);
+    const QString strTasks = file(task("a", source("") + step(result(print("started")))));
     QTest::newRow("help") << QStringList{"--help"} << 0 << "--until-idle"
                           << "";
     QTest::newRow("version") << QStringList{"--version"} << 0 << "oculinex-run "
@@ -180,6 +76,23 @@ void TestOculinexRun::usage_data()
                              << "--seconds";
     QTest::newRow("idle") << QStringList{"--until-idle", "-1", "a"} << 2 << ""
                           << "--until-idle";
+    const QStringList lstOut{"--out", m_cDir.path(), "a"};
+    for (const char *szView : {"3=4x3", "0=4", "0=0x3", "0=4x10001", "0=4x3x2", "view"})
+        QTest::newRow(szView) << QStringList{"--view", szView} + lstOut << 2 << ""
+                              << QString("not '%1'").arg(szView);
+    QTest::newRow("same view") << QStringList{"--view=1=4x3", "--view=1=8x6"} + lstOut << 2 << ""
+                               << "View 1 is given twice";
+    QTest::newRow("no view") << lstOut << 2 << ""
+                             << "need each other";
+    QTest::newRow("no directory") << QStringList{"--view=0=4x3", "a"} << 2 << ""
+                                  << "need each other";
+    QTest::newRow("last of nothing") << QStringList{"--last", "a"} << 2 << ""
+                                     << "--last needs";
+    QTest::newRow("check and view") << QStringList{"--check", "--view=0=4x3"} + lstOut << 2 << ""
+                                    << "draw nothing";
+    for (const char *szFolder : {"/no/such", "/proc", "/dev/null"})
+        QTest::newRow(szFolder) << QStringList{"--view=0=4x3", "--out", szFolder, strTasks} << 2 << ""
+                                << QString("oculinex-run: ") + szFolder + ": ";
     QTest::newRow("missing file") << QStringList{"/no/such.tasks"} << 2 << ""
                                   << "/no/such.tasks: No such file";
     QTest::newRow("directory") << QStringList{"/tmp"} << 2 << ""

@@ -7,6 +7,7 @@
 
 #include "OculinexQTStandAloneInQt.h"
 #include "options.h"
+#include "picturewriter.h"
 #include "registrylist.h"
 #include "report.h"
 #include "runner.h"
@@ -86,6 +87,11 @@ int run(const Options &cOptions, Report &cReport)
     if (!cFile.open(QFile::ReadOnly)) // the library doesn't tell the reason
         return refuseFile(cOptions, cFile.errorString());
     cFile.close();
+    if (!cOptions.m_strOut.isEmpty()) {
+        const QString strReason = PictureWriter::whyUnwritable(cOptions.m_strOut);
+        if (!strReason.isEmpty())
+            return refuse(cOptions.m_strOut + ": " + strReason);
+    }
     init(); // connects the bounded queues, which the report's callbacks then replace
     connectTaskMgr(cReport);
     const QString strError =

@@ -1,6 +1,9 @@
 #include "options.h"
 
+#include <algorithm>
+
 #include <QCommandLineParser>
+#include <QRegularExpression>
 
 namespace
 {
@@ -9,12 +12,52 @@ const char *const DESCRIPTION =
     "at the end how often and how fast each task and each step ran. It ends with Ctrl-C, as one of\n"
     "the options below says, or when every task has ended.\n"
     "\n"
+    "With --view and --out, what the tasks draw is written as PNG files: view0-000001.png is the first\n"
+    "update of view 0. An update is what the tasks have drawn by the end of a run. When pictures come\n"
+    "faster than they can be written the oldest that wait are dropped; the summary tells how many, and\n"
+    "the gaps in the numbers which.\n"
+    "\n"
     "Plug-ins are looked for beside the program in baseArithm, extArithm and DataSource; with\n"
     "QT_LOGGING_RULES='oculinex.*=true' the log tells what was loaded. Relative paths in a tasks file\n"
     "count from the current directory.\n"
     "\n"
-    "Exit code: 0 fine, 1 a task failed (with --check: something was found), 2 bad arguments or a\n"
-    "file that can't be read or holds no task.";
+    "Exit code: 0 fine, 1 a task failed or a picture could not be written (with --check: something\n"
+    "was found), 2 bad arguments, a file that can't be read or holds no task, or a directory in which\n"
+    "no file can be made.";
+
+constexpr int MAX_LENGTH = 10000; ///< of a view, in pixels
+
+/// One "N=WxH"; an error text, empty when it is fine.
+QString parseView(const QString &strView, QList<ViewOption> &lstView)
+{
+    static const QRegularExpression s_cForm("^([0-2])=(\\d{1,5})x(\\d{1,5})$");
+    const QRegularExpressionMatch cMatch = s_cForm.match(strView);
+    const ViewOption cView{cMatch.captured(1).toInt(),
+                           {cMatch.captured(2).toInt(), cMatch.captured(3).toInt()}};
+    const auto fnIsLength = [](int nLength) { return nLength >= 1 && nLength <= MAX_LENGTH; };
+    if (!fnIsLength(cView.m_cSize.width()) || !fnIsLength(cView.m_cSize.height()))
+        return QString("--view needs N=WxH with N from 0 to 2, W and H from 1 to %1, not '%2'.")
+            .arg(MAX_LENGTH)
+            .arg(strView);
+    if (std::any_of(lstView.begin(), lstView.end(),
+                    [&](const ViewOption &cOther) { return cOther.m_nView == cView.m_nView; }))
+        return QString("View %1 is given twice.").arg(cView.m_nView);
+    lstView += cView;
+    return {};
+}
+
+/// The views, and whether what belongs to them fits; an error text, empty when it is fine.
+QString parseViews(const QStringList &lstView, Options &cOptions)
+{
+    for (const QString &strView : lstView)
+        if (QString strError = parseView(strView, cOptions.m_lstView); !strError.isEmpty())
+            return strError;
+    if (cOptions.m_lstView.isEmpty() != cOptions.m_strOut.isEmpty())
+        return "--view and --out need each other.";
+    if (cOptions.m_bLast && cOptions.m_strOut.isEmpty())
+        return "--last needs --view and --out.";
+    return {};
+}
 } // namespace
 
 QString parseOptions(const QStringList &lstArguments, Options &cOptions)
@@ -26,13 +69,18 @@ QString parseOptions(const QStringList &lstArguments, Options &cOptions)
     const QCommandLineOption cSeconds("seconds", "Stop after <S> seconds.", "S");
     const QCommandLineOption cIdle("until-idle", "Stop when no source has given a picture for <S> seconds.",
                                    "S");
+    const QCommandLineOption cView("view", "Give view <N> (0 to 2) a size and write what is drawn into it.",
+                                   "N=WxH");
+    const QCommandLineOption cOut("out", "Write the views' pictures into <DIR>.", "DIR");
+    const QCommandLineOption cLast("last", "Keep only the newest picture of each view, as view0.png.");
     const QCommandLineOption cCheck("check", "Run nothing; report what loading keeps silent.");
     const QCommandLineOption cList("list", "Print the known algorithms and data sources.");
     const QCommandLineOption cJson("json", "Print one JSON object a line.");
     const QCommandLineOption cQuiet("quiet", "Leave out what the steps print and the status line.");
     const QCommandLineOption cHelp({"h", "help"}, "Print this page.");
     const QCommandLineOption cVersion({"v", "version"}, "Print the version.");
-    cParser.addOptions({cOnce, cRuns, cSeconds, cIdle, cJson, cQuiet, cCheck, cList, cHelp, cVersion});
+    cParser.addOptions(
+        {cOnce, cRuns, cSeconds, cIdle, cView, cOut, cLast, cJson, cQuiet, cCheck, cList, cHelp, cVersion});
     cParser.addPositionalArgument("TASKS_FILE", "The tasks file to run or to check.");
 
     if (!cParser.parse(lstArguments))
@@ -54,6 +102,13 @@ QString parseOptions(const QStringList &lstArguments, Options &cOptions)
         nModes += cParser.isSet(*pcOption) ? 1 : 0;
     if (nModes > 1)
         return "--once, --runs, --seconds, --until-idle, --check and --list exclude each other.";
+
+    cOptions.m_strOut = cParser.value(cOut);
+    cOptions.m_bLast = cParser.isSet(cLast);
+    if (QString strError = parseViews(cParser.values(cView), cOptions); !strError.isEmpty())
+        return strError;
+    if (!cOptions.m_strOut.isEmpty() && (cParser.isSet(cCheck) || cParser.isSet(cList)))
+        return "--check and --list draw nothing: they take no --view.";
 
     const QStringList lstFiles = cParser.positionalArguments();
     if (cParser.isSet(cList)) {

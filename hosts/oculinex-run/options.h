@@ -1,8 +1,16 @@
 #ifndef OPTIONS_H
 #define OPTIONS_H
 
+#include <QList>
+#include <QSize>
 #include <QString>
 #include <QStringList>
+
+/// A view to be read.
+struct ViewOption {
+    int m_nView;
+    QSize m_cSize;
+};
 
 /// What the command line asks for.
 struct Options {
@@ -17,7 +25,10 @@ struct Options {
     bool m_bJson = false;
     bool m_bQuiet = false;
     QString m_strTasksFile;
-    QString m_strHelp; ///< the page that --help prints
+    QList<ViewOption> m_lstView; ///< empty exactly when m_strOut is
+    QString m_strOut;            ///< directory of the views' pictures
+    bool m_bLast = false;        ///< keep the newest picture of each view only
+    QString m_strHelp;           ///< the page that --help prints
 };
 
 /// Reads the arguments (the first is the program's name). An error text, empty when they are fine.

@@ -22,6 +22,17 @@ struct TaskSummary {
     double m_fSeconds = 0; ///< from the start to the end of the last run with a picture
 };
 
+/// What became of the updates of a view: each was written, dropped or not writable.
+struct ViewSummary {
+    int m_nView = 0;
+    qint64 m_nUpdates = 0;
+    qint64 m_nWritten = 0;
+    qint64 m_nDropped = 0; ///< newer ones came faster than they could be written
+    qint64 m_nFailed = 0;
+    QString m_strFirst; ///< the first file that was written, empty when there is none
+    QString m_strLast;
+};
+
 /// Something about a tasks file that loading keeps silent.
 struct Finding {
     int m_nTask = -1;    ///< position, -1 for the file itself
@@ -43,8 +54,9 @@ struct KnownPart {
 /// The output of the program, as text for people or as JSON lines for programs. Positions of steps
 /// count from 0 in the calls and from 1 in the output.
 ///
-/// Threads: printed, failed, sourceFailed and logged may be called by any thread, each message comes out
-/// whole; the rest belongs to the main thread. A position of -1 is a task that is not known.
+/// Threads: printed, failed, sourceFailed, pictureWritten and logged may be called by any thread, each
+/// message comes out whole; the rest belongs to the main thread. A position of -1 is a task that is not
+/// known.
 class Report
 {
 public:
@@ -58,13 +70,16 @@ public:
     virtual void printed(int nTask, const QString &strText) = 0;
     virtual void failed(int nTask, const QString &strText) = 0;
     virtual void sourceFailed(int nTask, const QString &strText) = 0;
+    /// An update of a view stands in a file.
+    virtual void pictureWritten(int nView, qint64 nNumber, const QString &strFile) = 0;
     /// A line of the log.
     virtual void logged(const QString &strText) = 0;
     /// A step has been running for long; told once each time.
     virtual void stepHangs(int nTask, int nStep, double fSeconds) = 0;
     /// How things stand: one line of text that the next one overwrites.
     virtual void live(const QString &strLine) = 0;
-    virtual void summary(const QList<TaskSummary> &lstTask, int nExitCode) = 0;
+    virtual void summary(const QList<TaskSummary> &lstTask, const QList<ViewSummary> &lstView,
+                         int nExitCode) = 0;
     virtual void findings(const QList<Finding> &lstFinding) = 0;
     virtual void known(const QList<KnownPart> &lstPart) = 0;
 

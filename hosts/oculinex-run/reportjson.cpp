@@ -68,6 +68,16 @@ void JsonReport::sourceFailed(int nTask, const QString &strText)
     message("source", nTask, strText);
 }
 
+void JsonReport::pictureWritten(int nView, qint64 nNumber, const QString &strFile)
+{
+    QJsonObject cObject = event("picture", -1);
+    cObject["seconds"] = static_cast<double>(m_cClock.elapsed()) / 1000;
+    cObject["view"] = nView;
+    cObject["number"] = nNumber;
+    cObject["file"] = strFile;
+    line(cObject);
+}
+
 void JsonReport::logged(const QString &strText)
 {
     message("log", -1, strText);
@@ -82,7 +92,7 @@ void JsonReport::stepHangs(int nTask, int nStep, double fSeconds)
     line(cObject);
 }
 
-void JsonReport::summary(const QList<TaskSummary> &lstTask, int nExitCode)
+void JsonReport::summary(const QList<TaskSummary> &lstTask, const QList<ViewSummary> &lstView, int nExitCode)
 {
     QJsonArray cTasks;
     for (int nTask = 0; nTask < lstTask.size(); ++nTask) {
@@ -109,10 +119,17 @@ void JsonReport::summary(const QList<TaskSummary> &lstTask, int nExitCode)
                               {"lastError", cStatus.m_strLastError},
                               {"steps", cSteps}};
     }
+    QJsonArray cViews;
+    for (const ViewSummary &cView : lstView)
+        cViews += QJsonObject{{"view", cView.m_nView},       {"updates", cView.m_nUpdates},
+                              {"written", cView.m_nWritten}, {"dropped", cView.m_nDropped},
+                              {"failed", cView.m_nFailed},   {"first", cView.m_strFirst},
+                              {"last", cView.m_strLast}};
     QJsonObject cObject = event("summary", -1);
     cObject["seconds"] = static_cast<double>(m_cClock.elapsed()) / 1000;
     cObject["exitCode"] = nExitCode;
     cObject["tasks"] = cTasks;
+    cObject["views"] = cViews;
     line(cObject);
 }
 

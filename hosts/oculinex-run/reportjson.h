@@ -15,10 +15,12 @@ public:
     void printed(int nTask, const QString &strText) override;
     void failed(int nTask, const QString &strText) override;
     void sourceFailed(int nTask, const QString &strText) override;
+    void pictureWritten(int nView, qint64 nNumber, const QString &strFile) override;
     void logged(const QString &strText) override;
     void stepHangs(int nTask, int nStep, double fSeconds) override;
     void live(const QString &) override {}
-    void summary(const QList<TaskSummary> &lstTask, int nExitCode) override;
+    void summary(const QList<TaskSummary> &lstTask, const QList<ViewSummary> &lstView,
+                 int nExitCode) override;
     void findings(const QList<Finding> &lstFinding) override;
     void known(const QList<KnownPart> &lstPart) override;
 

@@ -35,6 +35,19 @@ QString shortened(const QString &strName)
                                                  : fitted(strName, NAME_COLUMNS - 1) + QChar(0x2026);
 }
 
+QList<QStringList> viewRows(const QList<ViewSummary> &lstView)
+{
+    QList<QStringList> lstRow = {{"view", "pictures", "written", "dropped", "failed"}};
+    for (const ViewSummary &cView : lstView) {
+        QString strFiles = cView.m_strFirst.isEmpty() ? "-" : cView.m_strFirst;
+        if (cView.m_strLast != cView.m_strFirst)
+            strFiles += QString(cView.m_nWritten > 2 ? " … " : ", ") + cView.m_strLast;
+        lstRow += {QString::number(cView.m_nView), strFiles, QString::number(cView.m_nWritten),
+                   QString::number(cView.m_nDropped), QString::number(cView.m_nFailed)};
+    }
+    return lstRow;
+}
+
 int terminalColumns()
 {
     winsize cSize = {};
@@ -106,7 +119,7 @@ void TextReport::live(const QString &strLine)
     write(stderr, CLEAR_LINE + m_strLive);
 }
 
-void TextReport::summary(const QList<TaskSummary> &lstTask, int)
+void TextReport::summary(const QList<TaskSummary> &lstTask, const QList<ViewSummary> &lstView, int)
 {
     live({});
     QList<QStringList> lstRow = {
@@ -133,7 +146,10 @@ void TextReport::summary(const QList<TaskSummary> &lstTask, int)
                        decimals(100 * stepShare(cStatus, nStep), 1) + " %"};
         }
     }
-    line(stdout, '\n' + table(lstRow, 1).chopped(1));
+    QString strTables = '\n' + table(lstRow, 1);
+    if (!lstView.isEmpty())
+        strTables += '\n' + table(viewRows(lstView), 2);
+    line(stdout, strTables.chopped(1));
 }
 
 void TextReport::findings(const QList<Finding> &lstFinding)

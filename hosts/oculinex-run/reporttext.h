@@ -13,10 +13,12 @@ public:
     void printed(int nTask, const QString &strText) override;
     void failed(int nTask, const QString &strText) override;
     void sourceFailed(int nTask, const QString &strText) override;
+    void pictureWritten(int, qint64, const QString &) override {} // the summary names them
     void logged(const QString &strText) override;
     void stepHangs(int nTask, int nStep, double fSeconds) override;
     void live(const QString &strLine) override;
-    void summary(const QList<TaskSummary> &lstTask, int nExitCode) override;
+    void summary(const QList<TaskSummary> &lstTask, const QList<ViewSummary> &lstView,
+                 int nExitCode) override;
     void findings(const QList<Finding> &lstFinding) override;
     void known(const QList<KnownPart> &lstPart) override;
 

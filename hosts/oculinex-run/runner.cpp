@@ -76,6 +76,11 @@ int Runner::run()
     m_cReport.setTasks(taskLabels());
     connectTasks();
     enableTaskStatus(true);
+    if (!m_cOptions.m_lstView.isEmpty()) {
+        m_cWriter.emplace(m_cOptions.m_strOut, m_cOptions.m_bLast, m_cReport);
+        m_cReader.emplace(m_cOptions.m_lstView, *m_cWriter);
+        m_cReader->start();
+    }
 
     StopSignals cSignals;
     connect(&cSignals, &StopSignals::stopRequested, this, &Runner::requestStop);
@@ -247,6 +252,15 @@ int Runner::finish()
         bFailed = bFailed || cSummary.m_cStatus.m_nFailures > 0 || hasTaskFailed(nTask);
         lstSummary += cSummary;
     }
-    m_cReport.summary(lstSummary, bFailed ? 1 : 0);
+    QList<ViewSummary> lstView;
+    if (m_cReader) {
+        m_cReader->stop();
+        m_cWriter->finish();
+    }
+    for (const ViewOption &cView : m_cOptions.m_lstView) {
+        lstView += m_cWriter->summary(cView.m_nView);
+        bFailed = bFailed || lstView.last().m_nFailed > 0;
+    }
+    m_cReport.summary(lstSummary, lstView, bFailed ? 1 : 0);
     return bFailed ? 1 : 0;
 }

@@ -2,6 +2,7 @@
 #define RUNNER_H
 
 #include <atomic>
+#include <optional>
 #include <thread>
 #include <vector>
 
@@ -10,7 +11,9 @@
 #include <QObject>
 
 #include "options.h"
+#include "picturewriter.h"
 #include "report.h"
+#include "viewreader.h"
 
 /// Runs the tasks that the task manager holds, watches them and stops them.
 ///
@@ -51,6 +54,8 @@ private:
     std::vector<Watch> m_vecWatch; ///< by task
     int m_nRunning = 0;            ///< tasks that have not ended
     std::atomic<bool> m_bStop{false};
+    std::optional<PictureWriter> m_cWriter; ///< these two where views are read
+    std::optional<ViewReader> m_cReader;
     QEventLoop m_cLoop;
     QElapsedTimer m_cStarted;
     QElapsedTimer m_cLastActive;  ///< since a source gave a picture or a step ran
