@@ -336,7 +336,11 @@ void TestPlugins::runsInSeveralTasksAtOnce()
 
 void TestPlugins::countsOnThePhotographs()
 {
-    QVERIFY(QDir::setCurrent(OCULINEX_SOURCE_DIR));
+    // The flows name their files from the top of the tree; what they save stays out of it.
+    const QTemporaryDir cTree;
+    QVERIFY(QFile::link(OCULINEX_SOURCE_DIR "/examples", cTree.filePath("examples")));
+    QVERIFY(QDir(cTree.path()).mkdir("build"));
+    QVERIFY(QDir::setCurrent(cTree.path()));
     QCOMPARE(openTasksFile(const_cast<char *>("examples/coins.tasks")), "");
     startAllTasks();
     QStringList lstPrinted;
@@ -344,15 +348,16 @@ void TestPlugins::countsOnThePhotographs()
     const auto fnAllPrinted = [&] {
         while (getOutputMsg(szText, sizeof szText) >= 0)
             lstPrinted << szText;
-        return lstPrinted.size() >= 8;
+        return lstPrinted.size() >= 10;
     };
     QTRY_VERIFY_WITH_TIMEOUT(fnAllPrinted(), 20000);
     stopAllTasks();
     QCOMPARE(getErrMsg(szText, sizeof szText), -1);
 
     const QString strPrinted = lstPrinted.join('\n');
-    // A person counts 24 coins and, on the launch pad, 7 lamps; the sky takes the other branch.
-    for (const char *szWanted : {"24 coins,", "0 lamps", "7 lamps,", "a deep field of galaxies."})
+    // A person counts 24 coins and, on the launch pad, 7 lamps and a rocket; the sky takes the other branch.
+    for (const char *szWanted :
+         {"24 coins,", "8 bright things,", "0 lamps", "7 lamps,", "a deep field of galaxies."})
         QVERIFY2(strPrinted.contains(szWanted), qPrintable(strPrinted));
     QCOMPARE(strPrinted.count("lamps"), 2);
     // Decoders of JPEG differ a little.
