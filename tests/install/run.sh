@@ -47,6 +47,10 @@ T stopTask(int)
 T runAllTasksOnce()
 T runTaskOnce(int)
 T IsTaskRunning(bool&, int)
+T showConfigWindow(int, int)
+T selectDataSource(int)
+T useDrawingWindow(int, int, int)
+T getDrawingWindow(int, unsigned char*, int, int)
 T OculinexQtStandAlone::getInstance()
 NAMES
 nm -DC --defined-only "$store" | grep -q gszErrVerMsg || fail "the store does not export gszErrVerMsg"
