@@ -46,8 +46,9 @@ function(_oculinex_add_sdk_plugin)
     endif()
     oculinex_add_plugin(${ARG_NAME} FOLDER ${ARG_FOLDER} SOURCES ${ARG_SOURCES}
         LIBRARIES Oculinex::PluginSdk ${ARG_LIBRARIES})
-    # The SDK's own symbols stay inside of each plug-in.
-    target_link_options(${ARG_NAME} PRIVATE -Wl,--exclude-libs,ALL)
+    # The SDK's own symbols stay inside of each plug-in, which is never unloaded: its window may have a
+    # preview that still computes.
+    target_link_options(${ARG_NAME} PRIVATE -Wl,--exclude-libs,ALL -Wl,-z,nodelete)
 endfunction()
 
 function(oculinex_add_algorithm)

@@ -1,0 +1,90 @@
+#ifndef PLUGIN_NUMBERBOX_H
+#define PLUGIN_NUMBERBOX_H
+
+#include <limits>
+
+#include <QDoubleSpinBox>
+#include <QSpinBox>
+
+namespace Plugin
+{
+/// Takes whole numbers, perhaps only odd ones. The largest number of all is shown as "no limit".
+class IntegerBox : public QSpinBox
+{
+    Q_OBJECT
+
+public:
+    explicit IntegerBox(QWidget *pcParent = nullptr) : QSpinBox(pcParent) {}
+
+    void setOdd()
+    {
+        m_bOdd = true;
+        setSingleStep(2);
+    }
+    /// What setValue() is to be given for a number near nValue.
+    int allowed(int nValue) const
+    {
+        if (!m_bOdd || nValue % 2 != 0)
+            return nValue;
+        return nValue < maximum() ? nValue + 1 : nValue - 1;
+    }
+
+protected:
+    QString textFromValue(int nValue) const override
+    {
+        return nValue == std::numeric_limits<int>::max() ? noLimit() : QString::number(nValue);
+    }
+    int valueFromText(const QString &strText) const override
+    {
+        return strText.contains(noLimit()) ? std::numeric_limits<int>::max()
+                                           : QSpinBox::valueFromText(strText);
+    }
+    QValidator::State validate(QString &strText, int &nPos) const override
+    {
+        if (strText.contains(noLimit()))
+            return QValidator::Acceptable;
+        const QValidator::State eState = QSpinBox::validate(strText, nPos);
+        return eState == QValidator::Acceptable && m_bOdd && QSpinBox::valueFromText(strText) % 2 == 0
+                   ? QValidator::Intermediate
+                   : eState;
+    }
+    void fixup(QString &strText) const override
+    {
+        const int nValue = QSpinBox::valueFromText(strText);
+        strText = prefix() + QString::number(allowed(qBound(minimum(), nValue, maximum()))) + suffix();
+    }
+
+private:
+    static QString noLimit() { return QStringLiteral("不限 no limit"); }
+
+    bool m_bOdd = false;
+};
+
+/// Takes numbers with as many digits as the user wants, and shows no zeros behind them.
+class RealBox : public QDoubleSpinBox
+{
+    Q_OBJECT
+
+public:
+    explicit RealBox(QWidget *pcParent = nullptr) : QDoubleSpinBox(pcParent)
+    {
+        setDecimals(6);
+        setLocale(QLocale::c());
+    }
+
+    static QString plain(double dValue)
+    {
+        QString strText = QString::number(dValue, 'f', 6);
+        while (strText.endsWith('0'))
+            strText.chop(1);
+        if (strText.endsWith('.'))
+            strText.chop(1);
+        return strText == QLatin1String("-0") ? QStringLiteral("0") : strText;
+    }
+
+protected:
+    QString textFromValue(double dValue) const override { return plain(dValue); }
+};
+} // namespace Plugin
+
+#endif
