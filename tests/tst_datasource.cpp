@@ -8,6 +8,7 @@
 #include "DataSource/datasource.h"
 #include "arithmparammgr.h"
 #include "fixtures/neighbourhood.h"
+#include "fixtures/row.h"
 #include "fixtures/together.h"
 
 namespace
@@ -149,18 +150,13 @@ private slots:
         QTest::addColumn<QString>("strID");
         QTest::addColumn<int>("nID");            // the data ID then, 0 when there is none
         QTest::addColumn<QList<int>>("lstMade"); // colour, 8-bit and 16-bit pictures in the store
-        QTest::addColumn<bool>("bDelivers");
-        QTest::newRow("RGB") << "RGB"
-                             << "1" << 1 << QList<int>{1, 0, 0} << true;
-        QTest::newRow("Gray8") << "Gray8"
-                               << "7" << 7 << QList<int>{0, 1, 0} << true;
-        QTest::newRow("Gray16") << "Gray16"
-                                << "4" << 4 << QList<int>{0, 0, 1} << false;
-        QTest::newRow("lower case") << "rgb"
-                                    << "4" << 4 << QList<int>{0, 0, 0} << false;
+        row("RGB", "RGB", "1", 1, QList<int>{1, 0, 0});
+        row("Gray8", "Gray8", "7", 7, QList<int>{0, 1, 0});
+        row("Gray16", "Gray16", "4", 4, QList<int>{0, 0, 1});
+        row("lower case", "rgb", "4", 4, QList<int>{0, 0, 0});
         for (const char *szID : {"0", "-3", "", "99999999999"})
-            QTest::newRow(qPrintable(QStringLiteral("ID '%1'").arg(QLatin1String(szID))))
-                << "RGB" << szID << 0 << QList<int>{0, 0, 0} << false;
+            row(qPrintable(QStringLiteral("ID '%1'").arg(QLatin1String(szID))), "RGB", szID, 0,
+                QList<int>{0, 0, 0});
     }
 
     void readsConfigStrings()
@@ -169,7 +165,6 @@ private slots:
         QFETCH(QString, strID);
         QFETCH(int, nID);
         QFETCH(QList<int>, lstMade);
-        QFETCH(bool, bDelivers);
         DataSource &cSources = *rebuild();
         cSources.m_mapDataSourceInfo.insert(QStringLiteral("Fake"), Fake::kind());
         ArithmParamMgr cStore;
@@ -196,17 +191,6 @@ private slots:
             QCOMPARE(cEntry.m_strName, QStringLiteral("名"));
             QCOMPARE(cEntry.m_strDescribe, QStringLiteral("D"));
         }
-
-        unsigned char achPixels[4] = {};
-        Fake::s_fnPicture = [&](int &nWidth, int &nHeight) {
-            nWidth = nHeight = 1;
-            return achPixels;
-        };
-        Fake::s_lstCalls.clear();
-        QCOMPARE(pcInstance->execute(), bDelivers);
-        QCOMPARE(Fake::s_lstCalls,
-                 bDelivers ? QStringList({QStringLiteral("request ") + strType, QStringLiteral("release")})
-                           : QStringList());
     }
 
     void handsOver_data()
@@ -216,14 +200,14 @@ private slots:
         QTest::addColumn<int>("nWidth");
         QTest::addColumn<int>("nHeight");
         QTest::addColumn<int>("nBytes"); // copied; 0 when the picture of before stays, -1 when it is emptied
-        QTest::newRow("colour") << "RGB" << 3 << 2 << 24;
-        QTest::newRow("colour, row of 2") << "RGB" << 2 << 3 << 24;
-        QTest::newRow("grey") << "Gray8" << 3 << 2 << 6;
-        QTest::newRow("no height") << "Gray8" << 3 << 0 << 0;
-        QTest::newRow("negative") << "RGB" << -3 << -2 << 0;
-        QTest::newRow("colour of overflowing size") << "RGB" << MAX << MAX << -1;
-        QTest::newRow("grey of overflowing size") << "Gray8" << MAX << MAX << -1;
-        QTest::newRow("grey that is 0 bytes in 32 bits") << "Gray8" << 65536 << 65536 << -1;
+        row("colour", "RGB", 3, 2, 24);
+        row("colour, row of 2", "RGB", 2, 3, 24);
+        row("grey", "Gray8", 3, 2, 6);
+        row("no height", "Gray8", 3, 0, 0);
+        row("negative", "RGB", -3, -2, 0);
+        row("colour of overflowing size", "RGB", MAX, MAX, -1);
+        row("grey of overflowing size", "Gray8", MAX, MAX, -1);
+        row("grey that is 0 bytes in 32 bits", "Gray8", 65536, 65536, -1);
     }
 
     void handsOver()
@@ -293,6 +277,8 @@ private slots:
         QVERIFY(fnCallsNothing([](Instance &cInstance) { cInstance.m_fnReleasePicture = nullptr; }));
         QVERIFY(fnCallsNothing([](Instance &cInstance) { cInstance.setArithmParamMgr(nullptr); }));
         QVERIFY(fnCallsNothing([](Instance &cInstance) { cInstance.setDataID(0); }));
+        for (const char *szType : {"Gray16", "rgb", ""})
+            QVERIFY(fnCallsNothing([=](Instance &cInstance) { cInstance.setDataType(szType); }));
         // An instance without any function.
         Instance cEmpty;
         cEmpty.start();
@@ -325,7 +311,7 @@ private slots:
         QTest::addColumn<QByteArray>("achFunction");
         for (const char *szFunction :
              {"request", "release", "show", "config", "start", "stop", "error", "remove", "request release"})
-            QTest::newRow(szFunction) << QByteArray(szFunction);
+            row(szFunction, QByteArray(szFunction));
     }
 
     void survivesExceptions()

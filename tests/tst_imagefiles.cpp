@@ -15,6 +15,7 @@
 #include "SaveFile/saving.h"
 #include "arithmparammgr.h"
 #include "fixtures/limit.h"
+#include "fixtures/row.h"
 #include "fixtures/together.h"
 #include "globalfunction.h"
 
@@ -94,13 +95,13 @@ private slots:
     {
         QTest::addColumn<QString>("strFile");
         QTest::addColumn<QImage::Format>("eFormat");
-        QTest::newRow("palette") << "palette.png" << QImage::Format_Indexed8;
-        QTest::newRow("grey png") << "grey.png" << QImage::Format_Grayscale8;
-        QTest::newRow("24 bit") << "图 像 24.bmp" << QImage::Format_RGB888;
-        QTest::newRow("32 bit with alpha") << "alpha.png" << QImage::Format_ARGB32;
-        QTest::newRow("16 bit grey") << "grey16.png" << QImage::Format_Grayscale16;
-        QTest::newRow("16 bit colour") << "deep.png" << QImage::Format_RGBA64;
-        QTest::newRow("one bit") << "mono.png" << QImage::Format_Mono;
+        row("palette", "palette.png", QImage::Format_Indexed8);
+        row("grey png", "grey.png", QImage::Format_Grayscale8);
+        row("24 bit", "图 像 24.bmp", QImage::Format_RGB888);
+        row("32 bit with alpha", "alpha.png", QImage::Format_ARGB32);
+        row("16 bit grey", "grey16.png", QImage::Format_Grayscale16);
+        row("16 bit colour", "deep.png", QImage::Format_RGBA64);
+        row("one bit", "mono.png", QImage::Format_Mono);
     }
     void loadsEveryFormatAndWidth()
     {
@@ -161,12 +162,11 @@ private slots:
         QTest::addColumn<QByteArray>("achContents");
         const QByteArray achSvg = "<svg xmlns='http://www.w3.org/2000/svg' width='9' height='9' "
                                   "xmlns:xlink='http://www.w3.org/1999/xlink'>";
-        QTest::newRow("fits no colour picture")
-            << QByteArray("#define a_width 32767\n#define a_height 32767\n"
-                          "static char a_bits[] = {0x00};");
-        QTest::newRow("needs fonts") << achSvg + "<text x='1' y='9'>a</text></svg>";
-        QTest::newRow("reads a pipe") << achSvg + "<image width='9' height='9' xlink:href='" +
-                                             QFile::encodeName(path("pipe")) + "'/></svg>";
+        row("fits no colour picture", QByteArray("#define a_width 32767\n#define a_height 32767\n"
+                                                 "static char a_bits[] = {0x00};"));
+        row("needs fonts", achSvg + "<text x='1' y='9'>a</text></svg>");
+        row("reads a pipe", achSvg + "<image width='9' height='9' xlink:href='" +
+                                QFile::encodeName(path("pipe")) + "'/></svg>");
     }
     void hostileFilesAreRefused()
     {
@@ -185,13 +185,13 @@ private slots:
         // Size of the file, offset of the pixels, 40 bytes of header, 20 x 20, planes, bits a pixel.
         const char achColour[] = "BM\x40\0\0\0\0\0\0\0\x36\0\0\0\x28\0\0\0\x14\0\0\0\x14\0\0\0\1\0\x18";
         QByteArray achBmp = QByteArray(achColour, sizeof achColour - 1).leftJustified(54, '\0');
-        QTest::newRow("24 bit") << achBmp;
+        row("24 bit", achBmp);
         achBmp[28] = 32;
-        QTest::newRow("32 bit") << achBmp;
+        row("32 bit", achBmp);
         achBmp[28] = 8;
         achBmp[10] = 58;
         achBmp[46] = 1;
-        QTest::newRow("8 bit") << achBmp + QByteArray(4, '\0');
+        row("8 bit", achBmp + QByteArray(4, '\0'));
     }
     void whatAFileLacksIsBlack()
     {
@@ -288,9 +288,6 @@ private slots:
     {
         QTest::addColumn<QString>("strConfig");
         QTest::addColumn<QString>("strPattern");
-        const auto row = [](const char *szName, const QString &strConfig, const char *szPattern) {
-            QTest::newRow(szName) << strConfig << szPattern;
-        };
         const QString strNumber = tag("Identity", "1") + tag("Separator", "_");
         row("number last", strNumber, "^cam_[0-9]+\\.png$");
         row("number first", strNumber + tag("Exg", "1"), "^[0-9]+_cam\\.png$");
@@ -335,8 +332,8 @@ private slots:
     void savesPixelsOfEveryWidth_data()
     {
         QTest::addColumn<QString>("strFormat");
-        QTest::newRow("png") << "1";
-        QTest::newRow("bmp") << "2";
+        row("png", "1");
+        row("bmp", "2");
     }
     void savesPixelsOfEveryWidth()
     {

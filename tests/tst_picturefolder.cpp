@@ -11,6 +11,7 @@
 
 #include "DataSource/datasource.h"
 #include "arithmparammgr.h"
+#include "fixtures/row.h"
 #include "fixtures/together.h"
 
 /// The data source "Picture Folder", as the registry finds it beside the executable. A picture is
@@ -31,20 +32,273 @@ private slots:
         ArithmParamMgr::deleteInstance(m_pcStore);
     }
 
-    void deliversPixels_data();
-    void deliversPixels();
-    void playsInOrder_data();
-    void playsInOrder();
-    void seesNewFilesAtTheNextLoop();
-    void passesOverWhatIsBroken();
-    void survivesAVanishedFolder();
-    void refusesBadSettings_data();
-    void refusesBadSettings();
-    void keepsTheRate();
-    void idlesWithoutSpinning_data();
-    void idlesWithoutSpinning();
-    void servesSeveralTasks();
-    void ignoresStrangers();
+    void deliversPixels_data()
+    {
+        QTest::addColumn<QString>("strSuffix");
+        QTest::addColumn<int>("nType");
+        row("png", "png", CV_8UC3);
+        row("grey png", "png", CV_8UC1);
+        row("png with alpha", "png", CV_8UC4);
+        row("16-bit png", "png", CV_16UC3);
+        row("jpeg", "JPG", CV_8UC3);
+        row("tiff", "tif", CV_8UC3);
+    }
+
+    void deliversPixels()
+    {
+        QFETCH(QString, strSuffix);
+        QFETCH(int, nType);
+        // Padded rows twice in one size, then no padding, then another padding and a single pixel.
+        const QList<cv::Size> lstSize{{7, 5}, {7, 5}, {8, 5}, {9, 6}, {1, 1}};
+        cv::RNG cRandom(7);
+        for (int nPicture = 0; nPicture < lstSize.size(); ++nPicture) {
+            cv::Mat cPixels(lstSize.at(nPicture), nType);
+            cRandom.fill(cPixels, cv::RNG::UNIFORM, 0, 256);
+            QVERIFY(cv::imwrite(path(QString("%1.%2").arg(nPicture).arg(strSuffix)).toStdString(), cPixels));
+        }
+        for (const QString strType : {"RGB", "Gray8"}) {
+            open(m_pcDir->path(), {}, strType);
+            const bool bGray = strType == "Gray8";
+            for (int nPicture = 0; nPicture < lstSize.size(); ++nPicture) {
+                QVERIFY(m_pcSource->execute());
+                const cv::Mat cExpected =
+                    cv::imread(path(QString("%1.%2").arg(nPicture).arg(strSuffix)).toStdString(),
+                               bGray ? cv::IMREAD_GRAYSCALE : cv::IMREAD_COLOR);
+                ParamDIB *pcColour = m_pcStore->getParamDIB(1);
+                ParamGray8 *pcGray = m_pcStore->getParamGray8(1);
+                const cv::Size cSize = bGray ? cv::Size(pcGray->getWidth(), pcGray->getHeight())
+                                             : cv::Size(pcColour->getWidth(), pcColour->getHeight());
+                QCOMPARE(cSize, cExpected.size());
+                const cv::Mat cPixels(cSize, cExpected.type(),
+                                      bGray ? pcGray->getGray8() : pcColour->getDIB(),
+                                      static_cast<size_t>(bGray ? cSize.width : (cSize.width + 1) * 3 & ~3));
+                QCOMPARE(cv::norm(cPixels, cExpected, cv::NORM_INF), 0.0);
+            }
+            QVERIFY(!m_pcSource->execute());
+            QCOMPARE(m_pcSource->getLastError(), QString());
+        }
+    }
+
+    void playsInOrder_data()
+    {
+        QTest::addColumn<QString>("strPath");
+        QTest::addColumn<QString>("strSettings");
+        QTest::addColumn<QList<int>>("lstWidth");
+        row("folder, once", "", "", QList<int>{1, 2, 3, 10, 11, 0, 0});
+        row("folder, looping", "", "<Loop>1</Loop>", QList<int>{1, 2, 3, 10, 11, 1, 2, 3});
+        row("glob", "/img*.png", "", QList<int>{2, 3, 10, 0});
+        row("set of letters", "/[ab]*", "", QList<int>{1, 11, 0});
+        row("one file", "/img010.png", "<Loop>1</Loop>", QList<int>{10, 10, 10});
+    }
+
+    void playsInOrder()
+    {
+        QFETCH(QString, strPath);
+        QFETCH(QString, strSettings);
+        QFETCH(QList<int>, lstWidth);
+        write("img010.png", 10);
+        write("img2.png", 2);
+        write("Img3.png", 3);
+        write("a1.bmp", 1);
+        write("a1b.jpeg", 11);
+        QVERIFY(QFile::rename(path("a1b.jpeg"), path("z.jpeg")));
+        if (strPath.contains("[ab]"))
+            QVERIFY(QFile::rename(path("z.jpeg"), path("b.jpeg")));
+        writeText("notes.txt");
+        QVERIFY(QDir(m_pcDir->path()).mkdir("folder.png"));
+        open(m_pcDir->path() + strPath, strSettings);
+        QCOMPARE(play(lstWidth.size()), lstWidth);
+        // A start goes back to the first picture, also in the middle.
+        m_pcSource->start();
+        QCOMPARE(play(2), lstWidth.mid(0, 2));
+        m_pcSource->stop();
+        m_pcSource->start();
+        QCOMPARE(play(2), lstWidth.mid(0, 2));
+    }
+
+    void seesNewFilesAtTheNextLoop()
+    {
+        write("2.png", 2);
+        write("4.png", 4);
+        open(m_pcDir->path(), "<Loop>1</Loop>");
+        QCOMPARE(play(1), QList<int>{2});
+        write("3.png", 3);
+        QCOMPARE(play(4), (QList<int>{4, 2, 3, 4}));
+        QVERIFY(QFile::remove(path("2.png")));
+        QCOMPARE(play(2), (QList<int>{3, 4})); // the missing one is passed over
+    }
+
+    void passesOverWhatIsBroken()
+    {
+        write("1.png", 1);
+        writeText("2.png");
+        QFile cEmpty(path("3.jpg"));
+        QVERIFY(cEmpty.open(QIODevice::WriteOnly));
+        write("4.png", 60, 60);
+        QFile cCut(path("4.png"));
+        QVERIFY(cCut.open(QIODevice::ReadWrite) && cCut.resize(cCut.size() / 2));
+        write("5.png", 5);
+        const QByteArray achPipe = path("pipe").toLocal8Bit();
+        QVERIFY(mkfifo(achPipe.constData(), 0600) == 0 && QFile::link(path("pipe"), path("0.png")));
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("0.png: It is no file"));
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("2.png: It cannot be decoded"));
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("3.jpg: It is empty"));
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("4.png: It cannot be decoded"));
+        open(m_pcDir->path(), "<Loop>1</Loop>");
+        QCOMPARE(play(2), (QList<int>{1, 5}));
+        QCOMPARE(m_pcSource->getLastError(), path("4.png") + ": It cannot be decoded.");
+
+        // Not told again in the next loop, but told by the source until the file is whole.
+        static int s_nMessages;
+        s_nMessages = 0;
+        const auto fnBefore = qInstallMessageHandler(
+            [](QtMsgType, const QMessageLogContext &, const QString &) { ++s_nMessages; });
+        const QList<int> lstSecond = play(2);
+        const QString strSecondError = m_pcSource->getLastError();
+        QFile::remove(path("0.png"));
+        write("2.png", 2);
+        write("3.jpg", 3);
+        write("4.png", 4);
+        const QList<int> lstThird = play(5);
+        qInstallMessageHandler(fnBefore);
+        QCOMPARE(lstSecond, (QList<int>{1, 5}));
+        QCOMPARE(strSecondError, path("4.png") + ": It cannot be decoded.");
+        QCOMPARE(lstThird, (QList<int>{1, 2, 3, 4, 5}));
+        QCOMPARE(m_pcSource->getLastError(), QString());
+        QCOMPARE(s_nMessages, 0);
+    }
+
+    void survivesAVanishedFolder()
+    {
+        const QString strFolder = path("in");
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("Folder: .*in does not exist"));
+        open(strFolder, "<Loop>1</Loop>");
+        QCOMPARE(play(2), (QList<int>{0, 0}));
+        QCOMPARE(m_pcSource->getLastError(), strFolder + " does not exist.");
+
+        QVERIFY(QDir().mkdir(strFolder));
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("no pictures at .*in"));
+        QCOMPARE(play(1), QList<int>{0});
+        write("in/1.png", 1);
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("in has pictures again"));
+        QCOMPARE(play(2), (QList<int>{1, 1}));
+        QCOMPARE(m_pcSource->getLastError(), QString());
+
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("Folder: .*in does not exist"));
+        QVERIFY(QDir(strFolder).removeRecursively());
+        QCOMPARE(play(1), QList<int>{0});
+        QCOMPARE(m_pcSource->getLastError(), strFolder + " does not exist.");
+    }
+
+    void refusesBadSettings_data()
+    {
+        QTest::addColumn<QString>("strPath");
+        QTest::addColumn<QString>("strSettings");
+        QTest::addColumn<QString>("strError");
+        row("no path", " ", "", "Setting Path is missing.");
+        row("rate", ".", "<Fps>fast</Fps>", "Setting Fps is \"fast\", wanted is a number from 0 to 10000.");
+    }
+
+    void refusesBadSettings()
+    {
+        QFETCH(QString, strPath);
+        QFETCH(QString, strSettings);
+        QFETCH(QString, strError);
+        QTest::ignoreMessage(QtWarningMsg, qPrintable("Picture Folder: " + strError));
+        open(strPath, strSettings);
+        QCOMPARE(play(1), QList<int>{0});
+        QCOMPARE(m_pcSource->getLastError(), strError);
+        write("1.png", 1);
+        m_pcSource->setConfigString("<Path>" + m_pcDir->path() + "</Path>");
+        QCOMPARE(play(1), QList<int>{1});
+        QCOMPARE(m_pcSource->getLastError(), QString());
+    }
+
+    void keepsTheRate()
+    {
+        write("1.png", 1);
+        open(m_pcDir->path(), "<Loop>1</Loop><Fps>50</Fps>");
+        QElapsedTimer cTimer;
+        cTimer.start();
+        QCOMPARE(play(6), (QList<int>{1, 1, 1, 1, 1, 1}));
+        QVERIFY2(cTimer.elapsed() >= 100, qPrintable(QString::number(cTimer.elapsed())));
+
+        // A slow rate never holds the task for long.
+        open(m_pcDir->path(), "<Loop>1</Loop><Fps>0.001</Fps>");
+        cTimer.start();
+        QCOMPARE(play(2), (QList<int>{1, 0}));
+        QVERIFY2(cTimer.elapsed() < 1000, qPrintable(QString::number(cTimer.elapsed())));
+    }
+
+    void idlesWithoutSpinning_data()
+    {
+        QTest::addColumn<QString>("strSettings");
+        QTest::addColumn<bool>("bBroken");
+        row("empty", "", false);
+        row("empty, looping", "<Loop>1</Loop>", false);
+        row("all broken", "", true);
+        row("all broken, looping", "<Loop>1</Loop>", true);
+    }
+
+    void idlesWithoutSpinning()
+    {
+        QFETCH(QString, strSettings);
+        QFETCH(bool, bBroken);
+        QTest::ignoreMessage(QtWarningMsg,
+                             QRegularExpression(bBroken ? "It cannot be decoded" : "no pictures"));
+        if (bBroken)
+            writeText("1.png");
+        open(m_pcDir->path(), strSettings);
+        const std::clock_t nBefore = std::clock();
+        QElapsedTimer cTimer;
+        cTimer.start();
+        QCOMPARE(play(3), (QList<int>{0, 0, 0}));
+        QVERIFY2(cTimer.elapsed() >= 290, qPrintable(QString::number(cTimer.elapsed())));
+        const double dBusy = double(std::clock() - nBefore) / CLOCKS_PER_SEC;
+        QVERIFY2(dBusy < 0.05, qPrintable(QString::number(dBusy)));
+    }
+
+    void servesSeveralTasks()
+    {
+        for (int nWidth = 1; nWidth <= 5; ++nWidth)
+            write(QString("%1.png").arg(nWidth), nWidth);
+        std::atomic<int> nFaults{0};
+        const QString strPath = m_pcDir->path();
+        together(4, [&](int) {
+            for (int nRound = 0; nRound < 10; ++nRound) {
+                ArithmParamMgr *pcStore = ArithmParamMgr::newInstance();
+                std::unique_ptr<DataSource::DataSourceInstance> pcSource(
+                    make(strPath, "<Loop>1</Loop>", "RGB", pcStore));
+                pcSource->start();
+                for (int nPicture = 0; nPicture < 15; ++nPicture)
+                    if (!pcSource->execute() || pcStore->getParamDIB(1)->getWidth() != nPicture % 5 + 1 ||
+                        !pcSource->getLastError().isEmpty())
+                        ++nFaults;
+                pcSource->stop();
+                pcSource.reset();
+                ArithmParamMgr::deleteInstance(pcStore);
+            }
+        });
+        QCOMPARE(nFaults.load(), 0);
+    }
+
+    void ignoresStrangers()
+    {
+        const DataSource::DataSourceInfo *pcKind =
+            DataSource::getInstance()->m_mapDataSourceInfo.value("Picture Folder");
+        constexpr int STRANGER = 1 << 30;
+        int nWidth = -1;
+        int nHeight = -1;
+        pcKind->m_fnStart(STRANGER);
+        QCOMPARE(pcKind->m_fnRequestPicture(STRANGER, "RGB", &nWidth, &nHeight), nullptr);
+        QCOMPARE(nWidth, 0);
+        pcKind->m_fnReleasePicture(STRANGER);
+        pcKind->m_fnStop(STRANGER);
+        QCOMPARE(*pcKind->m_fnGetLastError(STRANGER), '\0');
+        pcKind->m_fnRemoveInstance(STRANGER);
+        char szConfig[] = "<Path>a</Path>";
+        QCOMPARE(QString(pcKind->m_fnShowConfigDlg(szConfig, true)), QString(szConfig));
+    }
 
 private:
     QString path(const QString &strName) const { return m_pcDir->filePath(strName); }
@@ -84,281 +338,6 @@ private:
     ArithmParamMgr *m_pcStore = nullptr;
     std::unique_ptr<DataSource::DataSourceInstance> m_pcSource;
 };
-
-void TestPictureFolder::deliversPixels_data()
-{
-    QTest::addColumn<QString>("strSuffix");
-    QTest::addColumn<int>("nType");
-    QTest::newRow("png") << "png" << CV_8UC3;
-    QTest::newRow("grey png") << "png" << CV_8UC1;
-    QTest::newRow("png with alpha") << "png" << CV_8UC4;
-    QTest::newRow("16-bit png") << "png" << CV_16UC3;
-    QTest::newRow("jpeg") << "JPG" << CV_8UC3;
-    QTest::newRow("tiff") << "tif" << CV_8UC3;
-}
-
-void TestPictureFolder::deliversPixels()
-{
-    QFETCH(QString, strSuffix);
-    QFETCH(int, nType);
-    // Padded rows twice in one size, then no padding, then another padding and a single pixel.
-    const QList<cv::Size> lstSize{{7, 5}, {7, 5}, {8, 5}, {9, 6}, {1, 1}};
-    cv::RNG cRandom(7);
-    for (int nPicture = 0; nPicture < lstSize.size(); ++nPicture) {
-        cv::Mat cPixels(lstSize.at(nPicture), nType);
-        cRandom.fill(cPixels, cv::RNG::UNIFORM, 0, 256);
-        QVERIFY(cv::imwrite(path(QString("%1.%2").arg(nPicture).arg(strSuffix)).toStdString(), cPixels));
-    }
-    for (const QString strType : {"RGB", "Gray8"}) {
-        open(m_pcDir->path(), {}, strType);
-        const bool bGray = strType == "Gray8";
-        for (int nPicture = 0; nPicture < lstSize.size(); ++nPicture) {
-            QVERIFY(m_pcSource->execute());
-            const cv::Mat cExpected =
-                cv::imread(path(QString("%1.%2").arg(nPicture).arg(strSuffix)).toStdString(),
-                           bGray ? cv::IMREAD_GRAYSCALE : cv::IMREAD_COLOR);
-            ParamDIB *pcColour = m_pcStore->getParamDIB(1);
-            ParamGray8 *pcGray = m_pcStore->getParamGray8(1);
-            const cv::Size cSize = bGray ? cv::Size(pcGray->getWidth(), pcGray->getHeight())
-                                         : cv::Size(pcColour->getWidth(), pcColour->getHeight());
-            QCOMPARE(cSize, cExpected.size());
-            const cv::Mat cPixels(cSize, cExpected.type(), bGray ? pcGray->getGray8() : pcColour->getDIB(),
-                                  static_cast<size_t>(bGray ? cSize.width : (cSize.width + 1) * 3 & ~3));
-            QCOMPARE(cv::norm(cPixels, cExpected, cv::NORM_INF), 0.0);
-        }
-        QVERIFY(!m_pcSource->execute());
-        QCOMPARE(m_pcSource->getLastError(), QString());
-    }
-}
-
-void TestPictureFolder::playsInOrder_data()
-{
-    QTest::addColumn<QString>("strPath");
-    QTest::addColumn<QString>("strSettings");
-    QTest::addColumn<QList<int>>("lstWidth");
-    QTest::newRow("folder, once") << ""
-                                  << "" << QList<int>{1, 2, 3, 10, 11, 0, 0};
-    QTest::newRow("folder, looping") << ""
-                                     << "<Loop>1</Loop>" << QList<int>{1, 2, 3, 10, 11, 1, 2, 3};
-    QTest::newRow("glob") << "/img*.png"
-                          << "" << QList<int>{2, 3, 10, 0};
-    QTest::newRow("set of letters") << "/[ab]*"
-                                    << "" << QList<int>{1, 11, 0};
-    QTest::newRow("one file") << "/img010.png"
-                              << "<Loop>1</Loop>" << QList<int>{10, 10, 10};
-}
-
-void TestPictureFolder::playsInOrder()
-{
-    QFETCH(QString, strPath);
-    QFETCH(QString, strSettings);
-    QFETCH(QList<int>, lstWidth);
-    write("img010.png", 10);
-    write("img2.png", 2);
-    write("Img3.png", 3);
-    write("a1.bmp", 1);
-    write("a1b.jpeg", 11);
-    QVERIFY(QFile::rename(path("a1b.jpeg"), path("z.jpeg")));
-    if (strPath.contains("[ab]"))
-        QVERIFY(QFile::rename(path("z.jpeg"), path("b.jpeg")));
-    writeText("notes.txt");
-    QVERIFY(QDir(m_pcDir->path()).mkdir("folder.png"));
-    open(m_pcDir->path() + strPath, strSettings);
-    QCOMPARE(play(lstWidth.size()), lstWidth);
-    // A start goes back to the first picture, also in the middle.
-    m_pcSource->start();
-    QCOMPARE(play(2), lstWidth.mid(0, 2));
-    m_pcSource->stop();
-    m_pcSource->start();
-    QCOMPARE(play(2), lstWidth.mid(0, 2));
-}
-
-void TestPictureFolder::seesNewFilesAtTheNextLoop()
-{
-    write("2.png", 2);
-    write("4.png", 4);
-    open(m_pcDir->path(), "<Loop>1</Loop>");
-    QCOMPARE(play(1), QList<int>{2});
-    write("3.png", 3);
-    QCOMPARE(play(4), (QList<int>{4, 2, 3, 4}));
-    QVERIFY(QFile::remove(path("2.png")));
-    QCOMPARE(play(2), (QList<int>{3, 4})); // the missing one is passed over
-}
-
-void TestPictureFolder::passesOverWhatIsBroken()
-{
-    write("1.png", 1);
-    writeText("2.png");
-    QFile cEmpty(path("3.jpg"));
-    QVERIFY(cEmpty.open(QIODevice::WriteOnly));
-    write("4.png", 60, 60);
-    QFile cCut(path("4.png"));
-    QVERIFY(cCut.open(QIODevice::ReadWrite) && cCut.resize(cCut.size() / 2));
-    write("5.png", 5);
-    const QByteArray achPipe = path("pipe").toLocal8Bit();
-    QVERIFY(mkfifo(achPipe.constData(), 0600) == 0 && QFile::link(path("pipe"), path("0.png")));
-    QTest::ignoreMessage(QtWarningMsg, QRegularExpression("0.png: It is no file"));
-    QTest::ignoreMessage(QtWarningMsg, QRegularExpression("2.png: It cannot be decoded"));
-    QTest::ignoreMessage(QtWarningMsg, QRegularExpression("3.jpg: It is empty"));
-    QTest::ignoreMessage(QtWarningMsg, QRegularExpression("4.png: It cannot be decoded"));
-    open(m_pcDir->path(), "<Loop>1</Loop>");
-    QCOMPARE(play(2), (QList<int>{1, 5}));
-    QCOMPARE(m_pcSource->getLastError(), path("4.png") + ": It cannot be decoded.");
-
-    // Not told again in the next loop, but told by the source until the file is whole.
-    static int s_nMessages;
-    s_nMessages = 0;
-    const auto fnBefore =
-        qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &) { ++s_nMessages; });
-    const QList<int> lstSecond = play(2);
-    const QString strSecondError = m_pcSource->getLastError();
-    QFile::remove(path("0.png"));
-    write("2.png", 2);
-    write("3.jpg", 3);
-    write("4.png", 4);
-    const QList<int> lstThird = play(5);
-    qInstallMessageHandler(fnBefore);
-    QCOMPARE(lstSecond, (QList<int>{1, 5}));
-    QCOMPARE(strSecondError, path("4.png") + ": It cannot be decoded.");
-    QCOMPARE(lstThird, (QList<int>{1, 2, 3, 4, 5}));
-    QCOMPARE(m_pcSource->getLastError(), QString());
-    QCOMPARE(s_nMessages, 0);
-}
-
-void TestPictureFolder::survivesAVanishedFolder()
-{
-    const QString strFolder = path("in");
-    QTest::ignoreMessage(QtWarningMsg, QRegularExpression("Folder: .*in does not exist"));
-    open(strFolder, "<Loop>1</Loop>");
-    QCOMPARE(play(2), (QList<int>{0, 0}));
-    QCOMPARE(m_pcSource->getLastError(), strFolder + " does not exist.");
-
-    QVERIFY(QDir().mkdir(strFolder));
-    QTest::ignoreMessage(QtWarningMsg, QRegularExpression("no pictures at .*in"));
-    QCOMPARE(play(1), QList<int>{0});
-    write("in/1.png", 1);
-    QTest::ignoreMessage(QtWarningMsg, QRegularExpression("in has pictures again"));
-    QCOMPARE(play(2), (QList<int>{1, 1}));
-    QCOMPARE(m_pcSource->getLastError(), QString());
-
-    QTest::ignoreMessage(QtWarningMsg, QRegularExpression("Folder: .*in does not exist"));
-    QVERIFY(QDir(strFolder).removeRecursively());
-    QCOMPARE(play(1), QList<int>{0});
-    QCOMPARE(m_pcSource->getLastError(), strFolder + " does not exist.");
-}
-
-void TestPictureFolder::refusesBadSettings_data()
-{
-    QTest::addColumn<QString>("strPath");
-    QTest::addColumn<QString>("strSettings");
-    QTest::addColumn<QString>("strError");
-    QTest::newRow("no path") << " "
-                             << ""
-                             << "Setting Path is missing.";
-    QTest::newRow("rate") << "."
-                          << "<Fps>fast</Fps>"
-                          << "Setting Fps is \"fast\", wanted is a number from 0 to 10000.";
-}
-
-void TestPictureFolder::refusesBadSettings()
-{
-    QFETCH(QString, strPath);
-    QFETCH(QString, strSettings);
-    QFETCH(QString, strError);
-    QTest::ignoreMessage(QtWarningMsg, qPrintable("Picture Folder: " + strError));
-    open(strPath, strSettings);
-    QCOMPARE(play(1), QList<int>{0});
-    QCOMPARE(m_pcSource->getLastError(), strError);
-    write("1.png", 1);
-    m_pcSource->setConfigString("<Path>" + m_pcDir->path() + "</Path>");
-    QCOMPARE(play(1), QList<int>{1});
-    QCOMPARE(m_pcSource->getLastError(), QString());
-}
-
-void TestPictureFolder::keepsTheRate()
-{
-    write("1.png", 1);
-    open(m_pcDir->path(), "<Loop>1</Loop><Fps>50</Fps>");
-    QElapsedTimer cTimer;
-    cTimer.start();
-    QCOMPARE(play(6), (QList<int>{1, 1, 1, 1, 1, 1}));
-    QVERIFY2(cTimer.elapsed() >= 100, qPrintable(QString::number(cTimer.elapsed())));
-
-    // A slow rate never holds the task for long.
-    open(m_pcDir->path(), "<Loop>1</Loop><Fps>0.001</Fps>");
-    cTimer.start();
-    QCOMPARE(play(2), (QList<int>{1, 0}));
-    QVERIFY2(cTimer.elapsed() < 1000, qPrintable(QString::number(cTimer.elapsed())));
-}
-
-void TestPictureFolder::idlesWithoutSpinning_data()
-{
-    QTest::addColumn<QString>("strSettings");
-    QTest::addColumn<bool>("bBroken");
-    QTest::newRow("empty") << "" << false;
-    QTest::newRow("empty, looping") << "<Loop>1</Loop>" << false;
-    QTest::newRow("all broken") << "" << true;
-    QTest::newRow("all broken, looping") << "<Loop>1</Loop>" << true;
-}
-
-void TestPictureFolder::idlesWithoutSpinning()
-{
-    QFETCH(QString, strSettings);
-    QFETCH(bool, bBroken);
-    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(bBroken ? "It cannot be decoded" : "no pictures"));
-    if (bBroken)
-        writeText("1.png");
-    open(m_pcDir->path(), strSettings);
-    const std::clock_t nBefore = std::clock();
-    QElapsedTimer cTimer;
-    cTimer.start();
-    QCOMPARE(play(3), (QList<int>{0, 0, 0}));
-    QVERIFY2(cTimer.elapsed() >= 290, qPrintable(QString::number(cTimer.elapsed())));
-    const double dBusy = double(std::clock() - nBefore) / CLOCKS_PER_SEC;
-    QVERIFY2(dBusy < 0.05, qPrintable(QString::number(dBusy)));
-}
-
-void TestPictureFolder::servesSeveralTasks()
-{
-    for (int nWidth = 1; nWidth <= 5; ++nWidth)
-        write(QString("%1.png").arg(nWidth), nWidth);
-    std::atomic<int> nFaults{0};
-    const QString strPath = m_pcDir->path();
-    together(4, [&](int) {
-        for (int nRound = 0; nRound < 10; ++nRound) {
-            ArithmParamMgr *pcStore = ArithmParamMgr::newInstance();
-            std::unique_ptr<DataSource::DataSourceInstance> pcSource(
-                make(strPath, "<Loop>1</Loop>", "RGB", pcStore));
-            pcSource->start();
-            for (int nPicture = 0; nPicture < 15; ++nPicture)
-                if (!pcSource->execute() || pcStore->getParamDIB(1)->getWidth() != nPicture % 5 + 1 ||
-                    !pcSource->getLastError().isEmpty())
-                    ++nFaults;
-            pcSource->stop();
-            pcSource.reset();
-            ArithmParamMgr::deleteInstance(pcStore);
-        }
-    });
-    QCOMPARE(nFaults.load(), 0);
-}
-
-void TestPictureFolder::ignoresStrangers()
-{
-    const DataSource::DataSourceInfo *pcKind =
-        DataSource::getInstance()->m_mapDataSourceInfo.value("Picture Folder");
-    constexpr int STRANGER = 1 << 30;
-    int nWidth = -1;
-    int nHeight = -1;
-    pcKind->m_fnStart(STRANGER);
-    QCOMPARE(pcKind->m_fnRequestPicture(STRANGER, "RGB", &nWidth, &nHeight), nullptr);
-    QCOMPARE(nWidth, 0);
-    pcKind->m_fnReleasePicture(STRANGER);
-    pcKind->m_fnStop(STRANGER);
-    QCOMPARE(*pcKind->m_fnGetLastError(STRANGER), '\0');
-    pcKind->m_fnRemoveInstance(STRANGER);
-    char szConfig[] = "<Path>a</Path>";
-    QCOMPARE(QString(pcKind->m_fnShowConfigDlg(szConfig, true)), QString(szConfig));
-}
 
 QTEST_GUILESS_MAIN(TestPictureFolder)
 #include "tst_picturefolder.moc"

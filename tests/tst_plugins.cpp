@@ -9,38 +9,8 @@
 #include "arithmMgr/arithmmgr.h"
 #include "arithmMgr/arithms.h"
 #include "arithmparammgr.h"
+#include "fixtures/row.h"
 #include "fixtures/together.h"
-
-/// The image-processing plug-ins, as the registry finds them beside the executable.
-class TestPlugins : public QObject
-{
-    Q_OBJECT
-
-private slots:
-    void init() { m_pcStore = ArithmParamMgr::newInstance(); }
-    void cleanup() { ArithmParamMgr::deleteInstance(m_pcStore); }
-
-    void computesAsOpenCV_data();
-    void computesAsOpenCV();
-    void labelsAsOpenCV_data();
-    void labelsAsOpenCV();
-    void steersTheFlow_data();
-    void steersTheFlow();
-    void refuses_data();
-    void refuses();
-    void runsInSeveralTasksAtOnce();
-    void countsOnThePhotographs();
-
-private:
-    static QString run(const QString &strID, QString strConfig, ArithmParamMgr *pcStore)
-    {
-        Arithm *pcArithm = ArithmMgr::getInstance()->getArithm(strID);
-        return pcArithm ? pcArithm->execute(strConfig, pcStore) : strID + " is not there";
-    }
-    QString run(const QString &strID, const QString &strConfig) { return run(strID, strConfig, m_pcStore); }
-
-    ArithmParamMgr *m_pcStore = nullptr;
-};
 
 namespace
 {
@@ -84,268 +54,284 @@ bool same(const cv::Mat &cA, const cv::Mat &cB)
 using Expected = std::function<void(const cv::Mat &, cv::Mat &)>;
 Q_DECLARE_METATYPE(Expected)
 
-void TestPlugins::computesAsOpenCV_data()
+/// The image-processing plug-ins, as the registry finds them beside the executable.
+class TestPlugins : public QObject
 {
-    QTest::addColumn<QString>("strID");
-    QTest::addColumn<QString>("strConfig");
-    QTest::addColumn<bool>("bColour"); // of the input
-    QTest::addColumn<Expected>("fnExpected");
-    const auto row = [](const char *szName, const char *szID, const char *szConfig, bool bColour,
-                        Expected fn) { QTest::newRow(szName) << szID << szConfig << bColour << fn; };
-    row("grey", "OCX_ToGray", "", true,
-        [](const cv::Mat &cIn, cv::Mat &cOut) { cv::cvtColor(cIn, cOut, cv::COLOR_BGR2GRAY); });
-    row("red channel", "OCX_ToGray", "<Channel>red</Channel>", true,
-        [](const cv::Mat &cIn, cv::Mat &cOut) { cv::extractChannel(cIn, cOut, 2); });
-    row("otsu", "OCX_Threshold", "", false, [](const cv::Mat &cIn, cv::Mat &cOut) {
-        cv::threshold(cIn, cOut, 0, 255, cv::THRESH_BINARY | cv::THRESH_OTSU);
-    });
-    row("fixed, dark", "OCX_Threshold", "<Method>Fixed</Method><Level>100</Level><Polarity>Dark</Polarity>",
-        false, [](const cv::Mat &cIn, cv::Mat &cOut) { cOut = cIn <= 100; });
-    row("adaptive", "OCX_Threshold", "<Method>Adaptive</Method><Block>7</Block><Offset>20</Offset>", false,
-        [](const cv::Mat &cIn, cv::Mat &cOut) {
-            cv::Mat cMean;
-            cv::blur(cIn, cMean, {7, 7}, {-1, -1}, cv::BORDER_REPLICATE);
-            cOut = cIn > cMean + 20;
-        });
-    row("gaussian, colour", "OCX_Blur", "<InputType>RGB</InputType><Size>7</Size><Sigma>1.5</Sigma>", true,
-        [](const cv::Mat &cIn, cv::Mat &cOut) {
-            cv::GaussianBlur(cIn, cOut, {7, 7}, 1.5);
-        });
-    row("box", "OCX_Blur", "<Method>Box</Method><Size>3</Size>", false,
-        [](const cv::Mat &cIn, cv::Mat &cOut) {
-            cv::blur(cIn, cOut, {3, 3});
-        });
-    row("median", "OCX_Blur", "<Method>Median</Method>", false,
-        [](const cv::Mat &cIn, cv::Mat &cOut) { cv::medianBlur(cIn, cOut, 5); });
-}
+    Q_OBJECT
 
-void TestPlugins::computesAsOpenCV()
-{
-    QFETCH(QString, strID);
-    QFETCH(QString, strConfig);
-    QFETCH(bool, bColour);
-    QFETCH(Expected, fnExpected);
-    const QString strTitle = "<Name>N</Name><Describe>D</Describe>";
-    cv::Mat cExpected;
-    // Into a picture of its own, again (the buffer must be kept), then in place.
-    for (const int nOutputID : {2, 2, 1}) {
-        const cv::Mat cInput = bColour ? fill(m_pcStore->getParamDIB(1), nOutputID)
-                                       : fill(m_pcStore->getParamGray8(1), nOutputID);
-        fnExpected(cInput, cExpected);
-        const bool bColourOut = cExpected.channels() == 3;
-        const auto pixels = [&] {
-            return bColourOut ? header(m_pcStore->getParamDIB(nOutputID))
-                              : header(m_pcStore->getParamGray8(nOutputID));
-        };
-        const void *pvBefore = pixels().data;
-        QCOMPARE(run(strID, QString("<InputID>1</InputID><OutputID>%1</OutputID>").arg(nOutputID) + strTitle +
-                                strConfig),
-                 QString());
-        QVERIFY2(same(pixels(), cExpected), qPrintable(QString("into %1").arg(nOutputID)));
-        QVERIFY(!pvBefore || pvBefore == pixels().data);
+private slots:
+    void init() { m_pcStore = ArithmParamMgr::newInstance(); }
+    void cleanup() { ArithmParamMgr::deleteInstance(m_pcStore); }
+
+    void computesAsOpenCV_data()
+    {
+        QTest::addColumn<QString>("strID");
+        QTest::addColumn<QString>("strConfig");
+        QTest::addColumn<bool>("bColour"); // of the input
+        QTest::addColumn<Expected>("fnExpected");
+        const auto step = [](const char *szName, const char *szID, const char *szConfig, bool bColour,
+                             const Expected &fn) { row(szName, szID, szConfig, bColour, fn); };
+
+        step("grey", "OCX_ToGray", "", true,
+             [](const cv::Mat &cIn, cv::Mat &cOut) { cv::cvtColor(cIn, cOut, cv::COLOR_BGR2GRAY); });
+        step("red channel", "OCX_ToGray", "<Channel>red</Channel>", true,
+             [](const cv::Mat &cIn, cv::Mat &cOut) { cv::extractChannel(cIn, cOut, 2); });
+        step("otsu", "OCX_Threshold", "", false, [](const cv::Mat &cIn, cv::Mat &cOut) {
+            cv::threshold(cIn, cOut, 0, 255, cv::THRESH_BINARY | cv::THRESH_OTSU);
+        });
+        step("fixed, dark", "OCX_Threshold",
+             "<Method>Fixed</Method><Level>100</Level><Polarity>Dark</Polarity>", false,
+             [](const cv::Mat &cIn, cv::Mat &cOut) { cOut = cIn <= 100; });
+        step("adaptive", "OCX_Threshold", "<Method>Adaptive</Method><Block>7</Block><Offset>20</Offset>",
+             false, [](const cv::Mat &cIn, cv::Mat &cOut) {
+                 cv::Mat cMean;
+                 cv::blur(cIn, cMean, {7, 7}, {-1, -1}, cv::BORDER_REPLICATE);
+                 cOut = cIn > cMean + 20;
+             });
+        step("adaptive, dark", "OCX_Threshold",
+             "<Method>Adaptive</Method><Block>7</Block><Offset>20</Offset><Polarity>Dark</Polarity>", false,
+             [](const cv::Mat &cIn, cv::Mat &cOut) {
+                 cv::Mat cMean;
+                 cv::blur(cIn, cMean, {7, 7}, {-1, -1}, cv::BORDER_REPLICATE);
+                 cOut = cIn <= cMean - 20;
+             });
+        step("gaussian, colour", "OCX_Blur", "<InputType>RGB</InputType><Size>7</Size><Sigma>1.5</Sigma>",
+             true, [](const cv::Mat &cIn, cv::Mat &cOut) {
+                 cv::GaussianBlur(cIn, cOut, {7, 7}, 1.5);
+             });
+        step("box", "OCX_Blur", "<Method>Box</Method><Size>3</Size>", false,
+             [](const cv::Mat &cIn, cv::Mat &cOut) {
+                 cv::blur(cIn, cOut, {3, 3});
+             });
+        step("median", "OCX_Blur", "<Method>Median</Method>", false,
+             [](const cv::Mat &cIn, cv::Mat &cOut) { cv::medianBlur(cIn, cOut, 5); });
     }
-    ArithmParam *pcOutput = m_pcStore->getParamGray8(2);
-    if (cExpected.channels() == 3)
-        pcOutput = m_pcStore->getParamDIB(2);
-    QCOMPARE(pcOutput->getName() + pcOutput->getDescribe(), QString("ND"));
-}
 
-void TestPlugins::labelsAsOpenCV_data()
-{
-    QTest::addColumn<int>("nShare");
-    QTest::addColumn<int>("nNeighbours");
-    QTest::addColumn<bool>("bDark");
-    for (const int nShare : {0, 5, 41, 59, 100})
-        for (const int nNeighbours : {4, 8})
-            for (const bool bDark : {false, true})
-                QTest::addRow("%d%%, %d, %s", nShare, nNeighbours, bDark ? "dark" : "bright")
-                    << nShare << nNeighbours << bDark;
-}
-
-void TestPlugins::labelsAsOpenCV()
-{
-    QFETCH(int, nShare);
-    QFETCH(int, nNeighbours);
-    QFETCH(bool, bDark);
-    const QString strConfig = QString("<InputID>1</InputID><AreasID>3</AreasID><StringsID>4</StringsID>"
-                                      "<Neighbours>%1</Neighbours><Polarity>%2</Polarity>")
-                                  .arg(nNeighbours)
-                                  .arg(bDark ? "Dark" : "Bright");
-    for (int nSeed = 1; nSeed <= 5; ++nSeed) {
-        ParamGray8 *pcPicture = m_pcStore->getParamGray8(1);
-        fillBinary(pcPicture, nSeed, nShare, 60 + nSeed * 7, 80 - nSeed * 7);
-        cv::Mat cObjects = header(pcPicture).clone();
-        if (bDark)
-            cObjects = cObjects == 0;
-        cv::Mat cLabels;
-        cv::Mat cStats;
-        cv::Mat cCentres;
-        const int nCount =
-            cv::connectedComponentsWithStats(cObjects, cLabels, cStats, cCentres, nNeighbours) - 1;
-
-        QCOMPARE(run("OCX_Blobs", strConfig), QString());
-        const QList<ParamAreas::Area> lstArea = m_pcStore->getParamAreas(3)->getAreas();
-        QCOMPARE(m_pcStore->getParamStrings(4)->getStrings(),
-                 QList<QString>{QString("%1 objects").arg(nCount)});
-        QCOMPARE(lstArea.size(), nCount);
-        QSet<int> setLabel;
-        int nLastSeed = -1;
-        for (const ParamAreas::Area &cArea : lstArea) {
-            const int nLabel = cLabels.at<int>(cArea.seedy, cArea.seedx);
-            setLabel.insert(nLabel);
-            QVERIFY(nLabel > 0);
-            const int *pnStat = cStats.ptr<int>(nLabel);
-            QCOMPARE(cArea.size, pnStat[cv::CC_STAT_AREA]);
-            QCOMPARE(cArea.bounds[0], pnStat[cv::CC_STAT_TOP]);
-            QCOMPARE(cArea.bounds[1], pnStat[cv::CC_STAT_TOP] + pnStat[cv::CC_STAT_HEIGHT] - 1);
-            QCOMPARE(cArea.bounds[2], pnStat[cv::CC_STAT_LEFT]);
-            QCOMPARE(cArea.bounds[3], pnStat[cv::CC_STAT_LEFT] + pnStat[cv::CC_STAT_WIDTH] - 1);
-            const int nSeedPos = cArea.seedy * cObjects.cols + cArea.seedx;
-            QVERIFY2(nSeedPos > nLastSeed, "areas stand from top left to bottom right");
-            nLastSeed = nSeedPos;
+    void computesAsOpenCV()
+    {
+        QFETCH(QString, strID);
+        QFETCH(QString, strConfig);
+        QFETCH(bool, bColour);
+        QFETCH(Expected, fnExpected);
+        const QString strTitle = "<Name>N</Name><Describe>D</Describe>";
+        cv::Mat cExpected;
+        // Into a picture of its own, again (the buffer must be kept), then in place.
+        for (const int nOutputID : {2, 2, 1}) {
+            const cv::Mat cInput = bColour ? fill(m_pcStore->getParamDIB(1), nOutputID)
+                                           : fill(m_pcStore->getParamGray8(1), nOutputID);
+            fnExpected(cInput, cExpected);
+            const bool bColourOut = cExpected.channels() == 3;
+            const auto pixels = [&] {
+                return bColourOut ? header(m_pcStore->getParamDIB(nOutputID))
+                                  : header(m_pcStore->getParamGray8(nOutputID));
+            };
+            const void *pvBefore = pixels().data;
+            QCOMPARE(run(strID, QString("<InputID>1</InputID><OutputID>%1</OutputID>").arg(nOutputID) +
+                                    strTitle + strConfig),
+                     QString());
+            QVERIFY2(same(pixels(), cExpected), qPrintable(QString("into %1").arg(nOutputID)));
+            QVERIFY(!pvBefore || pvBefore == pixels().data);
         }
-        QCOMPARE(setLabel.size(), nCount);
+        ArithmParam *pcOutput = m_pcStore->getParamGray8(2);
+        if (cExpected.channels() == 3)
+            pcOutput = m_pcStore->getParamDIB(2);
+        QCOMPARE(pcOutput->getName() + pcOutput->getDescribe(), QString("ND"));
     }
-}
 
-void TestPlugins::steersTheFlow_data()
-{
-    QTest::addColumn<QString>("strConfig");
-    QTest::addColumn<QString>("strResult");
-    QTest::addColumn<QString>("strCount");
-    QTest::newRow("silent") << ""
-                            << ""
-                            << "3 objects";
-    QTest::newRow("print") << "<Print>1</Print><Label>dots</Label>"
-                           << "<CMD>print:3 dots, 1 to 12 pixels</CMD>"
-                           << "3 dots";
-    QTest::newRow("by size") << "<MinSize>2</MinSize><MaxSize>11</MaxSize><Print>1</Print>"
-                             << "<CMD>print:1 objects, 4 pixels</CMD>"
-                             << "1 objects";
-    QTest::newRow("none, outside")
-        << "<MinSize>13</MinSize><Print>1</Print><MinCount>1</MinCount>"
-           "<WhenInside>skip:2</WhenInside><WhenOutside>stop:nothing there</WhenOutside>"
-        << "<CMD>print:0 objects</CMD><CMD>stop:nothing there</CMD>"
-        << "0 objects";
-    QTest::newRow("inside") << "<MinCount>3</MinCount><MaxCount>3</MaxCount>"
-                               "<WhenInside>skip:-2</WhenInside><WhenOutside>skip:1</WhenOutside>"
-                            << "<CMD>skip:-2</CMD>"
-                            << "3 objects";
-    QTest::newRow("border") << "<Border>Drop</Border>"
-                            << ""
-                            << "2 objects";
-}
+    void labelsAsOpenCV_data()
+    {
+        QTest::addColumn<int>("nShare");
+        QTest::addColumn<int>("nNeighbours");
+        QTest::addColumn<bool>("bDark");
+        for (const int nShare : {0, 5, 41, 59, 100})
+            for (const int nNeighbours : {4, 8})
+                for (const bool bDark : {false, true})
+                    QTest::addRow("%d%%, %d, %s", nShare, nNeighbours, bDark ? "dark" : "bright")
+                        << nShare << nNeighbours << bDark;
+    }
 
-void TestPlugins::steersTheFlow()
-{
-    QFETCH(QString, strConfig);
-    QFETCH(QString, strResult);
-    QFETCH(QString, strCount);
-    ParamGray8 *pcPicture = m_pcStore->getParamGray8(0);
-    pcPicture->resize(20, 10);
-    cv::Mat cPixels = header(pcPicture);
-    cPixels = 0;
-    cPixels(cv::Rect(2, 2, 4, 3)) = 255;
-    cPixels(cv::Rect(10, 4, 2, 2)) = 1;
-    cPixels(cv::Rect(19, 9, 1, 1)) = 255;
-    QCOMPARE(run("OCX_Blobs", "<InputID>0</InputID><AreasID>1</AreasID><StringsID>1</StringsID>" + strConfig),
-             strResult);
-    QCOMPARE(m_pcStore->getParamStrings(1)->getStrings(), QList<QString>{strCount});
-}
+    void labelsAsOpenCV()
+    {
+        QFETCH(int, nShare);
+        QFETCH(int, nNeighbours);
+        QFETCH(bool, bDark);
+        const QString strConfig = QString("<InputID>1</InputID><AreasID>3</AreasID><StringsID>4</StringsID>"
+                                          "<Neighbours>%1</Neighbours><Polarity>%2</Polarity>")
+                                      .arg(nNeighbours)
+                                      .arg(bDark ? "Dark" : "Bright");
+        for (int nSeed = 1; nSeed <= 5; ++nSeed) {
+            ParamGray8 *pcPicture = m_pcStore->getParamGray8(1);
+            fillBinary(pcPicture, nSeed, nShare, 60 + nSeed * 7, 80 - nSeed * 7);
+            cv::Mat cObjects = header(pcPicture).clone();
+            if (bDark)
+                cObjects = cObjects == 0;
+            cv::Mat cLabels;
+            cv::Mat cStats;
+            cv::Mat cCentres;
+            const int nCount =
+                cv::connectedComponentsWithStats(cObjects, cLabels, cStats, cCentres, nNeighbours) - 1;
 
-void TestPlugins::refuses_data()
-{
-    QTest::addColumn<QString>("strID");
-    QTest::addColumn<QString>("strConfig");
-    QTest::addColumn<QString>("strError");
-    const QString strIDs =
-        "<InputID>1</InputID><OutputID>2</OutputID><AreasID>1</AreasID><StringsID>1</StringsID>";
-    QTest::newRow("no picture") << "OCX_ToGray"
-                                << "<InputID>3</InputID><OutputID>2</OutputID>"
-                                << "Input picture 3 is empty.";
-    QTest::newRow("nothing set") << "OCX_Blur"
-                                 << ""
-                                 << "Setting InputID is missing.";
-    QTest::newRow("id below 0")
-        << "OCX_Threshold"
-        << "<InputID>1</InputID><OutputID>-1</OutputID>"
-        << "Setting OutputID is \"-1\", wanted is a whole number from 0 to 2147483647.";
-    QTest::newRow("even block") << "OCX_Threshold" << strIDs + "<Method>Adaptive</Method><Block>10</Block>"
-                                << "Setting Block is \"10\", wanted is an odd number.";
-    QTest::newRow("no number")
-        << "OCX_Blobs" << strIDs + "<MinSize>12x</MinSize>"
-        << "Setting MinSize is \"12x\", wanted is a whole number from 0 to 2147483647.";
-    QTest::newRow("unknown choice")
-        << "OCX_Blur" << strIDs + "<Method>Sharpen</Method>"
-        << "Setting Method is \"Sharpen\", wanted is one of Gaussian, Box, Median.";
-    QTest::newRow("no command")
-        << "OCX_Blobs" << strIDs + "<WhenInside>skip:far</WhenInside>"
-        << "Setting WhenInside is \"skip:far\", wanted is skip:NUMBER, stop:TEXT or print:TEXT.";
-    QTest::newRow("stray end tag") << "OCX_ToGray"
-                                   << "</InputID><InputID>1</InputID><OutputID>2</OutputID>"
-                                   << "Setting InputID is missing.";
-}
+            QCOMPARE(run("OCX_Blobs", strConfig), QString());
+            const QList<ParamAreas::Area> lstArea = m_pcStore->getParamAreas(3)->getAreas();
+            QCOMPARE(m_pcStore->getParamStrings(4)->getStrings(),
+                     QList<QString>{QString("%1 objects").arg(nCount)});
+            QCOMPARE(lstArea.size(), nCount);
+            QSet<int> setLabel;
+            int nLastSeed = -1;
+            for (const ParamAreas::Area &cArea : lstArea) {
+                const int nLabel = cLabels.at<int>(cArea.seedy, cArea.seedx);
+                setLabel.insert(nLabel);
+                QVERIFY(nLabel > 0);
+                const int *pnStat = cStats.ptr<int>(nLabel);
+                QCOMPARE(cArea.size, pnStat[cv::CC_STAT_AREA]);
+                QCOMPARE(cArea.bounds[0], pnStat[cv::CC_STAT_TOP]);
+                QCOMPARE(cArea.bounds[1], pnStat[cv::CC_STAT_TOP] + pnStat[cv::CC_STAT_HEIGHT] - 1);
+                QCOMPARE(cArea.bounds[2], pnStat[cv::CC_STAT_LEFT]);
+                QCOMPARE(cArea.bounds[3], pnStat[cv::CC_STAT_LEFT] + pnStat[cv::CC_STAT_WIDTH] - 1);
+                const int nSeedPos = cArea.seedy * cObjects.cols + cArea.seedx;
+                QVERIFY2(nSeedPos > nLastSeed, "areas stand from top left to bottom right");
+                nLastSeed = nSeedPos;
+            }
+            QCOMPARE(setLabel.size(), nCount);
+        }
+    }
 
-void TestPlugins::refuses()
-{
-    QFETCH(QString, strID);
-    QFETCH(QString, strConfig);
-    QFETCH(QString, strError);
-    fill(m_pcStore->getParamGray8(1), 1);
-    QCOMPARE(run(strID, strConfig), strError);
-}
+    void steersTheFlow_data()
+    {
+        QTest::addColumn<QString>("strConfig");
+        QTest::addColumn<QString>("strResult");
+        QTest::addColumn<QString>("strCount");
+        row("silent", "", "", "3 objects");
+        row("print", "<Print>1</Print><Label>dots</Label>", "<CMD>print:3 dots, 1 to 12 pixels</CMD>",
+            "3 dots");
+        row("by size", "<MinSize>2</MinSize><MaxSize>11</MaxSize><Print>1</Print>",
+            "<CMD>print:1 objects, 4 pixels</CMD>", "1 objects");
+        row("none, outside",
+            "<MinSize>13</MinSize><Print>1</Print><MinCount>1</MinCount>"
+            "<WhenInside>skip:2</WhenInside><WhenOutside>stop:nothing there</WhenOutside>",
+            "<CMD>print:0 objects</CMD><CMD>stop:nothing there</CMD>", "0 objects");
+        row("inside",
+            "<MinCount>3</MinCount><MaxCount>3</MaxCount>"
+            "<WhenInside>skip:-2</WhenInside><WhenOutside>skip:1</WhenOutside>",
+            "<CMD>skip:-2</CMD>", "3 objects");
+        row("border", "<Border>Drop</Border>", "", "2 objects");
+    }
 
-void TestPlugins::runsInSeveralTasksAtOnce()
-{
-    std::atomic<int> nFaults{0};
-    together(4, [&](int nThread) {
-        ArithmParamMgr *pcStore = ArithmParamMgr::newInstance();
-        fillBinary(pcStore->getParamGray8(1), nThread, 20 + nThread * 10, 100 + nThread, 50);
-        const QString strConfig =
-            "<InputID>1</InputID><AreasID>1</AreasID><StringsID>1</StringsID><Print>1</Print>";
-        const QString strFirst = run("OCX_Blobs", strConfig, pcStore);
-        const QString strFault = QString("<InputID>%1</InputID>").arg(nThread + 10);
-        for (int nRun = 0; nRun < 100; ++nRun)
-            if (run("OCX_Blobs", strConfig, pcStore) != strFirst ||
-                run("OCX_ToGray", strFault, pcStore) !=
-                    QString("Input picture %1 is empty.").arg(nThread + 10) ||
-                !run("OCX_Blur", "<InputID>1</InputID><OutputID>2</OutputID>", pcStore).isEmpty())
-                ++nFaults;
-        ArithmParamMgr::deleteInstance(pcStore);
-    });
-    QCOMPARE(nFaults.load(), 0);
-}
+    void steersTheFlow()
+    {
+        QFETCH(QString, strConfig);
+        QFETCH(QString, strResult);
+        QFETCH(QString, strCount);
+        ParamGray8 *pcPicture = m_pcStore->getParamGray8(0);
+        pcPicture->resize(20, 10);
+        cv::Mat cPixels = header(pcPicture);
+        cPixels = 0;
+        cPixels(cv::Rect(2, 2, 4, 3)) = 255;
+        cPixels(cv::Rect(10, 4, 2, 2)) = 1;
+        cPixels(cv::Rect(19, 9, 1, 1)) = 255;
+        QCOMPARE(
+            run("OCX_Blobs", "<InputID>0</InputID><AreasID>1</AreasID><StringsID>1</StringsID>" + strConfig),
+            strResult);
+        QCOMPARE(m_pcStore->getParamStrings(1)->getStrings(), QList<QString>{strCount});
+    }
 
-void TestPlugins::countsOnThePhotographs()
-{
-    // The flows name their files from the top of the tree; what they save stays out of it.
-    const QTemporaryDir cTree;
-    QVERIFY(QFile::link(OCULINEX_SOURCE_DIR "/examples", cTree.filePath("examples")));
-    QVERIFY(QDir(cTree.path()).mkdir("build"));
-    QVERIFY(QDir::setCurrent(cTree.path()));
-    QCOMPARE(openTasksFile(const_cast<char *>("examples/coins.tasks")), "");
-    startAllTasks();
-    QStringList lstPrinted;
-    char szText[256];
-    const auto fnAllPrinted = [&] {
-        while (getOutputMsg(szText, sizeof szText) >= 0)
-            lstPrinted << szText;
-        return lstPrinted.size() >= 10;
-    };
-    QTRY_VERIFY_WITH_TIMEOUT(fnAllPrinted(), 20000);
-    stopAllTasks();
-    QCOMPARE(getErrMsg(szText, sizeof szText), -1);
+    void refuses_data()
+    {
+        QTest::addColumn<QString>("strID");
+        QTest::addColumn<QString>("strConfig");
+        QTest::addColumn<QString>("strError");
+        const QString strIDs =
+            "<InputID>1</InputID><OutputID>2</OutputID><AreasID>1</AreasID><StringsID>1</StringsID>";
+        row("no picture", "OCX_ToGray", "<InputID>3</InputID><OutputID>2</OutputID>",
+            "Input picture 3 is empty.");
+        row("nothing set", "OCX_Blur", "", "Setting InputID is missing.");
+        row("id below 0", "OCX_Threshold", "<InputID>1</InputID><OutputID>-1</OutputID>",
+            "Setting OutputID is \"-1\", wanted is a whole number from 0 to 2147483647.");
+        row("even block", "OCX_Threshold", strIDs + "<Method>Adaptive</Method><Block>10</Block>",
+            "Setting Block is \"10\", wanted is an odd number.");
+        row("no number", "OCX_Blobs", strIDs + "<MinSize>12x</MinSize>",
+            "Setting MinSize is \"12x\", wanted is a whole number from 0 to 2147483647.");
+        row("unknown choice", "OCX_Blur", strIDs + "<Method>Sharpen</Method>",
+            "Setting Method is \"Sharpen\", wanted is one of Gaussian, Box, Median.");
+        row("no command", "OCX_Blobs", strIDs + "<WhenInside>skip:far</WhenInside>",
+            "Setting WhenInside is \"skip:far\", wanted is skip:NUMBER, stop:TEXT or print:TEXT.");
+        row("stray end tag", "OCX_ToGray", "</InputID><InputID>1</InputID><OutputID>2</OutputID>",
+            "Setting InputID is missing.");
+    }
 
-    const QString strPrinted = lstPrinted.join('\n');
-    // A person counts 24 coins and, on the launch pad, 7 lamps and a rocket; the sky takes the other branch.
-    for (const char *szWanted :
-         {"24 coins,", "8 bright things,", "0 lamps", "7 lamps,", "a deep field of galaxies."})
-        QVERIFY2(strPrinted.contains(szWanted), qPrintable(strPrinted));
-    QCOMPARE(strPrinted.count("lamps"), 2);
-    // Decoders of JPEG differ a little.
-    const int nGalaxies = QRegularExpression("(\\d+) bright galaxies").match(strPrinted).captured(1).toInt();
-    QVERIFY2(nGalaxies >= 80 && nGalaxies <= 92, qPrintable(strPrinted));
-}
+    void refuses()
+    {
+        QFETCH(QString, strID);
+        QFETCH(QString, strConfig);
+        QFETCH(QString, strError);
+        fill(m_pcStore->getParamGray8(1), 1);
+        QCOMPARE(run(strID, strConfig), strError);
+    }
+
+    void runsInSeveralTasksAtOnce()
+    {
+        std::atomic<int> nFaults{0};
+        together(4, [&](int nThread) {
+            ArithmParamMgr *pcStore = ArithmParamMgr::newInstance();
+            fillBinary(pcStore->getParamGray8(1), nThread, 20 + nThread * 10, 100 + nThread, 50);
+            const QString strConfig =
+                "<InputID>1</InputID><AreasID>1</AreasID><StringsID>1</StringsID><Print>1</Print>";
+            const QString strFirst = run("OCX_Blobs", strConfig, pcStore);
+            const QString strFault = QString("<InputID>%1</InputID>").arg(nThread + 10);
+            for (int nRun = 0; nRun < 100; ++nRun)
+                if (run("OCX_Blobs", strConfig, pcStore) != strFirst ||
+                    run("OCX_ToGray", strFault, pcStore) !=
+                        QString("Input picture %1 is empty.").arg(nThread + 10) ||
+                    !run("OCX_Blur", "<InputID>1</InputID><OutputID>2</OutputID>", pcStore).isEmpty())
+                    ++nFaults;
+            ArithmParamMgr::deleteInstance(pcStore);
+        });
+        QCOMPARE(nFaults.load(), 0);
+    }
+
+    void countsOnThePhotographs()
+    {
+        // The flows name their files from the top of the tree; what they save stays out of it.
+        const QTemporaryDir cTree;
+        QVERIFY(QFile::link(OCULINEX_SOURCE_DIR "/examples", cTree.filePath("examples")));
+        QVERIFY(QDir(cTree.path()).mkdir("build"));
+        QVERIFY(QDir::setCurrent(cTree.path()));
+        QCOMPARE(openTasksFile(const_cast<char *>("examples/coins.tasks")), "");
+        startAllTasks();
+        QStringList lstPrinted;
+        char szText[256];
+        const auto fnAllPrinted = [&] {
+            while (getOutputMsg(szText, sizeof szText) >= 0)
+                lstPrinted << szText;
+            return lstPrinted.size() >= 10;
+        };
+        QTRY_VERIFY_WITH_TIMEOUT(fnAllPrinted(), 20000);
+        stopAllTasks();
+        QCOMPARE(getErrMsg(szText, sizeof szText), -1);
+
+        const QString strPrinted = lstPrinted.join('\n');
+        // A person counts 24 coins and, on the launch pad, 7 lamps and a rocket; the sky takes the other
+        // branch.
+        for (const char *szWanted :
+             {"24 coins,", "8 bright things,", "0 lamps", "7 lamps,", "a deep field of galaxies."})
+            QVERIFY2(strPrinted.contains(szWanted), qPrintable(strPrinted));
+        QCOMPARE(strPrinted.count("lamps"), 2);
+        // Decoders of JPEG differ a little.
+        const int nGalaxies =
+            QRegularExpression("(\\d+) bright galaxies").match(strPrinted).captured(1).toInt();
+        QVERIFY2(nGalaxies >= 80 && nGalaxies <= 92, qPrintable(strPrinted));
+    }
+
+private:
+    static QString run(const QString &strID, QString strConfig, ArithmParamMgr *pcStore)
+    {
+        Arithm *pcArithm = ArithmMgr::getInstance()->getArithm(strID);
+        return pcArithm ? pcArithm->execute(strConfig, pcStore) : strID + " is not there";
+    }
+    QString run(const QString &strID, const QString &strConfig) { return run(strID, strConfig, m_pcStore); }
+
+    ArithmParamMgr *m_pcStore = nullptr;
+};
 
 QTEST_GUILESS_MAIN(TestPlugins)
 #include "tst_plugins.moc"

@@ -15,6 +15,7 @@
 #include "arithmMgr/arithmregister.h"
 #include "arithmparammgr.h"
 #include "fixtures/neighbourhood.h"
+#include "fixtures/row.h"
 #include "fixtures/together.h"
 
 namespace
@@ -182,16 +183,16 @@ private slots:
     {
         const QByteArray achGood = m_cHere.named();
         QTest::addColumn<QByteArray>("achFile");
-        QTest::newRow("empty") << QByteArray();
-        QTest::newRow("text") << QByteArray("#!/bin/sh\necho not a library\n");
-        QTest::newRow("header") << achGood.left(64);
-        QTest::newRow("page") << achGood.left(4096);
-        QTest::newRow("last segment") << achGood.left(lastSegment(achGood));
-        QTest::newRow("zeros at the end") << achGood.left(4096).leftJustified(achGood.size(), '\0');
+        row("empty", QByteArray());
+        row("text", QByteArray("#!/bin/sh\necho not a library\n"));
+        row("header", achGood.left(64));
+        row("page", achGood.left(4096));
+        row("last segment", achGood.left(lastSegment(achGood)));
+        row("zeros at the end", achGood.left(4096).leftJustified(achGood.size(), '\0'));
         QByteArray achForeign = achGood;
         achForeign[18] = char(EM_S390);
-        QTest::newRow("machine") << achForeign;
-        QTest::newRow("missing import") << m_cHere.namedWithout("dladdr");
+        row("machine", achForeign);
+        row("missing import", m_cHere.namedWithout("dladdr"));
     }
 
     void skipsWhatCannotBeLoaded()
@@ -276,19 +277,14 @@ private slots:
         QTest::addColumn<QByteArray>("achConfig");
         QTest::addColumn<QString>("strResult");
         QTest::addColumn<bool>("bLogged");
-        QTest::newRow("null") << QByteArray("<Null>1</Null>") << QString() << false;
-        QTest::newRow("bad bytes") << QByteArray("<Hex>41ff42c3</Hex>") << QStringLiteral("A\uFFFDB\uFFFD")
-                                   << false;
-        QTest::newRow("long") << QByteArray("<Size>3000000</Size>") << QString(3000000, QLatin1Char('x'))
-                              << false;
-        QTest::newRow("long config") << QByteArray(5000, ' ') + "<Result>end</Result>"
-                                     << QStringLiteral("end") << false;
-        QTest::newRow("throws") << QByteArray("<Throw>no light</Throw>") << QStringLiteral("no light")
-                                << true;
-        QTest::newRow("throws int") << QByteArray("<ThrowInt>5</ThrowInt>")
-                                    << QStringLiteral("unknown exception") << true;
-        QTest::newRow("overwrites") << QByteArray("<Overwrite>1</Overwrite><Result>kept</Result>")
-                                    << QStringLiteral("kept") << false;
+        row("null", QByteArray("<Null>1</Null>"), QString(), false);
+        row("bad bytes", QByteArray("<Hex>41ff42c3</Hex>"), QStringLiteral("A\uFFFDB\uFFFD"), false);
+        row("long", QByteArray("<Size>3000000</Size>"), QString(3000000, QLatin1Char('x')), false);
+        row("long config", QByteArray(5000, ' ') + "<Result>end</Result>", QStringLiteral("end"), false);
+        row("throws", QByteArray("<Throw>no light</Throw>"), QStringLiteral("no light"), true);
+        row("throws int", QByteArray("<ThrowInt>5</ThrowInt>"), QStringLiteral("unknown exception"), true);
+        row("overwrites", QByteArray("<Overwrite>1</Overwrite><Result>kept</Result>"), QStringLiteral("kept"),
+            false);
     }
 
     void executes()
