@@ -170,16 +170,12 @@ void TestDrawing::composesGrey()
     ParamGray8 *pcGrey = m_cStore.getParamGray8(1);
     pcGrey->resize(5, 1);
     memcpy(pcGrey->getGray8(), "\x00\x01\x02\x07\xFF", 5);
-    for (const int nFactor : {1, 2}) {
-        const QImage cTarget =
-            drawn(1, QStringLiteral("<Scale>3</Scale><DrawMode>%1</DrawMode>").arg(strMode),
-                  QSize(5, 1) * nFactor, QImage::Format_RGB888);
-        for (int x = 0; x < cTarget.width(); ++x)
-            QCOMPARE(cTarget.pixel(x, nFactor - 1), lstColours[x / nFactor]);
-        const bool bPlaced = !strMode.startsWith(QLatin1String("<Val>3"));
-        QCOMPARE(Drawing::getViewScaleOpt(VIEW).m_afScale[0],
-                 bPlaced ? 1.0F / static_cast<float>(nFactor) : 7.0F);
-    }
+    const QImage cTarget =
+        drawn(1, QStringLiteral("<DrawMode>%1</DrawMode>").arg(strMode), {5, 1}, QImage::Format_RGB888);
+    for (int x = 0; x < 5; ++x)
+        QCOMPARE(cTarget.pixel(x, 0), lstColours[x]);
+    QCOMPARE(Drawing::getViewScaleOpt(VIEW).m_afScale[0],
+             strMode.startsWith(QLatin1String("<Val>3")) ? 7.0F : 1.0F);
 }
 
 void TestDrawing::everyWayGivesTheSamePixels()
@@ -258,10 +254,9 @@ void TestDrawing::badPicturesDrawNothing()
     unsigned char auchPixels[16] = {};
     QImage cTarget = target({4, 4}, QImage::Format_RGB888);
     const QImage cBefore = cTarget;
-    for (const QSize cSize : {QSize(0, 2), QSize(2, 0), QSize(-1, -1), QSize(-3, 2), QSize(MAX, -MAX)}) {
-        Drawing::DIBDrawingOpt(1, auchPixels, cSize.width(), cSize.height()).draw(&cTarget, &m_cStore);
-        Drawing::Gray8DrawingOpt(1, auchPixels, cSize.width(), cSize.height()).draw(&cTarget, &m_cStore);
-        Drawing::Gray16DrawingOpt(1, auchPixels, cSize.width(), cSize.height()).draw(&cTarget, &m_cStore);
+    for (const QSize &c : {QSize(0, 2), QSize(2, 0), QSize(-1, -1), QSize(-3, 2), QSize(MAX, -MAX)}) {
+        Drawing::DIBDrawingOpt(1, auchPixels, c.width(), c.height()).draw(&cTarget, &m_cStore);
+        Drawing::Gray8DrawingOpt(1, auchPixels, c.width(), c.height()).draw(&cTarget, &m_cStore);
     }
     Drawing::DIBDrawingOpt(1, auchPixels, MAX, MAX).draw(&cTarget, &m_cStore);
     Drawing::Gray8DrawingOpt(1, nullptr, 2, 2).draw(&cTarget, &m_cStore);
@@ -269,8 +264,6 @@ void TestDrawing::badPicturesDrawNothing()
     Drawing::DIBDrawingOpt cGood(1, auchPixels, 2, 2);
     cGood.draw(&cTarget, nullptr);
     cGood.draw(nullptr, &m_cStore);
-    QImage cNone;
-    cGood.draw(&cNone, &m_cStore);
     QCOMPARE(cTarget, cBefore);
     cGood.setViewID(77); // no such view: painted, recorded nowhere
     cGood.draw(&cTarget, &m_cStore);
@@ -291,20 +284,12 @@ QString describe(const Drawing::DrawingOpt *pcOpt)
 {
     if (!pcOpt)
         return QStringLiteral("none");
-    QVector<int> lstFields;
+    QVector<int> lstFields; // those of lists show in what is painted
     if (auto *p = dynamic_cast<const Drawing::GrayDrawingOpt *>(pcOpt))
-        lstFields = {p->m_nScaleType, p->m_nAlignType, p->m_nDrawMode,
-                     p->m_nLapped,    p->m_nMaskVal,   p->m_nMaskCr};
-    if (auto *p = dynamic_cast<const Drawing::PointsDrawingOpt *>(pcOpt))
-        lstFields = {p->m_nSize, p->m_nColor};
-    if (auto *p = dynamic_cast<const Drawing::LinesDrawingOpt *>(pcOpt))
-        lstFields = {p->m_nSize, p->m_nColor, p->m_bDspLength};
-    if (auto *p = dynamic_cast<const Drawing::PolysDrawingOpt *>(pcOpt))
-        lstFields = {p->m_nBorderSize, p->m_nBorderColor, p->m_bDspArea};
-    if (auto *p = dynamic_cast<const Drawing::AreasDrawingOpt *>(pcOpt))
-        lstFields = {p->m_nColor, p->m_bDspArea};
+        lstFields = {p->getScaleType(), p->getAlignType(), p->getDrawMode(),
+                     p->getLapped(),    p->getMaskVal(),   p->getMaskColor()};
     if (auto *p = dynamic_cast<const Drawing::StringsDrawingOpt *>(pcOpt))
-        lstFields = {p->m_nColor, p->m_nX, p->m_nY, p->m_nFontSize};
+        lstFields = {p->getColor(), p->m_nX, p->m_nY, p->getFontSize()};
     QString strText = QString::asprintf("view %d type %d id %d:", pcOpt->getViewID(), pcOpt->getDataType(),
                                         pcOpt->getDataID());
     for (const int nField : lstFields)
@@ -318,31 +303,25 @@ void TestDrawing::readsConfig_data()
     QTest::addColumn<QString>("strConfig");
     QTest::addColumn<QString>("strObject");
     const auto row = [](const char *szStart, const char *szSettings, const char *szObject) {
-        const QString strConfig = QString(szStart) + QStringLiteral("<Config>") + szSettings + "</Config>";
-        QTest::newRow(qPrintable(strConfig)) << strConfig << QString(szObject);
-    };
-    const auto typed = [&row](const char *szType, const char *szSettings, const char *szObject) {
-        row(("<View>1</View><DataType>" + QByteArray(szType) + "</DataType><DataID>5</DataID>").constData(),
-            szSettings, szObject);
+        QTest::addRow("%s %s", szStart, szSettings)
+            << QString(szStart) + QStringLiteral("<Config>") + szSettings + "</Config>" << QString(szObject);
     };
     row("<DataID>5</DataID>", "", "none");
     row("<DataType>x</DataType><DataID>5</DataID>", "", "none");
+    row("<DataType>9</DataType><DataID>5</DataID>", "<Size>1</Size>", "none");
     row("<DataType>3</DataType><DataID>5x</DataID>", "", "none");
-    row("<DataType>3</DataType><DataID>5</DataID>", "", "view 0 type 3 id 5: 0 0");
     row("<View>y</View><DataType>7</DataType><DataID>5</DataID>", "", "view 0 type 7 id 5: 0 0 0 12");
-    row("<view>2</VIEW><datatype>3</DataType><DataID> +6 </dataid>", "", "view 2 type 3 id 6: 0 0");
-    typed("9", "<Size>1</Size>", "none");
-    typed("2", "<DrawMode><Mask>1</Mask></DrawMode><Val>2</Val>", "view 1 type 2 id 5: 0 0 0 0 1 0");
-    typed("1", "<DrawMode><Mask>,2,9</Mask><Lapped>4</Lapped></DrawMode>", "view 1 type 1 id 5: 0 0 0 4 0 2");
-    typed("3", "<Size>4</Size><Color>-65536</Color>", "view 1 type 3 id 5: 4 -65536");
-    typed("4", "<Size>2 px</Size><DspLen>2</DspLen>", "view 1 type 4 id 5: 1 0 0");
-    typed("4", "<Size>2</Size><DspLen>1</DspLen><Color>255</Color>", "view 1 type 4 id 5: 2 255 1");
-    typed("5", "<BorderSize>2</BorderSize><BorderColor>7</BorderColor><DspArea>1</DspArea>",
-          "view 1 type 5 id 5: 2 7 1");
-    typed("6", "<DspArea>1</DspArea><Color>8</Color>", "view 1 type 6 id 5: 8 1");
-    typed("7", "<Color>9</Color><Pos>10,-20</Pos><FontSize>30</FontSize>", "view 1 type 7 id 5: 9 10 -20 30");
-    typed("7", "<Pos>x,3</Pos>", "view 1 type 7 id 5: 0 0 3 0");
-    typed("7", "<Pos>3</Pos><FontSize>z</FontSize>", "view 1 type 7 id 5: 0 0 0 0");
+    row("<view>2</VIEW><datatype>3</DataType><DataID> +6 </dataid>", "", "view 2 type 3 id 6:");
+    const char *szGrey8 = "<View>1</View><DataType>1</DataType><DataID>5</DataID>";
+    const char *szGrey16 = "<DataType>2</DataType><DataID>5</DataID>";
+    const char *szTexts = "<DataType>7</DataType><DataID>5</DataID>";
+    row(szGrey8, "<DrawMode><Mask>,2,9</Mask><Lapped>4</Lapped></DrawMode>",
+        "view 1 type 1 id 5: 0 0 0 4 0 2");
+    row(szGrey16, "<DrawMode><Mask>1</Mask></DrawMode><Val>2</Val>", "view 0 type 2 id 5: 0 0 0 0 1 0");
+    row(szTexts, "<Color>9</Color><Pos>10,-20</Pos><FontSize>30</FontSize>",
+        "view 0 type 7 id 5: 9 10 -20 30");
+    row(szTexts, "<Pos>x,3</Pos>", "view 0 type 7 id 5: 0 0 3 0");
+    row(szTexts, "<Pos>3</Pos><FontSize>z</FontSize>", "view 0 type 7 id 5: 0 0 0 0");
 }
 
 void TestDrawing::readsConfig()
