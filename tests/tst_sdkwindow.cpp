@@ -8,13 +8,17 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QDir>
 #include <QLabel>
+#include <QLibrary>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QRawFont>
 #include <QSlider>
 #include <QSpinBox>
 #include <QTest>
+#include <QTextDocumentFragment>
 #include <QTimer>
 #include <QToolButton>
 
@@ -162,6 +166,38 @@ QString show(const Plugin::PluginDescription &cPlugin, const QString &strConfig,
     return Plugin::showSettings(cPlugin, strConfig, pcStore);
 }
 
+/// Nothing is cut off or overlaps, and the font has every character.
+void checkTidy(QWidget *pcWindow)
+{
+    QList<QWidget *> lstVisible;
+    for (QWidget *pcWidget : pcWindow->findChildren<QWidget *>())
+        if (!pcWidget->visibleRegion().isEmpty() && !pcWidget->objectName().startsWith("qt_") &&
+            (qobject_cast<QLabel *>(pcWidget) || pcWidget->focusPolicy() != Qt::NoFocus))
+            lstVisible << pcWidget;
+    QVERIFY(lstVisible.size() > 3);
+    for (const QWidget *pcWidget : lstVisible) {
+        const auto *pcLabel = qobject_cast<const QLabel *>(pcWidget);
+        // A line of text scrolls.
+        if (!(pcLabel && pcLabel->wordWrap()) && !qobject_cast<const QAbstractScrollArea *>(pcWidget) &&
+            !qobject_cast<const QLineEdit *>(pcWidget) && pcWidget->objectName() != QLatin1String("view"))
+            QVERIFY2(pcWidget->width() >= pcWidget->sizeHint().width(), qPrintable(pcWidget->objectName()));
+        const QRegion cPlace = pcWidget->visibleRegion().translated(pcWidget->mapTo(pcWindow, {0, 0}));
+        for (const QWidget *pcOther : lstVisible) {
+            const QRegion cOther = pcOther->visibleRegion().translated(pcOther->mapTo(pcWindow, {0, 0}));
+            QVERIFY2(pcOther == pcWidget || pcOther->isAncestorOf(pcWidget) ||
+                         pcWidget->isAncestorOf(pcOther) || !cPlace.intersects(cOther),
+                     qPrintable(pcWidget->objectName() + ' ' + pcOther->objectName()));
+        }
+        if (!pcLabel)
+            continue;
+        const QRawFont cLatin = QRawFont::fromFont(pcLabel->font());
+        const QRawFont cHan = QRawFont::fromFont(pcLabel->font(), QFontDatabase::SimplifiedChinese);
+        for (const QChar ch : QTextDocumentFragment::fromHtml(pcLabel->text()).toPlainText())
+            QVERIFY2(ch.isSpace() || cLatin.supportsCharacter(ch) || cHan.supportsCharacter(ch),
+                     qPrintable(pcLabel->text()));
+    }
+}
+
 const QString WHOLE = QStringLiteral(
     "<InputID>3</InputID><InputType>Gray8</InputType><Method>Fixed</Method><Level>40</Level><Block>7</Block>"
     "<Largest>2147483647</Largest><Sigma>0.125</Sigma><Print>1</Print><Label>24 a &lt; b</Label>"
@@ -188,7 +224,9 @@ private slots:
     void previewTellsFailures();
     void closesWhileThePreviewComputes();
     void sourceWindow();
-    void widgetsAreTidy();
+    void keysGoDownTheWindow();
+    void windowsOfThePlugins_data();
+    void windowsOfThePlugins();
 
 private:
     ArithmParamMgr *store() { return m_pcStore.get(); }
@@ -438,45 +476,76 @@ void TstSdkWindow::sourceWindow()
             }).isNull());
 }
 
-void TstSdkWindow::widgetsAreTidy()
+void TstSdkWindow::keysGoDownTheWindow()
 {
     show(STEP, WHOLE, store(), [](QDialog *pcWindow) {
-        QList<QWidget *> lstVisible;
-        for (QWidget *pcWidget : pcWindow->findChildren<QWidget *>())
-            if (pcWidget->isVisible() && !pcWidget->objectName().startsWith("qt_") &&
-                (qobject_cast<QLabel *>(pcWidget) || pcWidget->focusPolicy() != Qt::NoFocus))
-                lstVisible << pcWidget;
-        QVERIFY(lstVisible.size() > 30);
-        for (const QWidget *pcWidget : lstVisible) {
-            const auto *pcLabel = qobject_cast<const QLabel *>(pcWidget);
-            if (!(pcLabel && pcLabel->wordWrap()) && !qobject_cast<const QAbstractScrollArea *>(pcWidget))
-                QVERIFY2(pcWidget->width() >= std::min(pcWidget->sizeHint().width(), 300),
-                         qPrintable(pcWidget->objectName()));
-            const QRegion cPlace = pcWidget->visibleRegion().translated(pcWidget->mapTo(pcWindow, {0, 0}));
-            for (const QWidget *pcOther : lstVisible) {
-                const QRegion cOther = pcOther->visibleRegion().translated(pcOther->mapTo(pcWindow, {0, 0}));
-                QVERIFY2(pcOther == pcWidget || pcOther->isAncestorOf(pcWidget) ||
-                             pcWidget->isAncestorOf(pcOther) || !cPlace.intersects(cOther),
-                         qPrintable(pcWidget->objectName() + ' ' + pcOther->objectName()));
-            }
-        }
-
-        // The keys go down the window.
-        QTest::keyClick(pcWindow, Qt::Key_Tab);
+        const QWidget *const pcFirst = widget<QWidget>(pcWindow, "InputID");
         int nLast = 0;
-        for (const char *szName : {"InputID", "Method", "LevelSlider", "Label", "Region", "Name", "btnOK"}) {
-            QWidget *const pcWidget = widget<QWidget>(pcWindow, szName);
+        for (const char *szName : {"Method", "LevelSlider", "Label", "Region", "Name", "btnOK"}) {
+            const QWidget *const pcWidget = widget<QWidget>(pcWindow, szName);
             int nTabs = 0;
-            for (QWidget *pcNext = widget<QWidget>(pcWindow, "InputID"); pcNext != pcWidget;
-                 pcNext = pcNext->nextInFocusChain())
+            for (const QWidget *pcNext = pcFirst; pcNext != pcWidget; pcNext = pcNext->nextInFocusChain())
                 QVERIFY(++nTabs < 300);
-            QVERIFY2(nTabs >= nLast, szName);
+            QVERIFY2(nTabs > nLast, szName);
             nLast = nTabs;
         }
         widget<QWidget>(pcWindow, "Level")->setFocus();
         QTRY_VERIFY(widget<QLabel>(pcWindow, "lblHelp")->text().contains("Help for the level"));
+        checkTidy(pcWindow);
         click(pcWindow, "btnCancel");
     });
+}
+
+void TstSdkWindow::windowsOfThePlugins_data()
+{
+    QTest::addColumn<QString>("strPath");
+    const QString strRoot = QStringLiteral(OCULINEX_BINARY_DIR "/bin/");
+    for (const char *szFolder : {"baseArithm", "DataSource"})
+        for (const QFileInfo &cFile : QDir(strRoot + szFolder).entryInfoList({"*.so"}, QDir::Files))
+            QTest::newRow(qPrintable(cFile.baseName())) << cFile.filePath();
+}
+
+void TstSdkWindow::windowsOfThePlugins()
+{
+    QFETCH(QString, strPath);
+    QLibrary cLibrary(strPath);
+    QVERIFY2(cLibrary.load(), qPrintable(cLibrary.errorString()));
+    using Edit = char *(*)(char *, ArithmParamMgr *, bool);
+    using EditSource = char *(*)(char *, bool);
+    using Execute = char *(*)(char *, ArithmParamMgr *);
+    const auto fnEdit = reinterpret_cast<Edit>(cLibrary.resolve("showConfigWindow"));
+    const auto fnEditSource = reinterpret_cast<EditSource>(cLibrary.resolve("showConfigDlg"));
+    const auto fnExecute = reinterpret_cast<Execute>(cLibrary.resolve("execute"));
+    QVERIFY(fnEditSource || (fnEdit && fnExecute));
+
+    store()->getParamPoints(1)->setPoints({{3, 4}});
+    store()->getParamLines(1)->setLines({{0, 0, 9, 9}});
+    store()->getParamPolys(1)->setPolys({{{{1, 1}, {9, 1}, {9, 9}}}});
+    store()->getParamAreas(1)->setAreas({{4, {1, 2, 1, 2}, 1, 1}});
+    store()->getParamStrings(1)->setStrings({"24 coins"});
+    store()->getParamLongs(1)->addLong(24);
+    store()->getParamDoubles(1)->addDouble(2.5);
+    store()->getParamBools(1)->addBool(true);
+    const auto fnShow = [&](QByteArray achConfig, const char *szButton) {
+        QTimer::singleShot(0, qApp, [=] {
+            // A class of the plug-in's own.
+            auto *pcWindow = qobject_cast<QDialog *>(QApplication::activeModalWidget());
+            QVERIFY(pcWindow);
+            checkTidy(pcWindow);
+            click(pcWindow, szButton);
+            QVERIFY(!pcWindow->isVisible());
+        });
+        return QByteArray(fnEdit ? fnEdit(achConfig.data(), store(), true)
+                                 : fnEditSource(achConfig.data(), true));
+    };
+    QByteArray achConfig = fnShow({}, "btnOK");
+    QVERIFY(achConfig.startsWith('<'));
+    if (fnExecute) {
+        const QByteArray achResult = fnExecute(achConfig.data(), store());
+        QVERIFY2(!achResult.startsWith("Setting "), achResult);
+    }
+    QCOMPARE(fnShow(achConfig, "btnOK"), achConfig);
+    QCOMPARE(fnShow(achConfig, "btnCancel"), fnEdit ? QByteArray() : achConfig);
 }
 
 QTEST_MAIN(TstSdkWindow)

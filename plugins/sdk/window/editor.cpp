@@ -97,7 +97,7 @@ public:
         m_pcBox->setRange(cSetting.m_dMin, cSetting.m_dMax);
         // A round step, of which the range holds 100 to 1000.
         const double dStep = std::pow(10, std::floor(std::log10(cSetting.m_dMax - cSetting.m_dMin)) - 2);
-        m_pcBox->setSingleStep(dStep);
+        m_pcBox->setSingleStep(std::min(dStep, 1.0));
         m_pcBox->setSuffix(suffixOf(cSetting));
         m_pcBox->setValue(cSetting.m_dInitial);
         add(sliderFor(m_pcBox, dStep), "Slider", 1);

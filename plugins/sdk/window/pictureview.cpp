@@ -24,12 +24,13 @@ PictureView::PictureView(QWidget *pcParent) : QWidget(pcParent)
 
 void PictureView::setPicture(const QImage &cPicture)
 {
-    const bool bSameSize = cPicture.size() == m_cPicture.size();
     m_cPicture = cPicture;
     m_cShrunk = QImage();
-    if (!bSameSize)
-        fit();
     update();
+    if (cPicture.isNull() || cPicture.size() == m_cSize)
+        return;
+    m_cSize = cPicture.size();
+    fit();
 }
 
 void PictureView::setMarked(const QRect &cRect)

@@ -16,7 +16,7 @@ class PictureView : public QWidget
 public:
     explicit PictureView(QWidget *pcParent = nullptr);
 
-    /// A picture of the same size is shown at the same place and zoom.
+    /// A picture of the same size as the last one is shown at the same place and zoom; null shows none.
     void setPicture(const QImage &cPicture);
     const QImage &picture() const { return m_cPicture; }
     /// A frame drawn over the picture; an empty one is not drawn.
@@ -48,6 +48,7 @@ private:
 
     QImage m_cPicture;
     QImage m_cShrunk; ///< the picture at the present zoom, when that is below 1; null until needed
+    QSize m_cSize;    ///< of the last picture
     QRect m_cMarked;
     QRect m_cDragged;
     QPointF m_cOrigin; ///< of the picture in the widget
