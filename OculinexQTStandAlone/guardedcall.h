@@ -15,7 +15,9 @@ inline QString textFromPlugin(const char *szText)
 {
     // A QString holds less than 2^30 characters; what is longer is cut.
     constexpr size_t MAX_LENGTH = (size_t(1) << 30) - 64;
-    return szText ? QString::fromUtf8(szText, static_cast<int>(strnlen(szText, MAX_LENGTH))) : QString();
+    // The usual result of a step is empty and shall cost nothing: a QString made of no characters allocates.
+    return szText && *szText ? QString::fromUtf8(szText, static_cast<int>(strnlen(szText, MAX_LENGTH)))
+                             : QString();
 }
 
 /// The result of fnCall(). When an exception leaves it, its text goes to fnFailed(const QString &)
