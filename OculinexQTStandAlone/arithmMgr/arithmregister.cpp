@@ -3,15 +3,14 @@
 #include <initializer_list>
 #include <mutex>
 
-#include <QApplication>
 #include <QMessageBox>
 #include <QStringList>
-#include <QThread>
 
 #include "Drawing/drawing.h"
 #include "LoadFile/loading.h"
 #include "MemoryDisk/memorydisk.h"
 #include "SaveFile/saving.h"
+#include "guithread.h"
 #include "logging.h"
 #include "pluginloader.h"
 #include "singleton.h"
@@ -54,8 +53,7 @@ QStringList &loadErrors()
 
 void warn(const QString &strError)
 {
-    if (qobject_cast<QApplication *>(QCoreApplication::instance()) &&
-        QThread::currentThread() == qApp->thread())
+    if (isGuiThread())
         QMessageBox::about(nullptr, QStringLiteral("Warning"), strError);
     else
         qCWarning(lcPlugin).noquote() << strError;
