@@ -96,12 +96,16 @@ TaskInfo *idleTaskAt(int nPos, QString &strError)
     return strError.isEmpty() ? pcTask : nullptr;
 }
 
-/// The bytes up to the first zero byte. False when they can't be read.
+/// The bytes up to the first zero byte. False when they can't be read, std::bad_alloc when they are
+/// more than a text holds.
 bool readText(QFile &cFile, QByteArray &achText)
 {
     constexpr int CHUNK = 1 << 20;
+    constexpr int MAX_LENGTH = 1 << 30;
     for (;;) {
         const int nOld = achText.size();
+        if (nOld > MAX_LENGTH)
+            throw std::bad_alloc();
         achText.resize(nOld + CHUNK);
         const qint64 nRead = cFile.read(achText.data() + nOld, CHUNK);
         achText.resize(nOld + static_cast<int>(qMax<qint64>(nRead, 0)));
