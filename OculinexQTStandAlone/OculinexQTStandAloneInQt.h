@@ -54,6 +54,11 @@ OCULINEXQTSTANDALONE_EXPORT void runAllTasksOnce();
 OCULINEXQTSTANDALONE_EXPORT void runTaskOnce(int nPos);
 /// False for a position without a task.
 OCULINEXQTSTANDALONE_EXPORT bool IsTaskRunning(bool &bRunning, int nPos);
+/// Opens the configuration window of a step (GUI thread); "" or the reason why it can't be opened.
+/// What goes wrong with the step itself arrives as an error message.
+OCULINEXQTSTANDALONE_EXPORT char *showConfigWindow(int nTaskPos, int nArithmPos);
+/// Lets the user choose the task's data source (GUI thread); "" or the reason why that can't be.
+OCULINEXQTSTANDALONE_EXPORT char *selectDataSource(int nTaskPos);
 /// Makes view 0 to 3, or gives it another size (1 or more each way); what is queued stays. Other
 /// arguments are ignored. Until then, drawing steps into that view draw nothing.
 OCULINEXQTSTANDALONE_EXPORT void useDrawingWindow(int nPos, int nWidth, int nHeight);
@@ -62,12 +67,6 @@ OCULINEXQTSTANDALONE_EXPORT void useDrawingWindow(int nPos, int nWidth, int nHei
 /// nHeight from 1 to 10000. 1 when more objects wait, 0 when that was the last, -1 when there was
 /// none (nothing is painted) or an argument is bad. Call it on one buffer until it returns 0 or -1.
 OCULINEXQTSTANDALONE_EXPORT int getDrawingWindow(int nPos, unsigned char *puchDIB, int nWidth, int nHeight);
-
-/// Opens the configuration window of a step (GUI thread); "" or the reason why it can't be opened.
-/// What goes wrong with the step itself arrives as an error message.
-OCULINEXQTSTANDALONE_EXPORT char *showConfigWindow(int nTaskPos, int nArithmPos);
-/// Lets the user choose the task's data source (GUI thread); "" or the reason why that can't be.
-OCULINEXQTSTANDALONE_EXPORT char *selectDataSource(int nTaskPos);
 
 /// Switches the collection of status figures on or off (off at first).
 OCULINEXQTSTANDALONE_EXPORT void enableTaskStatus(bool bEnabled);
