@@ -1,6 +1,5 @@
 #include "taskMgr/taskMgr.h"
 
-#include <QApplication>
 #include <QComboBox>
 #include <QMenu>
 #include <QMessageBox>
@@ -10,9 +9,10 @@
 #include "arithmMgr/arithmmgr.h"
 #include "arithmMgr/arithms.h"
 #include "arithmparammgr.h"
+#include "guithread.h"
 #include "logging.h"
-#include "taskMgr/dialoghold.h"
 #include "taskMgr/flowtable.h"
+#include "taskMgr/taskhold.h"
 
 namespace
 {
@@ -37,7 +37,7 @@ int selectedRow(const TaskInfo &cTask)
 int showBox(const TaskInfo &cTask, QMessageBox::Icon eIcon, const QString &strText,
             QMessageBox::StandardButtons eButtons, QMessageBox::StandardButton eDefault)
 {
-    if (!qobject_cast<QApplication *>(QCoreApplication::instance())) {
+    if (!isGuiThread()) {
         qCWarning(lcTask, "%s", qUtf8Printable(strText));
         return QMessageBox::NoButton;
     }
@@ -74,7 +74,7 @@ QString prepareStore(TaskInfo &cTask, int nStep)
 
 /// The config string that the user gives a step, after the store was filled for it; empty when
 /// cancelled.
-QString configFromWindow(TaskInfo &cTask, const DialogHold &cHold, const TaskItem &cItem, int nStep)
+QString configFromWindow(TaskInfo &cTask, const TaskHold &cHold, const TaskItem &cItem, int nStep)
 {
     Arithm *pcArithm = ArithmMgr::getInstance()->getArithm(cItem.m_strArithmID);
     if (!pcArithm) {
@@ -242,7 +242,7 @@ void TaskInfo::addArithm(QAction *pcAction)
         insertArithm(nRow, pcAction);
         return;
     }
-    const DialogHold cHold(*this);
+    const TaskHold cHold(*this);
     TaskItem cItem = m_mapArithm.value(pcAction);
     cItem.m_strOptionStr = configFromWindow(*this, cHold, cItem, WHOLE_FLOW);
     if (cItem.m_strOptionStr.isEmpty() || !cHold.mayEdit())
@@ -255,7 +255,7 @@ void TaskInfo::insertArithm(int nRow, QAction *pcAction)
 {
     if (nRow < 0 || nRow >= m_lstArithm.size())
         return;
-    const DialogHold cHold(*this);
+    const TaskHold cHold(*this);
     TaskItem cItem = m_mapArithm.value(pcAction);
     cItem.m_strOptionStr = configFromWindow(*this, cHold, cItem, nRow);
     if (cItem.m_strOptionStr.isEmpty() || !cHold.mayEdit() || nRow > m_lstArithm.size())
@@ -266,7 +266,7 @@ void TaskInfo::insertArithm(int nRow, QAction *pcAction)
 
 void TaskInfo::delArithm()
 {
-    const DialogHold cHold(*this);
+    const TaskHold cHold(*this);
     if (selectedRow(*this) < 0) {
         warn(*this, QStringLiteral("No arithm have been selected."));
         return;
@@ -290,7 +290,7 @@ void TaskInfo::prepareForRemoveArithm(TaskItem) {}
 
 void TaskInfo::modifyOption()
 {
-    const DialogHold cHold(*this);
+    const TaskHold cHold(*this);
     const int nRow = selectedRow(*this);
     if (nRow < 0) {
         warn(*this, QStringLiteral("No arithm have been selected."));
@@ -315,7 +315,7 @@ QString TaskInfo::showConfigWindow(int nArithmPos)
 {
     if (nArithmPos < 0 || nArithmPos >= m_lstArithm.size())
         return QString();
-    const DialogHold cHold(*this);
+    const TaskHold cHold(*this);
     const TaskItem cItem = m_lstArithm.at(nArithmPos);
     Arithm *pcArithm = ArithmMgr::getInstance()->getArithm(cItem.m_strArithmID);
     if (!pcArithm) {
@@ -338,7 +338,7 @@ QString TaskInfo::showConfigWindow(int nArithmPos)
 
 void TaskInfo::selectDataSource()
 {
-    const DialogHold cHold(*this);
+    const TaskHold cHold(*this);
     QString strConfig = m_strDataSourceConfigString;
     DataSource::DataSourceInstance *pcDS = DataSource::getInstance()->newDataSource(m_pcAPM, strConfig);
     if (!pcDS)
@@ -359,7 +359,7 @@ void TaskInfo::DataSourceClicked()
 
 void TaskInfo::runHere()
 {
-    const DialogHold cHold(*this);
+    const TaskHold cHold(*this);
     const int nRow = selectedRow(*this);
     if (nRow < 0) {
         warn(*this, QStringLiteral("No arithm is selected."));

@@ -9,9 +9,10 @@
 #include "globalfunction.h"
 #include "qguard.h"
 #include "taskMgr/blockreader.h"
-#include "taskMgr/dialoghold.h"
 #include "taskMgr/flowtable.h"
+#include "taskMgr/taskhold.h"
 #include "taskMgr/taskrecord.h"
+#include "taskMgr/taskwidgets.h"
 
 namespace
 {
@@ -260,7 +261,7 @@ void TaskMgr::removeTask(int nPos)
         QGuard cGuard(s_cMapMutex);
         pcTask = m_mapTask.take(nPos);
     }
-    DialogHold::destroy(pcTask);
+    TaskHold::destroy(pcTask);
 }
 
 void TaskMgr::clear()
@@ -271,7 +272,7 @@ void TaskMgr::clear()
         mapTask.swap(m_mapTask);
     }
     for (TaskInfo *pcTask : qAsConst(mapTask))
-        DialogHold::destroy(pcTask);
+        TaskHold::destroy(pcTask);
 }
 
 QString TaskMgr::toString()

@@ -186,6 +186,31 @@ bool TaskRecord::hasThreads() const
     return m_nThreads > 0;
 }
 
+void TaskRecord::hold()
+{
+    const std::lock_guard<std::mutex> cGuard(m_cLock);
+    ++m_nHolds;
+}
+
+bool TaskRecord::release()
+{
+    const std::lock_guard<std::mutex> cGuard(m_cLock);
+    return --m_nHolds == 0 && m_bToGo;
+}
+
+bool TaskRecord::letGo()
+{
+    const std::lock_guard<std::mutex> cGuard(m_cLock);
+    m_bToGo = m_nHolds > 0;
+    return m_bToGo;
+}
+
+bool TaskRecord::isToGo() const
+{
+    const std::lock_guard<std::mutex> cGuard(m_cLock);
+    return m_bToGo;
+}
+
 std::shared_ptr<RunFigures> TaskRecord::renewFigures(int nSteps)
 {
     auto pcFigures = TaskInfo::isStatusEnabled() ? std::make_shared<RunFigures>(nSteps) : nullptr;

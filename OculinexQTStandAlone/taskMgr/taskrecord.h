@@ -72,6 +72,13 @@ public:
     /// Tells the record that the calling thread is the one that entered.
     void claimThread();
 
+    /// While the task is held it is not destroyed (see TaskHold). Letting it go tells whether it is
+    /// held; if so, the last release tells that it is to be destroyed now.
+    void hold();
+    bool release();
+    bool letGo();
+    bool isToGo() const;
+
     /// Fresh figures, or none when the status functions are off.
     std::shared_ptr<RunFigures> renewFigures(int nSteps);
     std::shared_ptr<RunFigures> figures() const;
@@ -82,6 +89,8 @@ private:
     mutable std::mutex m_cLock;
     std::condition_variable m_cLeft;
     int m_nThreads = 0;
+    int m_nHolds = 0;
+    bool m_bToGo = false;
     std::shared_ptr<RunFigures> m_pcFigures;
 };
 

@@ -1,0 +1,25 @@
+#include "taskMgr/taskhold.h"
+
+#include "taskMgr/taskrecord.h"
+
+TaskHold::TaskHold(TaskInfo &cTask) : m_pcTask(&cTask), m_pcRecord(TaskRecord::of(&cTask))
+{
+    m_pcRecord->hold();
+}
+
+TaskHold::~TaskHold()
+{
+    if (m_pcRecord->release())
+        delete m_pcTask.data();
+}
+
+bool TaskHold::mayEdit() const
+{
+    return m_pcTask && !m_pcRecord->isToGo() && !m_pcTask->IsRunning();
+}
+
+void TaskHold::destroy(TaskInfo *pcTask)
+{
+    if (pcTask && !TaskRecord::of(pcTask)->letGo())
+        delete pcTask;
+}

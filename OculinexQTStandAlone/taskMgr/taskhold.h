@@ -1,0 +1,37 @@
+#ifndef TASKHOLD_H
+#define TASKHOLD_H
+
+#include <memory>
+
+#include <QPointer>
+
+#include "taskMgr/taskMgr.h"
+
+class TaskRecord;
+
+/// Keeps a task alive while code of its own is at work (private header): a dialog's event loop or a
+/// callback of the host may lead to calls that remove the task, such as opening another tasks file,
+/// while code further up the stack still uses the task and its store. Stands first in each function
+/// that opens a dialog or runs steps.
+class TaskHold
+{
+public:
+    explicit TaskHold(TaskInfo &cTask);
+    /// Deletes the task when it was to be destroyed meanwhile and nothing else holds it.
+    ~TaskHold();
+    TaskHold(const TaskHold &) = delete;
+    TaskHold &operator=(const TaskHold &) = delete;
+
+    /// False when the task runs, is gone or about to go: then it is left alone, and what a dialog
+    /// says is dropped.
+    bool mayEdit() const;
+
+    /// Deletes a task that stands in no map any more, once it is held no more. Null is ignored.
+    static void destroy(TaskInfo *pcTask);
+
+private:
+    const QPointer<TaskInfo> m_pcTask;
+    const std::shared_ptr<TaskRecord> m_pcRecord;
+};
+
+#endif
