@@ -154,7 +154,8 @@ void TaskRecord::enterThread()
 void TaskRecord::leaveThread()
 {
     const std::lock_guard<std::mutex> cGuard(m_cLock);
-    --m_nThreads;
+    // A host may also run the thread's body itself, without having entered.
+    m_nThreads = std::max(0, m_nThreads - 1);
     m_cLeft.notify_all();
 }
 

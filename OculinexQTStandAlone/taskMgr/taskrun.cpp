@@ -36,8 +36,7 @@ public:
     }
     ~ThreadEnd()
     {
-        if (m_cTask.m_pcDS)
-            m_cTask.m_pcDS->stop();
+        stopSource();
         m_cTask.m_bExited = true;
         m_cTask.m_bRunning = false;
         emit m_cTask.threadFinished(m_strMsg, m_bSuccess);
@@ -46,10 +45,20 @@ public:
     ThreadEnd(const ThreadEnd &) = delete;
     ThreadEnd &operator=(const ThreadEnd &) = delete;
 
+    /// Once. Not left to the destructor, which a source that ends the thread could not leave.
+    void stopSource()
+    {
+        if (!std::exchange(m_bSourceStopped, true) && m_cTask.m_pcDS)
+            m_cTask.m_pcDS->stop();
+    }
+
     TaskInfo &m_cTask;
     std::shared_ptr<TaskRecord> m_pcRecord;
     QString m_strMsg;
     bool m_bSuccess = false;
+
+private:
+    bool m_bSourceStopped = false;
 };
 
 void pinToCore(int nCore)
@@ -202,6 +211,7 @@ void *TaskInfo::threadTaskFunc(void *pvTask)
         fnEscaped);
     cEnd.m_strMsg = strMsg;
     cEnd.m_bSuccess = bSuccess;
+    cEnd.stopSource();
     return nullptr;
 }
 
@@ -232,9 +242,10 @@ void TaskInfo::threadFinishedArrived(QString strMsg, bool bSuccess)
         m_fnHaveErrorMessage(strMsg);
     // The host may have deleted the task or started it again since the thread ended: a new run is
     // left alone.
-    if (!pcThis || m_bRunning)
+    if (!pcThis || (m_bRunning && TaskRecord::of(this)->hasThreads()))
         return;
     m_hThread = 0;
     setButtonText(*this, QStringLiteral("执行任务"));
+    m_bRunning = false;
     enableControls(*this, true);
 }
