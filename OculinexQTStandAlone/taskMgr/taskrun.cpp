@@ -114,14 +114,20 @@ bool TaskInfo::runOnce(QString &strMsg, bool bSingle, int nLastStep, int nTimeou
 
 void TaskInfo::startTask()
 {
-    if (m_bRunning.exchange(true))
+    if (m_bRunning)
         return;
-    // After the registries, so that the tasks are stopped before those go.
+    // After the registries, so that the tasks are stopped before those go. Making them may open a box
+    // about a plug-in, and the host's timers may do anything to the task meanwhile.
+    const QPointer<TaskInfo> pcThis(this);
     ArithmFactory::getInstance();
     DataSource::getInstance();
     static const ExitStop s_cExitStop;
+    if (!pcThis)
+        return;
 
     const auto pcRecord = TaskRecord::of(this);
+    if (m_bRunning.exchange(true))
+        return;
     pcRecord->waitForThreads();
     m_bExit = false;
     m_bExited = false;
