@@ -186,6 +186,9 @@ void FlowRun::cleanUp(QString &strMsg, QString (*fnErrorText)(const QString &, c
 FlowRun::PreparedStep *FlowRun::prepare(int nStep, bool bNameView)
 {
     const TaskItem &cItem = item(nStep);
+    // A print callback on the host's own thread may append steps.
+    if (static_cast<size_t>(nStep) >= m_lstPrepared.size())
+        m_lstPrepared.resize(static_cast<size_t>(nStep) + 1);
     PreparedStep &cStep = m_lstPrepared[static_cast<size_t>(nStep)];
     const bool bSame = cStep.m_pcArithm && isSame(cStep.m_strArithmID, cItem.m_strArithmID) &&
                        isSame(cStep.m_strOptionStr, cItem.m_strOptionStr);

@@ -84,6 +84,7 @@ public:
     std::shared_ptr<RunFigures> figures() const;
 
     TaskInfo *const m_pcTask;
+    std::atomic<int> m_nCallersRuns{0}; ///< runs of the task on the threads that asked for them
 
 private:
     mutable std::mutex m_cLock;

@@ -11,6 +11,7 @@
 #include "logging.h"
 #include "taskMgr/flowrun.h"
 #include "taskMgr/taskMgr.h"
+#include "taskMgr/taskhold.h"
 #include "taskMgr/taskrecord.h"
 #include "taskMgr/taskwidgets.h"
 
@@ -61,6 +62,24 @@ private:
     bool m_bSourceStopped = false;
 };
 
+/// A run on the calling thread: the task is neither destroyed by its manager nor started meanwhile,
+/// which a callback of the host or a step's window could lead to.
+class CallersRun
+{
+public:
+    explicit CallersRun(TaskInfo &cTask) : m_cHold(cTask), m_pcRecord(TaskRecord::of(&cTask))
+    {
+        ++m_pcRecord->m_nCallersRuns;
+    }
+    ~CallersRun() { --m_pcRecord->m_nCallersRuns; }
+    CallersRun(const CallersRun &) = delete;
+    CallersRun &operator=(const CallersRun &) = delete;
+
+private:
+    const TaskHold m_cHold;
+    const std::shared_ptr<TaskRecord> m_pcRecord;
+};
+
 void pinToCore(int nCore)
 {
     cpu_set_t cCores; // 1024 cores; one beyond leaves the set empty
@@ -108,6 +127,7 @@ void TaskInfo::initTaskItemExeTimes()
 
 bool TaskInfo::runOnce(QString &strMsg, bool bSingle, int nLastStep, int nTimeoutMs)
 {
+    const CallersRun cCallersRun(*this);
     m_lstArithm.detach();
     return FlowRun(*this).run(strMsg, bSingle, nLastStep, nTimeoutMs);
 }
@@ -126,6 +146,10 @@ void TaskInfo::startTask()
         return;
 
     const auto pcRecord = TaskRecord::of(this);
+    if (pcRecord->m_nCallersRuns > 0) {
+        qCWarning(lcTask).noquote() << "task" << m_strName << "is not started in the middle of a single run.";
+        return;
+    }
     if (m_bRunning.exchange(true))
         return;
     pcRecord->waitForThreads();
@@ -171,6 +195,7 @@ void TaskInfo::runTaskOnce()
             m_fnHaveErrorMessage(strMsg);
         strMsg.clear();
     };
+    const CallersRun cCallersRun(*this);
     initTaskItemExeTimes();
     FlowRun cFlow(*this);
     QString strMsg;
