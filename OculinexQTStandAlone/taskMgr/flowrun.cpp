@@ -25,10 +25,16 @@ QString unknownArithmText(const QString &strName)
     return QStringLiteral("Arithm\"") + strName + QStringLiteral("\"is not existed.");
 }
 
+/// A cell that was being edited when the task was started may change it.
+int maxExeTimes(const TaskItem &cItem)
+{
+    return __atomic_load_n(&cItem.m_nMaxExeTimes, __ATOMIC_RELAXED);
+}
+
 bool isDue(const TaskItem &cItem)
 {
-    return cItem.m_nMaxExeTimes != TaskItem::CLEAN_UP_TIMES &&
-           (cItem.m_nMaxExeTimes < 0 || cItem.m_nExeTimes < cItem.m_nMaxExeTimes);
+    const int nMaxExeTimes = maxExeTimes(cItem);
+    return nMaxExeTimes != TaskItem::CLEAN_UP_TIMES && (nMaxExeTimes < 0 || cItem.m_nExeTimes < nMaxExeTimes);
 }
 
 /// Whether a text is still the one that was copied: the very same data, not only equal characters.
@@ -164,7 +170,7 @@ void FlowRun::cleanUp(QString &strMsg, QString (*fnErrorText)(const QString &, c
 {
     for (int nStep = 0; nStep < m_cTask.m_lstArithm.size(); ++nStep) {
         const TaskItem &cItem = item(nStep);
-        if (cItem.m_nMaxExeTimes != TaskItem::CLEAN_UP_TIMES)
+        if (maxExeTimes(cItem) != TaskItem::CLEAN_UP_TIMES)
             continue;
         QString strError;
         if (const PreparedStep *pcStep = prepare(nStep, false)) {
@@ -195,20 +201,18 @@ FlowRun::PreparedStep *FlowRun::prepare(int nStep, bool bNameView)
     if (!bSame) {
         cStep.m_strArithmID = cItem.m_strArithmID;
         cStep.m_strOptionStr = cItem.m_strOptionStr;
-        cStep.m_nView = -1;
+        cStep.m_nView = PreparedStep::NO_CONFIG;
         cStep.m_pcArithm = ArithmMgr::getInstance()->getArithm(cItem.m_strArithmID);
         if (!cStep.m_pcArithm)
             return nullptr;
         cStep.m_bDrawing = cStep.m_pcArithm->getID() == QLatin1String(Drawing::getID());
-        cStep.m_achConfig = cItem.m_strOptionStr.toUtf8();
     }
-    if (cStep.m_bDrawing && bNameView) {
-        const int nView = clampView(m_cTask.m_nWhichView);
-        if (nView != cStep.m_nView) {
-            cStep.m_nView = nView;
-            cStep.m_achConfig =
-                "<View>" + QByteArray::number(nView) + "</View>" + cItem.m_strOptionStr.toUtf8();
-        }
+    const int nView = cStep.m_bDrawing && bNameView ? clampView(m_cTask.m_nWhichView) : PreparedStep::NO_VIEW;
+    if (nView != cStep.m_nView) {
+        cStep.m_nView = nView;
+        cStep.m_achConfig = cItem.m_strOptionStr.toUtf8();
+        if (nView >= 0)
+            cStep.m_achConfig.prepend("<View>" + QByteArray::number(nView) + "</View>");
     }
     return &cStep;
 }

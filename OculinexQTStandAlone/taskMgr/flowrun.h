@@ -36,12 +36,15 @@ public:
 private:
     /// A step as it is given to its algorithm; built anew when the step has other texts.
     struct PreparedStep {
+        static constexpr int NO_VIEW = -1;
+        static constexpr int NO_CONFIG = -2;
+
         // Shared copies: while they are held, no other text can stand at the same address.
         QString m_strArithmID;
         QString m_strOptionStr;
         Arithm *m_pcArithm = nullptr;
         bool m_bDrawing = false;
-        int m_nView = -1; ///< the view that the config string names, -1 for none
+        int m_nView = NO_CONFIG; ///< the view that the config string names
         QByteArray m_achConfig;
     };
 

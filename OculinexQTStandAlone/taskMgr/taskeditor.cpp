@@ -1,5 +1,7 @@
 #include "taskMgr/taskMgr.h"
 
+#include <algorithm>
+
 #include <QComboBox>
 #include <QMenu>
 #include <QMessageBox>
@@ -13,6 +15,7 @@
 #include "logging.h"
 #include "taskMgr/flowtable.h"
 #include "taskMgr/taskhold.h"
+#include "taskMgr/taskwidgets.h"
 
 namespace
 {
@@ -96,9 +99,8 @@ void callBack(void (*fnCallBack)(QString), const QString &strText)
 
 void setIndexFrom1(QObject *pcCombo, int nIndex)
 {
-    auto *pcBox = qobject_cast<QComboBox *>(pcCombo);
-    if (pcBox && nIndex >= 1)
-        pcBox->setCurrentIndex(nIndex);
+    if (nIndex >= 1)
+        inWidgetThread<QComboBox>(pcCombo, [nIndex](QComboBox *pcBox) { pcBox->setCurrentIndex(nIndex); });
 }
 
 /// Stores the host's widget in the task, which forgets it when the widget is deleted first.
@@ -116,20 +118,22 @@ void attach(TaskInfo &cTask, QObject *TaskInfo::*pcMember, QObject *pcWidget)
 
 void insertFlowRow(QObject *pcTable, int nRow, const TaskItem &cItem)
 {
-    auto *pcFlow = qobject_cast<QTableWidget *>(pcTable);
-    if (!pcFlow)
-        return;
-    if (nRow < 0)
-        nRow = pcFlow->rowCount();
-    pcFlow->insertRow(nRow);
-    auto *pcName =
-        new QTableWidgetItem(cItem.m_strDescribe.isEmpty() ? cItem.m_strArithmName : cItem.m_strDescribe);
-    pcName->setToolTip(cItem.m_strArithmName);
-    pcFlow->setItem(nRow, 0, pcName);
-    pcFlow->setItem(nRow, 1, new QTableWidgetItem(QString::number(cItem.m_nMaxExeTimes)));
-    auto *pcTime = new QTableWidgetItem;
-    pcTime->setFlags(pcTime->flags() & ~Qt::ItemIsEditable);
-    pcFlow->setItem(nRow, 2, pcTime);
+    inWidgetThread<QTableWidget>(pcTable, [nRow, cItem](QTableWidget *pcFlow) {
+        const int nAt = nRow < 0 ? pcFlow->rowCount() : std::min(nRow, pcFlow->rowCount());
+        pcFlow->insertRow(nAt);
+        const QString strTexts[] = {cItem.m_strDescribe.isEmpty() ? cItem.m_strArithmName
+                                                                  : cItem.m_strDescribe,
+                                    QString::number(cItem.m_nMaxExeTimes), QString()};
+        // The host's table may have fewer columns.
+        for (int nColumn = 0; nColumn < std::min(3, pcFlow->columnCount()); ++nColumn) {
+            auto *pcCell = new QTableWidgetItem(strTexts[nColumn]);
+            if (nColumn == 0)
+                pcCell->setToolTip(cItem.m_strArithmName);
+            if (nColumn == 2)
+                pcCell->setFlags(pcCell->flags() & ~Qt::ItemIsEditable);
+            pcFlow->setItem(nAt, nColumn, pcCell);
+        }
+    });
 }
 
 void TaskInfo::addRunTaskButton(QObject *pcButton)
@@ -243,6 +247,8 @@ void TaskInfo::addArithm(QAction *pcAction)
         return;
     }
     const TaskHold cHold(*this);
+    if (!cHold.mayEdit())
+        return;
     TaskItem cItem = m_mapArithm.value(pcAction);
     cItem.m_strOptionStr = configFromWindow(*this, cHold, cItem, WHOLE_FLOW);
     if (cItem.m_strOptionStr.isEmpty() || !cHold.mayEdit())
@@ -253,9 +259,9 @@ void TaskInfo::addArithm(QAction *pcAction)
 
 void TaskInfo::insertArithm(int nRow, QAction *pcAction)
 {
-    if (nRow < 0 || nRow >= m_lstArithm.size())
-        return;
     const TaskHold cHold(*this);
+    if (!cHold.mayEdit() || nRow < 0 || nRow >= m_lstArithm.size())
+        return;
     TaskItem cItem = m_mapArithm.value(pcAction);
     cItem.m_strOptionStr = configFromWindow(*this, cHold, cItem, nRow);
     if (cItem.m_strOptionStr.isEmpty() || !cHold.mayEdit() || nRow > m_lstArithm.size())
@@ -267,6 +273,8 @@ void TaskInfo::insertArithm(int nRow, QAction *pcAction)
 void TaskInfo::delArithm()
 {
     const TaskHold cHold(*this);
+    if (!cHold.mayEdit())
+        return;
     if (selectedRow(*this) < 0) {
         warn(*this, QStringLiteral("No arithm have been selected."));
         return;
@@ -291,6 +299,8 @@ void TaskInfo::prepareForRemoveArithm(TaskItem) {}
 void TaskInfo::modifyOption()
 {
     const TaskHold cHold(*this);
+    if (!cHold.mayEdit())
+        return;
     const int nRow = selectedRow(*this);
     if (nRow < 0) {
         warn(*this, QStringLiteral("No arithm have been selected."));
@@ -313,9 +323,9 @@ void TaskInfo::modifyOption()
 
 QString TaskInfo::showConfigWindow(int nArithmPos)
 {
-    if (nArithmPos < 0 || nArithmPos >= m_lstArithm.size())
-        return QString();
     const TaskHold cHold(*this);
+    if (!cHold.mayEdit() || nArithmPos < 0 || nArithmPos >= m_lstArithm.size())
+        return QString();
     const TaskItem cItem = m_lstArithm.at(nArithmPos);
     Arithm *pcArithm = ArithmMgr::getInstance()->getArithm(cItem.m_strArithmID);
     if (!pcArithm) {
@@ -339,6 +349,8 @@ QString TaskInfo::showConfigWindow(int nArithmPos)
 void TaskInfo::selectDataSource()
 {
     const TaskHold cHold(*this);
+    if (!cHold.mayEdit())
+        return;
     QString strConfig = m_strDataSourceConfigString;
     DataSource::DataSourceInstance *pcDS = DataSource::getInstance()->newDataSource(m_pcAPM, strConfig);
     if (!pcDS)
@@ -360,6 +372,8 @@ void TaskInfo::DataSourceClicked()
 void TaskInfo::runHere()
 {
     const TaskHold cHold(*this);
+    if (!cHold.mayEdit())
+        return;
     const int nRow = selectedRow(*this);
     if (nRow < 0) {
         warn(*this, QStringLiteral("No arithm is selected."));
@@ -376,12 +390,17 @@ void TaskInfo::TaskFlowTblCellChanged(int nRow, int nColumn)
     const QTableWidgetItem *pcCell = pcTable ? pcTable->item(nRow, nColumn) : nullptr;
     if (!pcCell || nRow < 0 || nRow >= m_lstArithm.size())
         return;
-    if (nColumn == 0)
-        m_lstArithm[nRow].m_strDescribe = pcCell->text();
+    if (!m_bRunning)
+        m_lstArithm.detach();
+    // In place: a cell that is being edited hands its text over when the start of the task disables
+    // the table, and the task's thread is in the list by then.
+    auto &cItem = const_cast<TaskItem &>(qAsConst(m_lstArithm).at(nRow));
     bool bNumber = false;
     const int nTimes = pcCell->text().toInt(&bNumber);
-    if (nColumn == 1 && bNumber)
-        m_lstArithm[nRow].m_nMaxExeTimes = nTimes;
+    if (nColumn == 0)
+        cItem.m_strDescribe = pcCell->text();
+    else if (nColumn == 1 && bNumber)
+        __atomic_store_n(&cItem.m_nMaxExeTimes, nTimes, __ATOMIC_RELAXED);
 }
 
 void TaskInfo::TableItemClicked(QTableWidgetItem *pcItem)

@@ -103,8 +103,7 @@ TaskItem readItem(QString strText)
 
 void setCurrentIndex(QObject *pcCombo, int nIndex)
 {
-    if (auto *pcBox = qobject_cast<QComboBox *>(pcCombo))
-        pcBox->setCurrentIndex(nIndex);
+    inWidgetThread<QComboBox>(pcCombo, [nIndex](QComboBox *pcBox) { pcBox->setCurrentIndex(nIndex); });
 }
 } // namespace
 
