@@ -6,7 +6,9 @@
 #include <map>
 #include <mutex>
 #include <string>
+#include <thread>
 
+#include <QElapsedTimer>
 #include <QStringList>
 
 #include "DataSource/datasource.h"
@@ -17,7 +19,8 @@
 ///
 /// The algorithm's config text is "label|first result|second result|…": each execution is traced
 /// under its label and returns the next result, the empty text after the last. A label that ends
-/// with '!' returns its first result each time. A handler set for a label runs before it returns.
+/// with '!' returns its first result each time. A handler set for a label runs before it returns, one
+/// for "start" or "stop" when the source is started or stopped. "{x}" stands for "<CMD>x</CMD>".
 namespace Fake
 {
 inline std::mutex s_cMutex;
@@ -29,16 +32,37 @@ inline std::map<std::string, std::function<void()>> s_mapHandlers;
 inline std::atomic<bool> s_bPicture{true};
 inline std::atomic<int> s_nErrorQueries{0};
 
-inline void trace(const QString &strWhat)
+/// Traces a label and runs its handler; how often it has been reached before.
+inline int reach(const QString &strLabel)
 {
-    const std::lock_guard<std::mutex> cGuard(s_cMutex);
-    s_lstTrace.append(strWhat);
+    std::function<void()> fnHandler;
+    int nBefore = 0;
+    {
+        const std::lock_guard<std::mutex> cGuard(s_cMutex);
+        s_lstTrace.append(strLabel);
+        nBefore = s_mapExecutions[strLabel.toStdString()]++;
+        if (s_mapHandlers.count(strLabel.toStdString()))
+            fnHandler = s_mapHandlers[strLabel.toStdString()];
+    }
+    if (fnHandler)
+        fnHandler();
+    return nBefore;
 }
 
 inline bool hasTraced(const QString &strWhat)
 {
     const std::lock_guard<std::mutex> cGuard(s_cMutex);
     return s_lstTrace.contains(strWhat);
+}
+
+/// Waits without delivering events.
+template <typename Condition>
+bool spinUntil(const Condition &fnCondition)
+{
+    QElapsedTimer cTimer;
+    for (cTimer.start(); !fnCondition() && cTimer.elapsed() < 20000;)
+        std::this_thread::yield();
+    return fnCondition();
 }
 
 inline QStringList take(QStringList &lstTexts)
@@ -63,17 +87,7 @@ inline char *execute(char *pchConfig, ArithmParamMgr *)
 {
     const QStringList lstParts = QString::fromUtf8(pchConfig).split(QLatin1Char('|'));
     const QString &strLabel = lstParts.first();
-    std::function<void()> fnHandler;
-    int nResult = 1;
-    {
-        const std::lock_guard<std::mutex> cGuard(s_cMutex);
-        s_lstTrace.append(strLabel);
-        nResult += s_mapExecutions[strLabel.toStdString()]++;
-        if (s_mapHandlers.count(strLabel.toStdString()))
-            fnHandler = s_mapHandlers[strLabel.toStdString()];
-    }
-    if (fnHandler)
-        fnHandler();
+    const int nResult = reach(strLabel) + 1;
     thread_local QByteArray s_achResult;
     s_achResult = lstParts.value(strLabel.endsWith(QLatin1Char('!')) ? 1 : nResult).toUtf8();
     return s_achResult.data();
@@ -113,7 +127,7 @@ inline TaskItem step(const QString &strConfig, int nLimit = -1, const QString &s
     TaskItem cItem;
     cItem.m_nMaxExeTimes = nLimit;
     cItem.m_strArithmID = strID;
-    cItem.m_strOptionStr = strConfig;
+    cItem.m_strOptionStr = QString(strConfig).replace('{', "<CMD>").replace('}', "</CMD>");
     cItem.m_strArithmName = strConfig.section(QLatin1Char('|'), 0, 0);
     return cItem;
 }
@@ -126,22 +140,22 @@ inline TaskItem parse(const QString &strStep)
                : step(strStep);
 }
 
-/// A task of such steps on the fake source.
+/// A task of such steps, apart by ", ", on the fake source.
 class Task : public TaskInfo
 {
 public:
-    explicit Task(const QStringList &lstSteps) : TaskInfo("任务", onError)
+    explicit Task(const QString &strFlow = QString()) : TaskInfo("任务", onError)
     {
         setPrintCallBack(onPrint);
-        for (const QString &strStep : lstSteps)
+        for (const QString &strStep : strFlow.split(QLatin1String(", "), Qt::SkipEmptyParts))
             m_lstArithm.append(parse(strStep));
         static DataSource::DataSourceInfo s_cInfo = [] {
             DataSource::DataSourceInfo cInfo;
             cInfo.m_fnRequestPicture = requestPicture;
             cInfo.m_fnReleasePicture = [](int) {};
             cInfo.m_fnSetConfig = [](int, char *) {};
-            cInfo.m_fnStart = [](int) { trace("start"); };
-            cInfo.m_fnStop = [](int) { trace("stop"); };
+            cInfo.m_fnStart = [](int) { reach("start"); };
+            cInfo.m_fnStop = [](int) { reach("stop"); };
             cInfo.m_fnGetLastError = [](int) -> char * {
                 static char s_szError[] = "没有图像";
                 ++s_nErrorQueries;

@@ -15,6 +15,7 @@
 #include "arithmMgr/arithmregister.h"
 #include "arithmparammgr.h"
 #include "fixtures/neighbourhood.h"
+#include "taskMgr/taskMgr.h"
 #include "fixtures/row.h"
 #include "fixtures/together.h"
 
@@ -218,6 +219,19 @@ private slots:
         std::thread(rebuild).join();
         QCOMPARE(pluginIDs(), lstGood);
         QCOMPARE(cWarnings.taken().size(), 1);
+        QCOMPARE(cReader.m_lstTexts.size(), 1);
+    }
+
+    /// The host's timers may remove the task whose start shows what can't be loaded.
+    void boxInTheMiddleOfAStart()
+    {
+        m_cHere.write(QStringLiteral("baseArithm/broken.so"), "text");
+        forget(ArithmFactory::s_pcAF);
+        BoxReader cReader;
+        QPointer<TaskInfo> pcTask = new TaskInfo(QString(), nullptr);
+        QTimer::singleShot(0, [&pcTask] { delete pcTask; });
+        pcTask->startTask();
+        QVERIFY(!pcTask);
         QCOMPARE(cReader.m_lstTexts.size(), 1);
     }
 

@@ -58,7 +58,7 @@ int runAndLeave(const char *szStep)
     std::atexit([] { usleep(1000000); });
     // It is destroyed after the tasks have been asked to stop, and its step may still be at work.
     static std::unique_ptr<Fake::Task> s_pcTask;
-    s_pcTask = std::make_unique<Fake::Task>(QStringList{"first", szStep, "999999999;end"});
+    s_pcTask = std::make_unique<Fake::Task>(QString("first, %1, 999999999;end").arg(szStep));
     s_pcTask->startTask();
     while (!Fake::hasTraced(szStep))
         usleep(1000);

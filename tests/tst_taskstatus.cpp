@@ -14,130 +14,123 @@ private slots:
         TaskInfo::setStatusEnabled(true);
     }
     void cleanup() { TaskInfo::setStatusEnabled(false); }
-    void offAsksNothing();
-    void figures();
-    void runningTask();
-    void failures();
-    void sourceWithoutPictures();
-};
 
-void TestTaskStatus::offAsksNothing()
-{
-    TaskInfo::setStatusEnabled(false);
-    Fake::Task cTask({"a!|bad"});
-    cTask.runTaskOnce();
-    Fake::s_bPicture = false;
-    cTask.runTaskOnce();
-    const TaskStatus cStatus = cTask.getStatus();
-    QCOMPARE(cStatus.m_nRuns + cStatus.m_nFailures + cStatus.m_lstStep.size(), qint64(0));
-    QCOMPARE(cStatus.m_strName, QString("任务"));
-    QCOMPARE(Fake::s_nErrorQueries, 0);
-}
+    void offAsksNothing()
+    {
+        TaskInfo::setStatusEnabled(false);
+        Fake::Task cTask("a!|bad");
+        cTask.runTaskOnce();
+        Fake::s_bPicture = false;
+        cTask.runTaskOnce();
+        const TaskStatus cStatus = cTask.getStatus();
+        QCOMPARE(cStatus.m_nRuns + cStatus.m_nFailures + cStatus.m_lstStep.size(), qint64(0));
+        QCOMPARE(cStatus.m_strName, "任务");
+        QCOMPARE(Fake::s_nErrorQueries, 0);
+    }
 
-void TestTaskStatus::figures()
-{
-    Fake::s_mapHandlers["slow!"] = [] { QTest::qSleep(5); };
-    Fake::Task cTask({"slow!|<CMD>print:1</CMD>", "2;b", "c|||<CMD>stop:</CMD>", "999999999;end"});
-    for (int nStart = 0; nStart < 2; ++nStart) { // the figures start anew
-        Fake::s_mapExecutions.clear();
-        QElapsedTimer cTimer;
-        cTimer.start();
+    void figures()
+    {
+        Fake::s_mapHandlers["slow!"] = [] { QTest::qSleep(5); };
+        Fake::Task cTask("slow!|{print:1}, 2;b, c|||{stop:}, 999999999;end");
+        for (int nStart = 0; nStart < 2; ++nStart) { // the figures start anew
+            Fake::s_mapExecutions.clear();
+            QElapsedTimer cTimer;
+            cTimer.start();
+            cTask.startTask();
+            QTRY_VERIFY(!cTask.IsRunning());
+            const TaskStatus cStatus = cTask.getStatus();
+            const qint64 nPassedNs = cTimer.nsecsElapsed();
+
+            QCOMPARE(cStatus.m_eState, TaskStatus::State::Idle);
+            QCOMPARE(cStatus.m_nRuns, qint64(3));
+            QCOMPARE(cStatus.m_nPictures, qint64(3));
+            QCOMPARE(cStatus.m_nFailures, qint64(0)); // an end by "stop:" is none
+            QCOMPARE(cStatus.m_nCurrentStep, -1);
+            QVERIFY(cStatus.m_nSincePictureNs >= 0 && cStatus.m_nSincePictureNs < nPassedNs);
+            QVERIFY(cStatus.m_nLastRunNs >= 5000000 && cStatus.m_nLastRunNs <= cStatus.m_nWorstRunNs);
+            QVERIFY(cStatus.m_nTotalRunNs >= 15000000 && cStatus.m_nTotalRunNs < nPassedNs);
+
+            QList<qint64> lstExecutions;
+            qint64 nStepsNs = 0;
+            for (const StepStatus &cStep : cStatus.m_lstStep) {
+                lstExecutions.append(cStep.m_nExecutions);
+                nStepsNs += cStep.m_nTotalNs;
+                QVERIFY(cStep.m_nLastNs <= cStep.m_nWorstNs && cStep.m_nWorstNs <= cStep.m_nTotalNs);
+            }
+            QCOMPARE(lstExecutions, (QList<qint64>{3, 2, 3, 1}));
+            QVERIFY(cStatus.m_lstStep.at(0).m_nLastNs >= 5000000);
+            QVERIFY(nStepsNs < nPassedNs);
+            QCOMPARE(cStatus.m_lstStep.at(0).m_strLastResult, "<CMD>print:1</CMD>");
+            QCOMPARE(cStatus.m_lstStep.at(2).m_strLastResult, "<CMD>stop:</CMD>");
+        }
+    }
+
+    /// Another thread sees which step hangs, and since when; a task switched on late counts from then.
+    void runningTask()
+    {
+        TaskInfo::setStatusEnabled(false);
+        Fake::Gate cFirst;
+        Fake::Gate cSecond;
+        std::atomic<int> nTime{0};
+        Fake::s_mapHandlers["first"] = [&] { cFirst.enter(); };
+        Fake::s_mapHandlers["hang"] = [&] {
+            if (++nTime == 3)
+                cSecond.enter();
+        };
+        Fake::Task cTask("1;first, hang");
+        cTask.startTask();
+        QVERIFY(cFirst.waitEntered());
+        QCOMPARE(cTask.getStatus().m_eState, TaskStatus::State::Running);
+        TaskInfo::setStatusEnabled(true);
+        cFirst.open();
+        QVERIFY(cSecond.waitEntered());
+
+        const TaskStatus cStatus = cTask.getStatus();
+        QCOMPARE(cStatus.m_nRuns, qint64(1));
+        QCOMPARE(cStatus.m_nPictures, qint64(2));
+        QCOMPARE(cStatus.m_nCurrentStep, 1);
+        QTRY_VERIFY(cTask.getStatus().m_nCurrentStepNs >= 20000000);
+        QVERIFY(cTask.getStatus().m_nSincePictureNs >= 20000000);
+        cTask.m_bExit = true;
+        QCOMPARE(cTask.getStatus().m_eState, TaskStatus::State::Stopping);
+        cSecond.open();
+        cTask.stopTask();
+        QCOMPARE(cTask.getStatus().m_eState, TaskStatus::State::Idle);
+        QCOMPARE(cTask.getStatus().m_nRuns, qint64(2));
+    }
+
+    void failures()
+    {
+        Fake::Task cTask("a||bad, 999999999;end|worse");
         cTask.startTask();
         QTRY_VERIFY(!cTask.IsRunning());
-        const TaskStatus cStatus = cTask.getStatus();
-        const qint64 nPassedNs = cTimer.nsecsElapsed();
+        QCOMPARE(cTask.getStatus().m_nRuns, qint64(2)); // a failed run is one
+        QCOMPARE(cTask.getStatus().m_nFailures, qint64(2));
+        QCOMPARE(cTask.getStatus().m_strLastError, "算法\"end\"出错, 错误信息:worse");
+        QCOMPARE(cTask.getStatus().m_lstStep.at(0).m_strLastResult, "bad");
 
-        QCOMPARE(cStatus.m_eState, TaskStatus::State::Idle);
-        QCOMPARE(cStatus.m_nRuns, qint64(3));
-        QCOMPARE(cStatus.m_nPictures, qint64(3));
-        QCOMPARE(cStatus.m_nFailures, qint64(0)); // an end by "stop:" is none
-        QCOMPARE(cStatus.m_nCurrentStep, -1);
-        QVERIFY(cStatus.m_nSincePictureNs >= 0 && cStatus.m_nSincePictureNs < nPassedNs);
-        QVERIFY(cStatus.m_nLastRunNs >= 5000000 && cStatus.m_nLastRunNs <= cStatus.m_nWorstRunNs);
-        QVERIFY(cStatus.m_nTotalRunNs >= 15000000 && cStatus.m_nTotalRunNs < nPassedNs);
-
-        QList<qint64> lstExecutions;
-        qint64 nStepsNs = 0;
-        for (const StepStatus &cStep : cStatus.m_lstStep) {
-            lstExecutions.append(cStep.m_nExecutions);
-            nStepsNs += cStep.m_nTotalNs;
-            QVERIFY(cStep.m_nLastNs <= cStep.m_nWorstNs && cStep.m_nWorstNs <= cStep.m_nTotalNs);
-        }
-        QCOMPARE(lstExecutions, (QList<qint64>{3, 2, 3, 1}));
-        QVERIFY(cStatus.m_lstStep.at(0).m_nLastNs >= 5000000);
-        QVERIFY(nStepsNs < nPassedNs);
-        QCOMPARE(cStatus.m_lstStep.at(0).m_strLastResult, QString("<CMD>print:1</CMD>"));
-        QCOMPARE(cStatus.m_lstStep.at(2).m_strLastResult, QString("<CMD>stop:</CMD>"));
+        delete std::exchange(cTask.m_pcDS, nullptr);
+        cTask.m_lstArithm = {Fake::step("b")};
+        cTask.runTaskOnce();
+        QCOMPARE(cTask.getStatus().m_strLastError, "No datasource assigned.");
+        QCOMPARE(cTask.getStatus().m_nFailures, qint64(1));
+        QCOMPARE(cTask.getStatus().m_lstStep.size(), 1);
     }
-}
 
-/// Another thread sees which step hangs, and since when; a task switched on late counts from then.
-void TestTaskStatus::runningTask()
-{
-    TaskInfo::setStatusEnabled(false);
-    Fake::Gate cFirst;
-    Fake::Gate cSecond;
-    Fake::s_mapHandlers["first"] = [&] { cFirst.enter(); };
-    std::atomic<int> nTime{0};
-    Fake::s_mapHandlers["hang"] = [&] {
-        if (++nTime == 3)
-            cSecond.enter();
-    };
-    Fake::Task cTask({"1;first", "hang"});
-    cTask.startTask();
-    QVERIFY(cFirst.waitEntered());
-    QCOMPARE(cTask.getStatus().m_eState, TaskStatus::State::Running);
-    TaskInfo::setStatusEnabled(true);
-    cFirst.open();
-    QVERIFY(cSecond.waitEntered());
-
-    TaskStatus cStatus = cTask.getStatus();
-    QCOMPARE(cStatus.m_nRuns, qint64(1));
-    QCOMPARE(cStatus.m_nPictures, qint64(2));
-    QCOMPARE(cStatus.m_nCurrentStep, 1);
-    QTRY_VERIFY(cTask.getStatus().m_nCurrentStepNs >= 20000000);
-    QVERIFY(cTask.getStatus().m_nSincePictureNs >= 20000000);
-    cTask.m_bExit = true;
-    QCOMPARE(cTask.getStatus().m_eState, TaskStatus::State::Stopping);
-    cSecond.open();
-    cTask.stopTask();
-    cStatus = cTask.getStatus();
-    QCOMPARE(cStatus.m_eState, TaskStatus::State::Idle);
-    QCOMPARE(cStatus.m_nRuns, qint64(2));
-}
-
-void TestTaskStatus::failures()
-{
-    Fake::Task cTask({"a||bad", "999999999;end|worse"});
-    cTask.startTask();
-    QTRY_VERIFY(!cTask.IsRunning());
-    const TaskStatus cStatus = cTask.getStatus();
-    QCOMPARE(cStatus.m_nRuns, qint64(2)); // a failed run is one
-    QCOMPARE(cStatus.m_nFailures, qint64(2));
-    QCOMPARE(cStatus.m_strLastError, QString("算法\"end\"出错, 错误信息:worse"));
-    QCOMPARE(cStatus.m_lstStep.at(0).m_strLastResult, QString("bad"));
-
-    delete std::exchange(cTask.m_pcDS, nullptr);
-    cTask.m_lstArithm = {Fake::step("b")};
-    cTask.runTaskOnce();
-    QCOMPARE(cTask.getStatus().m_strLastError, QString("No datasource assigned."));
-    QCOMPARE(cTask.getStatus().m_nFailures, qint64(1));
-    QCOMPARE(cTask.getStatus().m_lstStep.size(), 1);
-}
-
-void TestTaskStatus::sourceWithoutPictures()
-{
-    Fake::s_bPicture = false;
-    Fake::Task cTask({"a"});
-    cTask.startTask();
-    QTRY_COMPARE(cTask.getStatus().m_strLastDataSourceError, QString("没有图像"));
-    QCOMPARE(cTask.getStatus().m_nRuns + cTask.getStatus().m_nPictures, qint64(0));
-    QCOMPARE(cTask.getStatus().m_nSincePictureNs, qint64(-1));
-    Fake::s_bPicture = true;
-    QTRY_VERIFY(cTask.getStatus().m_nRuns > 0);
-    cTask.stopTask();
-    QVERIFY(Fake::s_lstErrors.isEmpty());
-}
+    void sourceWithoutPictures()
+    {
+        Fake::s_bPicture = false;
+        Fake::Task cTask("a");
+        cTask.startTask();
+        QTRY_COMPARE(cTask.getStatus().m_strLastDataSourceError, "没有图像");
+        QCOMPARE(cTask.getStatus().m_nRuns + cTask.getStatus().m_nPictures, qint64(0));
+        QCOMPARE(cTask.getStatus().m_nSincePictureNs, qint64(-1));
+        Fake::s_bPicture = true;
+        QTRY_VERIFY(cTask.getStatus().m_nRuns > 0);
+        cTask.stopTask();
+        QVERIFY(Fake::s_lstErrors.isEmpty());
+    }
+};
 
 QTEST_GUILESS_MAIN(TestTaskStatus)
 #include "tst_taskstatus.moc"
