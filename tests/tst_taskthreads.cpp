@@ -37,11 +37,19 @@ namespace
 {
 /// The widgets of a host; sees whether one is changed on another thread than its own.
 struct Widgets : QObject {
-    Widgets() { m_cSource.installEventFilter(this); }
-    bool eventFilter(QObject *pcObject, QEvent *) override
+    Widgets()
+    {
+        m_cSource.installEventFilter(this);
+        connect(&m_cView, qOverload<int>(&QComboBox::currentIndexChanged), [this] { look(this); });
+    }
+    void look(const QObject *pcObject)
     {
         if (QThread::currentThread() != pcObject->thread())
             m_bElsewhere = true;
+    }
+    bool eventFilter(QObject *pcObject, QEvent *) override
+    {
+        look(pcObject);
         return false;
     }
     void attach(TaskInfo &cTask)
