@@ -170,11 +170,11 @@ void TestDrawing::paintsWhatAPainterPaints()
             draw(*pcOpt, cTarget);
             const auto [afScale, anOffset] = Drawing::getViewScaleOpt(VIEW);
             const auto scaled = [fScale = afScale[0]](int n) { return static_cast<float>(n) * fScale; };
-            const auto start = [&](int nPicture, int nView) {
-                return double{static_cast<float>(nPicture / 2) - scaled(nView / 2)};
+            const auto start = [&](int nHalf, int nViewHalf) {
+                return double{static_cast<float>(nHalf) - scaled(nViewHalf)};
             };
-            QRectF cSource(start(w, cView.width()), start(h, cView.height()), double{scaled(cView.width())},
-                           double{scaled(cView.height())});
+            QRectF cSource(start(w / 2, cView.width() / 2), start(h / 2, cView.height() / 2),
+                           double{scaled(cView.width())}, double{scaled(cView.height())});
             if (nScale == 0)
                 cSource.moveTo(anOffset[0], anOffset[1]);
             if (nScale == 3)
