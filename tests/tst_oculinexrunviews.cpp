@@ -194,7 +194,7 @@ void TestOculinexRunViews::dropsTheOldest()
 {
     // 27 MB each, so that at most two wait; drawing one is quicker than writing it.
     const QString strTasks = task("a", source("<Wait>10</Wait>") + DRAW_PICTURE);
-    const Outcome cOutcome = run(out("0=3000x3000") + QStringList{"--runs=30", file(strTasks)});
+    const Outcome cOutcome = run(out("0=3000x3000") + QStringList{"--seconds=3", file(strTasks)});
     QCOMPARE(cOutcome.m_nExitCode, 0);
     const QJsonObject cView = objects(cOutcome.m_strOut).last()["views"].toArray().at(0).toObject();
     QVERIFY2(cView["dropped"].toInt() > 0, qPrintable(cOutcome.m_strOut));
