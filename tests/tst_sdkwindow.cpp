@@ -450,8 +450,11 @@ void TstSdkWindow::closesWhileThePreviewComputes()
     s_cGate.shut(true);
     const int nBefore = s_cGate.entered();
     const int nLeft = s_cGate.left();
-    const QString strConfig = show(STEP, WHOLE, store(), [=](QDialog *pcWindow) {
+    const auto fnThreads = [] { return QDir("/proc/self/task").entryList(QDir::Dirs).size(); };
+    int nThreads = 0;
+    const QString strConfig = show(STEP, WHOLE, store(), [&, nBefore](QDialog *pcWindow) {
         QTRY_COMPARE(s_cGate.entered(), nBefore + 1);
+        nThreads = fnThreads();
         click(pcWindow, "btnOK");
     });
     QCOMPARE(strConfig, WHOLE);
@@ -459,6 +462,7 @@ void TstSdkWindow::closesWhileThePreviewComputes()
     m_pcStore.reset();
     s_cGate.shut(false);
     QTRY_COMPARE(s_cGate.left(), nLeft + 1);
+    QTRY_VERIFY(fnThreads() < nThreads);
 }
 
 void TstSdkWindow::sourceWindow()
