@@ -300,7 +300,9 @@ void TestOculinexRun::readerGone()
 void TestOculinexRun::hangingStep()
 {
     const int nMaster = posix_openpt(O_RDWR | O_NOCTTY);
-    QVERIFY(nMaster >= 0 && grantpt(nMaster) == 0 && unlockpt(nMaster) == 0);
+    if (nMaster < 0)
+        QSKIP("This machine has no terminals.");
+    QVERIFY(grantpt(nMaster) == 0 && unlockpt(nMaster) == 0);
     const winsize cSize = {24, 60, 0, 0};
     ioctl(nMaster, TIOCSWINSZ, &cSize);
 

@@ -77,7 +77,7 @@ diff <(sed -n '/^```cpp/,/^```/{//!p}' "$source/docs/plugin-guide.md") "$source/
     diff <(sed -n '/^```cmake/,/^```/{//!p}' "$source/docs/plugin-guide.md") \
         "$source/examples/plugin-algorithm/CMakeLists.txt" || fail "the guide shows another example than the tree has"
 for plugin in plugin-algorithm plugin-source; do
-    "$cmake" -S "$source/examples/$plugin" -B "$prefix/$plugin" -DCMAKE_PREFIX_PATH="$prefix" \
+    "$cmake" -G Ninja -S "$source/examples/$plugin" -B "$prefix/$plugin" -DCMAKE_PREFIX_PATH="$prefix" \
         -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_INSTALL_LIBDIR="$libdir" >/dev/null
     "$cmake" --build "$prefix/$plugin" >/dev/null
     "$cmake" --install "$prefix/$plugin" --prefix "$prefix" >/dev/null
@@ -95,7 +95,7 @@ for program in interface capture; do
     "$compiler" -std=c++17 -fPIC "$source/tests/install/$program.cpp" "${flags[@]}" "${libs[@]}" \
         -o "$prefix/$program"
 done
-"$cmake" -S "$source/examples/host" -B "$prefix/host-cmake" -DCMAKE_PREFIX_PATH="$prefix" \
+"$cmake" -G Ninja -S "$source/examples/host" -B "$prefix/host-cmake" -DCMAKE_PREFIX_PATH="$prefix" \
     -DCMAKE_CXX_COMPILER="$compiler" >/dev/null
 "$cmake" --build "$prefix/host-cmake" >/dev/null
 
