@@ -1,17 +1,14 @@
 #include "OculinexQTStandAlone.h"
 
 #include "OculinexQTStandAloneInQt.h"
+#include "singleton.h"
 
 OculinexQtStandAlone *OculinexQtStandAlone::s_pcThis = nullptr;
 QMutex OculinexQtStandAlone::s_cMtx;
 
 OculinexQtStandAlone *OculinexQtStandAlone::getInstance()
 {
-    QGuard cGuard(s_cMtx);
-    // Never deleted: it holds nothing, and a host may use it until the very end.
-    if (!s_pcThis)
-        s_pcThis = new OculinexQtStandAlone;
-    return s_pcThis;
+    return singleton(s_pcThis, s_cMtx);
 }
 
 char *OculinexQtStandAlone::openTasksFile(char *szTaskFilePath)
