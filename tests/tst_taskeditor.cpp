@@ -390,12 +390,17 @@ private slots:
     {
         Boxes cBoxes;
         TaskInfo cTask(QString(), nullptr);
+        QThread cThread; // never started: nothing is delivered there
+        TaskInfo cElsewhere(QString(), nullptr);
+        cElsewhere.moveToThread(&cThread);
         {
             Bench cBench;
+            cElsewhere.addRunTaskButton(&cBench.m_cRun);
             cBench.attach(cTask);
             cTask.connectEvents();
             cTask.showContextmenu(QPoint());
         }
+        QVERIFY(!cElsewhere.m_pcRunTask);
         cTask.fromString(Bench::text());
         cTask.startTask();
         cTask.stopTask();

@@ -109,10 +109,12 @@ void attach(TaskInfo &cTask, QObject *TaskInfo::*pcMember, QObject *pcWidget)
     cTask.*pcMember = pcWidget;
     if (!pcWidget)
         return;
-    QObject::connect(pcWidget, &QObject::destroyed, &cTask, [&cTask, pcMember](QObject *pcGone) {
+    const auto fnForget = [&cTask, pcMember](QObject *pcGone) {
         if (cTask.*pcMember == pcGone)
             cTask.*pcMember = nullptr;
-    });
+    };
+    // At once, also when the task lives on a thread without an event loop.
+    QObject::connect(pcWidget, &QObject::destroyed, &cTask, fnForget, Qt::DirectConnection);
 }
 } // namespace
 
