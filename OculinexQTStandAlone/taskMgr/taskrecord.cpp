@@ -154,9 +154,11 @@ void TaskRecord::enterThread()
 void TaskRecord::leaveThread()
 {
     const std::lock_guard<std::mutex> cGuard(m_cLock);
-    // A host may also run the thread's body itself, without having entered.
+    // A host may also run the thread's body itself, without having entered, on a thread that goes on.
     m_nThreads = std::max(0, m_nThreads - 1);
     m_cLeft.notify_all();
+    if (s_pcOwnRecord == this)
+        s_pcOwnRecord = nullptr;
 }
 
 void TaskRecord::claimThread()
