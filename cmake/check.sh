@@ -28,7 +28,8 @@ report "$(git diff --name-only --diff-filter=d "$base" HEAD -- '*.cpp' |
     "Mend what clang-tidy names above."
 
 begin "that each header stands alone"
-flags=(-std=c++17 -fPIC -fsyntax-only -Wno-pragma-once-outside-header -x c++
+flags=(-std=c++17 -fPIC -fsyntax-only -x c++
+    '-DOCULINEX_BINARY_DIR=""' '-DOCULINEX_SOURCE_DIR=""' # the tests' own, from CMake
     -IArithmParamMgr -IOculinexQTStandAlone -Iplugins
     -Ibuild/debug/ArithmParamMgr -Ibuild/debug/OculinexQTStandAlone
     -Ibuild/debug/OculinexQTStandAlone/OculinexQTStandAlone_autogen/include)

@@ -15,9 +15,9 @@
 #include "arithmMgr/arithmregister.h"
 #include "arithmparammgr.h"
 #include "fixtures/neighbourhood.h"
-#include "taskMgr/taskMgr.h"
 #include "fixtures/row.h"
 #include "fixtures/together.h"
+#include "taskMgr/taskMgr.h"
 
 namespace
 {
