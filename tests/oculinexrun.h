@@ -66,10 +66,10 @@ inline QList<QJsonObject> objects(const QString &strLines)
 class OculinexRun
 {
 public:
-    void install()
+    void install(const QString &strBuild)
     {
         // The tool takes the plug-ins beside itself: a copy finds the probes.
-        QVERIFY(QFile::copy(OCULINEX_BINARY_DIR "/bin/oculinex-run", m_cDir.filePath("oculinex-run")));
+        QVERIFY(QFile::copy(strBuild + "/bin/oculinex-run", m_cDir.filePath("oculinex-run")));
         for (const char *szFolder : {"baseArithm", "DataSource"})
             QVERIFY(QFile::link(QDir(QCoreApplication::applicationDirPath()).filePath(szFolder),
                                 m_cDir.filePath(szFolder)));

@@ -27,7 +27,7 @@ class TestOculinexRun : public QObject, private OculinexRun
     Q_OBJECT
 
 private slots:
-    void initTestCase() { install(); }
+    void initTestCase() { install(OCULINEX_BINARY_DIR); }
     void usage_data();
     void usage();
     void exitCodes_data();

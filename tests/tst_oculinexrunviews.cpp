@@ -45,6 +45,11 @@ QImage picture(int nPicture, bool bMarked)
     return cImage;
 }
 
+int numberOf(const QString &strFile)
+{
+    return strFile.mid(QString("view0-").size(), 6).toInt();
+}
+
 /// A process whose files can't grow beyond 64 bytes: a disk that is full.
 class OnFullDisk : public QProcess
 {
@@ -89,7 +94,7 @@ private:
 
 void TestOculinexRunViews::initTestCase()
 {
-    install();
+    install(OCULINEX_BINARY_DIR);
     QImage cMask(WIDTH, HEIGHT, QImage::Format_Grayscale8);
     cMask.fill(0);
     cMask.setPixel(MARKED, qRgb(255, 255, 255));
@@ -194,14 +199,21 @@ void TestOculinexRunViews::dropsTheOldest()
 {
     // 27 MB each, so that at most two wait; drawing one is quicker than writing it.
     const QString strTasks = task("a", source("<Wait>10</Wait>") + DRAW_PICTURE);
-    const Outcome cOutcome = run(out("0=3000x3000") + QStringList{"--seconds=3", file(strTasks)});
+    QProcess cTool;
+    begin(cTool, out("0=3000x3000") + QStringList{file(strTasks)});
+    const auto fnHasGap = [this] { return numberOf(files().last()) > files().size(); };
+    QByteArray achOut;
+    while ((files().isEmpty() || !fnHasGap()) && cTool.waitForReadyRead(TIMEOUT_MS))
+        achOut += cTool.readAllStandardOutput();
+    kill(static_cast<pid_t>(cTool.processId()), SIGINT);
+    const Outcome cOutcome = end(cTool);
     QCOMPARE(cOutcome.m_nExitCode, 0);
-    const QJsonObject cView = objects(cOutcome.m_strOut).last()["views"].toArray().at(0).toObject();
-    QVERIFY2(cView["dropped"].toInt() > 0, qPrintable(cOutcome.m_strOut));
+    QVERIFY(fnHasGap());
+    const QJsonObject cView = objects(achOut + cOutcome.m_strOut).last()["views"].toArray().at(0).toObject();
     QCOMPARE(cView["written"].toInt(), files().size());
     QCOMPARE(cView["written"].toInt() + cView["dropped"].toInt(), cView["updates"].toInt());
-    // The number tells what is missing; the newest always comes through.
-    QCOMPARE(files().last(), QString("view0-%1.png").arg(cView["updates"].toInt(), 6, 10, QChar('0')));
+    // The newest always comes through.
+    QCOMPARE(numberOf(files().last()), cView["updates"].toInt());
     const QString strTable = run({"--view=0=4x3", "--out", m_strOut, "--runs=1", file(strTasks)}).m_strOut;
     QVERIFY2(strTable.contains("view  pictures") &&
                  strTable.contains("view0-000001.png        1        0       0"),
