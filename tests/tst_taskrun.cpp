@@ -202,22 +202,12 @@ ending late is no time-out     a, slow                -1      20  a slow  -
             QString m_strError;
         };
         const std::initializer_list<Bad> lstBad = {
-            {nullptr, ""},
-            {[](char *, ArithmParamMgr *) -> char * { return nullptr; }, ""},
             {[](char *, ArithmParamMgr *) -> char * { throw std::runtime_error("故障"); }, "故障"},
-            {[](char *, ArithmParamMgr *) -> char * { throw 1; }, "unknown exception"},
             {[](char *, ArithmParamMgr *) {
                  static char s_szBad[] = "<CMD>print:\xff</CMD>\xc3(";
                  return s_szBad;
              },
              QString(QChar::ReplacementCharacter) + "("},
-            {[](char *pchConfig, ArithmParamMgr *) { // writes into what it is given
-                 static std::string s_strGiven;
-                 s_strGiven = pchConfig;
-                 *pchConfig = '\0';
-                 return s_strGiven.data();
-             },
-             "config"},
         };
         for (const Bad &cBad : lstBad) {
             Arithm cArithm(
