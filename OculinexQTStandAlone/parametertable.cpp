@@ -1,0 +1,38 @@
+#include "parametertable.h"
+
+#include <QTableWidget>
+
+QMap<int, int> fillParameterTable(QTableWidget *pcTable, const ArithmParamMgr *pcAPM,
+                                  ArithmParamMgr::Kind eKind)
+{
+    pcTable->setRowCount(0);
+    pcTable->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    pcTable->setSelectionBehavior(QAbstractItemView::SelectRows);
+    pcTable->setSelectionMode(QAbstractItemView::SingleSelection);
+
+    QMap<int, int> mapID;
+    const QList<ArithmParamMgr::Entry> lstEntry = pcAPM ? pcAPM->snapshot() : QList<ArithmParamMgr::Entry>();
+    for (const ArithmParamMgr::Entry &cEntry : lstEntry) {
+        if (cEntry.m_eKind != eKind)
+            continue;
+        const int nRow = pcTable->rowCount();
+        pcTable->insertRow(nRow);
+        pcTable->setItem(nRow, 0, new QTableWidgetItem(cEntry.m_strName));
+        pcTable->setItem(nRow, 1, new QTableWidgetItem(cEntry.m_strDescribe));
+        mapID.insert(nRow, cEntry.m_nID);
+    }
+    pcTable->resizeColumnsToContents();
+    return mapID;
+}
+
+int selectedRow(const QTableWidget *pcTable)
+{
+    const QList<QTableWidgetItem *> lstSelected = pcTable->selectedItems();
+    return lstSelected.isEmpty() ? -1 : lstSelected.constFirst()->row();
+}
+
+QString parameterName(const QTableWidget *pcTable, int nRow)
+{
+    const QTableWidgetItem *pcName = pcTable->item(nRow, 0);
+    return pcName ? pcName->text() : QString();
+}
