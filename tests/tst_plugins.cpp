@@ -6,37 +6,12 @@
 #include <QtTest>
 
 #include "OculinexQTStandAloneInQt.h"
-#include "arithmMgr/arithmmgr.h"
-#include "arithmMgr/arithms.h"
-#include "arithmparammgr.h"
 #include "fixtures/row.h"
 #include "fixtures/together.h"
+#include "pluginfixture.h"
 
 namespace
 {
-cv::Mat header(ParamDIB *pcPicture)
-{
-    const int nWidth = pcPicture->getWidth();
-    return {pcPicture->getHeight(), nWidth, CV_8UC3, pcPicture->getDIB(),
-            static_cast<size_t>((nWidth + 1) * 3 & ~3)};
-}
-
-cv::Mat header(ParamGray8 *pcPicture)
-{
-    return {pcPicture->getHeight(), pcPicture->getWidth(), CV_8UC1, pcPicture->getGray8()};
-}
-
-/// A picture of random pixels under ID 1; its odd width makes the rows of a colour picture padded.
-template <typename Param>
-cv::Mat fill(Param *pcPicture, int nSeed, int nWidth = 61, int nHeight = 40)
-{
-    pcPicture->resize(nWidth, nHeight);
-    cv::Mat cPixels = header(pcPicture);
-    cv::RNG cRandom(static_cast<uint64_t>(nSeed));
-    cRandom.fill(cPixels, cv::RNG::UNIFORM, 0, 256);
-    return cPixels.clone();
-}
-
 /// Random areas: nShare percent of the pixels are set.
 void fillBinary(ParamGray8 *pcPicture, int nSeed, int nShare, int nWidth = 97, int nHeight = 64)
 {
@@ -44,24 +19,18 @@ void fillBinary(ParamGray8 *pcPicture, int nSeed, int nShare, int nWidth = 97, i
     cv::Mat cPixels = header(pcPicture);
     cv::threshold(cPixels, cPixels, 255 * (1 - nShare / 100.0), 255, cv::THRESH_BINARY);
 }
-
-bool same(const cv::Mat &cA, const cv::Mat &cB)
-{
-    return cA.size() == cB.size() && cA.type() == cB.type() && cv::norm(cA, cB, cv::NORM_INF) == 0;
-}
 } // namespace
 
 using Expected = std::function<void(const cv::Mat &, cv::Mat &)>;
 Q_DECLARE_METATYPE(Expected)
 
 /// The image-processing plug-ins, as the registry finds them beside the executable.
-class TestPlugins : public QObject
+class TestPlugins : public PluginTest
 {
     Q_OBJECT
 
 private slots:
-    void init() { m_pcStore = ArithmParamMgr::newInstance(); }
-    void cleanup() { ArithmParamMgr::deleteInstance(m_pcStore); }
+    void init() { newStore(); }
 
     void computesAsOpenCV_data()
     {
@@ -272,19 +241,18 @@ private slots:
     {
         std::atomic<int> nFaults{0};
         together(4, [&](int nThread) {
-            ArithmParamMgr *pcStore = ArithmParamMgr::newInstance();
-            fillBinary(pcStore->getParamGray8(1), nThread, 20 + nThread * 10, 100 + nThread, 50);
+            ArithmParamMgr cStore;
+            fillBinary(cStore.getParamGray8(1), nThread, 20 + nThread * 10, 100 + nThread, 50);
             const QString strConfig =
                 "<InputID>1</InputID><AreasID>1</AreasID><StringsID>1</StringsID><Print>1</Print>";
-            const QString strFirst = run("OCX_Blobs", strConfig, pcStore);
+            const QString strFirst = runPlugin("OCX_Blobs", strConfig, &cStore);
             const QString strFault = QString("<InputID>%1</InputID>").arg(nThread + 10);
             for (int nRun = 0; nRun < 100; ++nRun)
-                if (run("OCX_Blobs", strConfig, pcStore) != strFirst ||
-                    run("OCX_ToGray", strFault, pcStore) !=
+                if (runPlugin("OCX_Blobs", strConfig, &cStore) != strFirst ||
+                    runPlugin("OCX_ToGray", strFault, &cStore) !=
                         QString("Input picture %1 is empty.").arg(nThread + 10) ||
-                    !run("OCX_Blur", "<InputID>1</InputID><OutputID>2</OutputID>", pcStore).isEmpty())
+                    !runPlugin("OCX_Blur", "<InputID>1</InputID><OutputID>2</OutputID>", &cStore).isEmpty())
                     ++nFaults;
-            ArithmParamMgr::deleteInstance(pcStore);
         });
         QCOMPARE(nFaults.load(), 0);
     }
@@ -321,16 +289,6 @@ private slots:
             QRegularExpression("(\\d+) bright galaxies").match(strPrinted).captured(1).toInt();
         QVERIFY2(nGalaxies >= 80 && nGalaxies <= 92, qPrintable(strPrinted));
     }
-
-private:
-    static QString run(const QString &strID, QString strConfig, ArithmParamMgr *pcStore)
-    {
-        Arithm *pcArithm = ArithmMgr::getInstance()->getArithm(strID);
-        return pcArithm ? pcArithm->execute(strConfig, pcStore) : strID + " is not there";
-    }
-    QString run(const QString &strID, const QString &strConfig) { return run(strID, strConfig, m_pcStore); }
-
-    ArithmParamMgr *m_pcStore = nullptr;
 };
 
 QTEST_GUILESS_MAIN(TestPlugins)
