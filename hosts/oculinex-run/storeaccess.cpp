@@ -2,18 +2,20 @@
 
 #include <algorithm>
 #include <iterator>
+#include <map>
 
 #include <QRegularExpression>
 
+#include "arithmMgr/arithmregister.h"
 #include "globalfunction.h"
 
 namespace
 {
 enum class Access { Read, Write };
 
-/// One tag that holds an ID. It counts when every one of its conditions holds, which are set apart
-/// by blanks: "Tag=value" or "Tag!=value" (as numbers where the value is one), "Tag~word" or
-/// "Tag!~word" (in any letter case), "Tag>=number"; a tag that is missing is 0 or empty.
+/// One tag of a built-in algorithm that holds an ID. It counts when every one of its conditions holds, which
+/// are set apart by blanks: "Tag=value" or "Tag!=value" (as numbers where the value is one) or "Tag>=number";
+/// a tag that is missing is 0 or empty.
 struct Row {
     const char *m_szArithm;
     const char *m_szTag;
@@ -29,9 +31,9 @@ constexpr Access READ = Access::Read;
 constexpr Access WRITE = Access::Write;
 
 const Row TABLE[] = {
-    {"KQ_MemoryDisk", "InputID", READ, K::Dib, N::Allowed, "InputType=RGB"},
+    {"KQ_MemoryDisk", "InputID", READ, K::DIB, N::Allowed, "InputType=RGB"},
     {"KQ_MemoryDisk", "InputID", READ, K::Gray8, N::Allowed, "InputType=Gray8"},
-    {"KQ_Drawing", "DataID", READ, K::Dib, N::Allowed, "DataType=0"},
+    {"KQ_Drawing", "DataID", READ, K::DIB, N::Allowed, "DataType=0"},
     {"KQ_Drawing", "DataID", READ, K::Gray8, N::Allowed, "DataType=1"},
     {"KQ_Drawing", "DataID", READ, K::Gray16, N::Allowed, "DataType=2"},
     {"KQ_Drawing", "DataID", READ, K::Points, N::Allowed, "DataType=3"},
@@ -40,21 +42,10 @@ const Row TABLE[] = {
     {"KQ_Drawing", "DataID", READ, K::Areas, N::Allowed, "DataType=6"},
     {"KQ_Drawing", "DataID", READ, K::Strings, N::Allowed, "DataType=7"},
     {"KQ_Saving", "StringID", READ, K::Strings, N::Allowed, "IsStringID>=1"},
-    {"KQ_Saving", "PicID", READ, K::Dib, N::Ignored, "Wnd=4 PicType=RGB"},
+    {"KQ_Saving", "PicID", READ, K::DIB, N::Ignored, "Wnd=4 PicType=RGB"},
     {"KQ_Saving", "PicID", READ, K::Gray8, N::Ignored, "Wnd=4 PicType=Gray"},
-    {"KQ_Loading", "PicID", WRITE, K::Dib, N::Allowed, "BeGray!=1"},
+    {"KQ_Loading", "PicID", WRITE, K::DIB, N::Allowed, "BeGray!=1"},
     {"KQ_Loading", "PicID", WRITE, K::Gray8, N::Allowed, "BeGray=1"},
-    {"OCX_ToGray", "InputID", READ, K::Dib, N::Refused, ""},
-    {"OCX_ToGray", "OutputID", WRITE, K::Gray8, N::Refused, ""},
-    {"OCX_Blur", "InputID", READ, K::Gray8, N::Refused, "InputType!~RGB"},
-    {"OCX_Blur", "InputID", READ, K::Dib, N::Refused, "InputType~RGB"},
-    {"OCX_Blur", "OutputID", WRITE, K::Gray8, N::Refused, "InputType!~RGB"},
-    {"OCX_Blur", "OutputID", WRITE, K::Dib, N::Refused, "InputType~RGB"},
-    {"OCX_Threshold", "InputID", READ, K::Gray8, N::Refused, ""},
-    {"OCX_Threshold", "OutputID", WRITE, K::Gray8, N::Refused, ""},
-    {"OCX_Blobs", "InputID", READ, K::Gray8, N::Refused, ""},
-    {"OCX_Blobs", "AreasID", WRITE, K::Areas, N::Refused, ""},
-    {"OCX_Blobs", "StringsID", WRITE, K::Strings, N::Refused, ""},
 };
 
 QString value(const QString &strConfig, const QString &strTag)
@@ -64,7 +55,7 @@ QString value(const QString &strConfig, const QString &strTag)
 
 bool holds(const QString &strCondition, const QString &strConfig)
 {
-    static const QRegularExpression s_cParts("^(\\w+)(=|!=|~|!~|>=)(.*)$");
+    static const QRegularExpression s_cParts("^(\\w+)(=|!=|>=)(.*)$");
     const QRegularExpressionMatch cMatch = s_cParts.match(strCondition);
     const QString strOperator = cMatch.captured(2);
     const QString strWanted = cMatch.captured(3);
@@ -73,10 +64,8 @@ bool holds(const QString &strCondition, const QString &strConfig)
     const int nWanted = strWanted.toInt(&bNumber);
     if (strOperator == ">=")
         return strIs.toInt() >= nWanted;
-    bool bEqual = bNumber ? strIs.toInt() == nWanted : strIs == strWanted;
-    if (strOperator.endsWith('~'))
-        bEqual = strIs.trimmed().compare(strWanted, Qt::CaseInsensitive) == 0;
-    return bEqual != strOperator.startsWith('!');
+    const bool bEqual = bNumber ? strIs.toInt() == nWanted : strIs == strWanted;
+    return bEqual == (strOperator == "=");
 }
 
 bool applies(const Row &cRow, const QString &strConfig)
@@ -84,6 +73,25 @@ bool applies(const Row &cRow, const QString &strConfig)
     const QStringList lstCondition = QString(cRow.m_szConditions).split(' ', Qt::SkipEmptyParts);
     return std::all_of(lstCondition.begin(), lstCondition.end(),
                        [&](const QString &strCondition) { return holds(strCondition, strConfig); });
+}
+
+ParamKind kindOf(const PluginSetting &cSetting, const QString &strConfig)
+{
+    if (!cSetting.m_strTypeTag.isEmpty()) {
+        const QString strType = configValue(strConfig, cSetting.m_strTypeTag);
+        for (const ParamKind eKind : cSetting.m_lstKind)
+            if (strType.compare(Plugin::kindName(eKind), Qt::CaseInsensitive) == 0)
+                return eKind;
+    }
+    return cSetting.m_lstKind.value(0);
+}
+
+StoreAccess accessTo(bool bWrite, Negative eNegative, ParamKind eKind, const QString &strTag,
+                   const QString &strConfig)
+{
+    StoreAccess cAccess{bWrite, eNegative, eKind, strTag};
+    cAccess.m_nID = value(strConfig, strTag).toInt(&cAccess.m_bNumber);
+    return cAccess;
 }
 } // namespace
 
@@ -95,25 +103,50 @@ QString paramKindName(ParamKind eKind)
     return NAMES[static_cast<size_t>(eKind)];
 }
 
+QString configValue(const QString &strConfig, const QString &strTag)
+{
+    return value(strConfig, strTag).trimmed();
+}
+
+const PluginTable &settingsTable(const QString &strArithmID)
+{
+    static std::map<QString, PluginTable> s_mapTable;
+    const auto [itTable, bNew] = s_mapTable.try_emplace(strArithmID);
+    if (const Arithm *pcArithm = bNew ? ArithmFactory::getInstance()->getArithm(strArithmID) : nullptr)
+        itTable->second = pluginTable(fileOfFunction(pcArithm->m_fnExecute));
+    return itTable->second;
+}
+
+bool isInForce(const PluginSetting &cSetting, const PluginTable &cTable, const QString &strConfig)
+{
+    if (cSetting.m_strWhenTag.isEmpty())
+        return true;
+    QString strChosen = configValue(strConfig, cSetting.m_strWhenTag);
+    for (const PluginSetting &cOther : cTable.m_lstSetting)
+        if (strChosen.isEmpty() && cOther.m_strTag == cSetting.m_strWhenTag)
+            strChosen = cOther.m_strInitial;
+    return strChosen.compare(cSetting.m_strWhenValue, Qt::CaseInsensitive) == 0;
+}
+
 bool isStoreAccessKnown(const QString &strArithmID)
 {
-    return std::any_of(std::begin(TABLE), std::end(TABLE),
+    return !settingsTable(strArithmID).isNull() ||
+           std::any_of(std::begin(TABLE), std::end(TABLE),
                        [&](const Row &cRow) { return strArithmID == cRow.m_szArithm; });
 }
 
 QList<StoreAccess> storeAccess(const QString &strArithmID, const QString &strConfig)
 {
     QList<StoreAccess> lstAccess;
-    for (const Row &cRow : TABLE) {
-        if (strArithmID != cRow.m_szArithm || !applies(cRow, strConfig))
-            continue;
-        StoreAccess cAccess;
-        cAccess.m_bWrite = cRow.m_eAccess == WRITE;
-        cAccess.m_eNegative = cRow.m_eNegative;
-        cAccess.m_eKind = cRow.m_eKind;
-        cAccess.m_strTag = cRow.m_szTag;
-        cAccess.m_nID = value(strConfig, cRow.m_szTag).toInt(&cAccess.m_bNumber);
-        lstAccess += cAccess;
-    }
+    for (const Row &cRow : TABLE)
+        if (strArithmID == cRow.m_szArithm && applies(cRow, strConfig))
+            lstAccess +=
+                accessTo(cRow.m_eAccess == WRITE, cRow.m_eNegative, cRow.m_eKind, cRow.m_szTag, strConfig);
+    const PluginTable &cTable = settingsTable(strArithmID);
+    for (const bool bWrite : {false, true})
+        for (const PluginSetting &cSetting : cTable.m_lstSetting)
+            if ((bWrite ? cSetting.isOutput() : cSetting.isInput()) && isInForce(cSetting, cTable, strConfig))
+                lstAccess += accessTo(bWrite, Negative::Refused, kindOf(cSetting, strConfig), cSetting.m_strTag,
+                                    strConfig);
     return lstAccess;
 }

@@ -4,21 +4,11 @@
 #include <QList>
 #include <QString>
 
+#include "plugintables/plugintable.h"
+
 /// Which parameters of the store a step reads and writes, as its config string says.
 
-enum class ParamKind {
-    Dib,
-    Gray8,
-    Gray16,
-    Points,
-    Lines,
-    Polys,
-    Areas,
-    Strings,
-    Longs,
-    Doubles,
-    Bools,
-};
+using ParamKind = Plugin::Kind;
 
 /// What a kind is called in messages, as in "grey picture".
 QString paramKindName(ParamKind eKind);
@@ -33,15 +23,23 @@ enum class Negative {
 struct StoreAccess {
     bool m_bWrite = false;
     Negative m_eNegative = Negative::Allowed;
-    ParamKind m_eKind = ParamKind::Dib;
+    ParamKind m_eKind = ParamKind::DIB;
     QString m_strTag; ///< the tag that holds the ID
     int m_nID = 0;
     bool m_bNumber = false; ///< whether the tag holds a number
 };
 
+/// The table of an algorithm; a null one for those that are built in or made without the SDK. Main
+/// thread, as what follows.
+const PluginTable &settingsTable(const QString &strArithmID);
+/// Whether a setting counts: those that depend on a choice do so with one of its options only.
+bool isInForce(const PluginSetting &cSetting, const PluginTable &cTable, const QString &strConfig);
+/// A tag's value without the blanks around it.
+QString configValue(const QString &strConfig, const QString &strTag);
+
 /// False for an algorithm whose tags are not known: it may read and write anything.
 bool isStoreAccessKnown(const QString &strArithmID);
-/// In the order in which the tags stand in the table: what is read comes first.
+/// What is read comes first.
 QList<StoreAccess> storeAccess(const QString &strArithmID, const QString &strConfig);
 
 #endif

@@ -165,7 +165,7 @@ void Checker::checkSource(const QString &strConfig, Written &mapWritten)
         add(QString("the data source delivers nothing: its output type is '%1', not 'RGB' or 'Gray8'")
                 .arg(strType));
     else
-        mapWritten[strType == "RGB" ? ParamKind::Dib : ParamKind::Gray8][nID] = -1;
+        mapWritten[strType == "RGB" ? ParamKind::DIB : ParamKind::Gray8][nID] = -1;
 }
 
 void Checker::checkAccess(const StoreAccess &cAccess, const Written &mapBefore, const Written &mapEver)

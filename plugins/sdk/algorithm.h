@@ -28,6 +28,11 @@
     {                                                                                                        \
         return Class::ABOUT.m_szName;                                                                        \
     }                                                                                                        \
+    OCULINEX_PLUGIN_EXPORT const char *getSettingsTable()                                                    \
+    {                                                                                                        \
+        static const char *const s_szTable = Plugin::newSettingsTable(Plugin::ALGORITHM<Class>);             \
+        return s_szTable;                                                                                    \
+    }                                                                                                        \
     OCULINEX_PLUGIN_EXPORT char *showConfigWindow(char *pchConfig, ArithmParamMgr *pcStore, bool)            \
     {                                                                                                        \
         return Plugin::editConfig(Plugin::ALGORITHM<Class>, pchConfig, pcStore);                             \

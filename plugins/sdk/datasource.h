@@ -88,6 +88,11 @@ inline constexpr PluginDescription SOURCE{Class::ABOUT, Class::SETTINGS, std::si
         return cPicture.m_puchPixels;                                                                        \
     }                                                                                                        \
     OCULINEX_PLUGIN_EXPORT void releasePicture(int) {}                                                       \
+    OCULINEX_PLUGIN_EXPORT const char *getSettingsTable()                                                    \
+    {                                                                                                        \
+        static const char *const s_szTable = Plugin::newSettingsTable(Plugin::SOURCE<Class>);                \
+        return s_szTable;                                                                                    \
+    }                                                                                                        \
     OCULINEX_PLUGIN_EXPORT char *showConfigDlg(char *pchConfig, bool)                                        \
     {                                                                                                        \
         return Plugin::editConfig(Plugin::SOURCE<Class>, pchConfig, nullptr);                                \

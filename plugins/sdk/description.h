@@ -28,6 +28,20 @@ struct PluginDescription {
     const Setting *end() const { return m_pcSettings + m_nSettings; }
     bool isSource() const { return m_fnExecute == nullptr; }
 };
+
+/// As the exported table calls it.
+constexpr const char *settingKindName(SettingKind eKind)
+{
+    constexpr const char *NAMES[] = {"integer", "real",  "choice",    "flag",   "text",
+                                     "command", "file",  "directory", "colour", "colourRange",
+                                     "region",  "input", "output"};
+    return NAMES[static_cast<size_t>(eKind)];
+}
+
+/// The plug-in's table as every plug-in exports it (getSettingsTable), for hosts: one JSON object in
+/// UTF-8. Initial values stand as in a config string, captions as {"zh": …, "en": …}; what a setting
+/// does not have is left out. The text is never freed.
+const char *newSettingsTable(const PluginDescription &cPlugin);
 } // namespace Plugin
 
 #endif
