@@ -9,6 +9,7 @@ QMap<int, int> fillParameterTable(QTableWidget *pcTable, const ArithmParamMgr *p
     pcTable->setEditTriggers(QAbstractItemView::NoEditTriggers);
     pcTable->setSelectionBehavior(QAbstractItemView::SelectRows);
     pcTable->setSelectionMode(QAbstractItemView::SingleSelection);
+    pcTable->setTabKeyNavigation(false); // Tab goes on to the next widget
 
     QMap<int, int> mapID;
     const QList<ArithmParamMgr::Entry> lstEntry = pcAPM ? pcAPM->snapshot() : QList<ArithmParamMgr::Entry>();

@@ -334,8 +334,3 @@ DataSource::DataSourceInstance *DataSource::createDataSourceFromConfigString(Ari
         describe(*pcInstance, pcAPM->getParamGray16(nDataID));
     return pcInstance;
 }
-
-DataSource::DataSourceInstance *DataSource::newDataSource(ArithmParamMgr *, QString &)
-{
-    return nullptr;
-}

@@ -112,8 +112,9 @@ public:
     /// The instance that a data-source config string describes, null when its kind is unknown. The
     /// caller owns it.
     DataSourceInstance *createDataSourceFromConfigString(ArithmParamMgr *pcAPM, QString strConfig);
-    /// Lets the user choose and configure a source (GUI thread). Null when cancelled; else the
-    /// caller owns the instance, and strConfig is its config string.
+    /// Lets the user choose and configure a source for the store, which stays alive meanwhile. Null
+    /// when cancelled, off the GUI thread and without a QApplication; else the caller owns the
+    /// instance, and strConfig is its config string.
     DataSourceInstance *newDataSource(ArithmParamMgr *pcAPM, QString &strConfig);
 
     QMap<QString, DataSourceInfo *> m_mapDataSourceInfo;

@@ -1,7 +1,9 @@
 #include "MemoryDisk/memorydisk.h"
 
+#include "MemoryDisk/dlgmemorydiskconfig.h"
 #include "arithmparammgr.h"
 #include "configtext.h"
+#include "dialogs.h"
 #include "logging.h"
 #include "textbuffer.h"
 
@@ -68,9 +70,9 @@ QString MemoryDisk::getClass()
     return QStringLiteral("系统");
 }
 
-char *MemoryDisk::showConfigWindow(char *, ArithmParamMgr *, bool)
+char *MemoryDisk::showConfigWindow(char *pchConfig, ArithmParamMgr *pcAPM, bool)
 {
-    QString strConfig;
+    QString strConfig = configFromDialog<DlgMemoryDiskConfig>(pchConfig, pcAPM);
     return transConfigStr(strConfig);
 }
 

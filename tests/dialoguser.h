@@ -1,0 +1,95 @@
+#ifndef DIALOGUSER_H
+#define DIALOGUSER_H
+
+#include <functional>
+#include <list>
+#include <utility>
+
+#include <QAbstractButton>
+#include <QAbstractItemView>
+#include <QApplication>
+#include <QMessageBox>
+#include <QTest>
+#include <QTimer>
+
+/// Someone who sits before the modal dialogs that a test is about to open: does one thing after the
+/// other, each to the dialog or box that is on top by then. A dialog that is left when all is done is
+/// closed, so that a test fails rather than hangs.
+class DialogUser
+{
+public:
+    using Act = std::function<void(QWidget &cTop)>;
+
+    explicit DialogUser(std::list<Act> lstAct) : m_lstAct(std::move(lstAct))
+    {
+        s_pcPresent = this; // the one before has left
+        wait();
+    }
+    ~DialogUser()
+    {
+        if (s_pcPresent == this)
+            s_pcPresent = nullptr;
+    }
+    DialogUser(const DialogUser &) = delete;
+    DialogUser &operator=(const DialogUser &) = delete;
+
+    /// Whether everything was done and nothing had to be closed.
+    bool isContent() const { return m_lstAct.empty() && !m_bClosed; }
+
+    static void click(QWidget &cTop, const char *szButton)
+    {
+        QTest::mouseClick(cTop.findChild<QAbstractButton *>(szButton), Qt::LeftButton);
+    }
+    static Act press(const char *szButton)
+    {
+        return [szButton](QWidget &cTop) { click(cTop, szButton); };
+    }
+    /// Reads a box, "title: text" and the number of its buttons, and answers with the default.
+    static Act read(QString &strText)
+    {
+        return [&strText](QWidget &cTop) {
+            auto *pcBox = qobject_cast<QMessageBox *>(&cTop);
+            strText += pcBox ? pcBox->windowTitle() + ": " + pcBox->text() + ' ' +
+                                   QString::number(pcBox->buttons().size()) + '\n'
+                             : "no box\n";
+            pcBox ? pcBox->button(QMessageBox::Ok)->click() : void();
+        };
+    }
+    /// Double-clicks a row; the view's tab has to be the one shown.
+    static void doubleClick(QAbstractItemView *pcView, int nRow)
+    {
+        const QPoint cPos = pcView->visualRect(pcView->model()->index(nRow, 0)).center();
+        QTest::mouseClick(pcView->viewport(), Qt::LeftButton, Qt::NoModifier, cPos);
+        QTest::mouseDClick(pcView->viewport(), Qt::LeftButton, Qt::NoModifier, cPos);
+    }
+
+private:
+    /// A timer for each act, because acts open loops in which the next ones happen.
+    void wait()
+    {
+        QTimer::singleShot(5, &m_cAlive, [this] {
+            if (s_pcPresent != this)
+                return;
+            QWidget *pcTop = QApplication::activeModalWidget();
+            if (!pcTop)
+                return wait();
+            if (m_lstAct.empty()) {
+                m_bClosed = true;
+                wait();
+                pcTop->close();
+                return;
+            }
+            const Act fnAct = m_lstAct.front();
+            m_lstAct.pop_front();
+            wait();
+            fnAct(*pcTop);
+        });
+    }
+
+    inline static DialogUser *s_pcPresent = nullptr;
+    std::list<Act> m_lstAct;
+    bool m_bClosed = false;
+    QObject m_cAlive;
+};
+
+#endif

@@ -1,0 +1,286 @@
+// The choice of a task's data source, in a user's hands.
+
+#include <memory>
+#include <stdexcept>
+#include <thread>
+
+#include <QtTest>
+
+#include <QComboBox>
+#include <QLineEdit>
+#include <QListWidget>
+
+#include "DataSource/datasource.h"
+#include "OculinexQTStandAloneInQt.h"
+#include "arithmparammgr.h"
+#include "dialoguser.h"
+#include "taskMgr/taskMgr.h"
+
+namespace
+{
+using Instance = DataSource::DataSourceInstance;
+
+/// A kind in this process: what was called, and what its window does.
+QStringList s_lstCall;
+std::function<QByteArray()> s_fnWindow;
+
+char *showKind(char *pchConfig, bool)
+{
+    s_lstCall.append(QString("show ") + pchConfig);
+    static QByteArray s_achConfig;
+    s_achConfig = s_fnWindow();
+    return s_achConfig.data();
+}
+
+DataSource::DataSourceInfo *newKind()
+{
+    auto *pcKind = new DataSource::DataSourceInfo;
+    pcKind->m_fnShowConfigDlg = showKind;
+    pcKind->m_fnSetConfig = [](int, char *pchConfig) { s_lstCall.append(QString("set ") + pchConfig); };
+    pcKind->m_fnRemoveInstance = [](int) { s_lstCall.append("remove"); };
+    return pcKind;
+}
+
+/// Selects a kind and presses its button.
+DialogUser::Act use(const QString &strKind)
+{
+    return [strKind](QWidget &cDialog) {
+        auto *pcList = cDialog.findChild<QListWidget *>("lbSourceNames");
+        const QListWidgetItem *pcItem = pcList->findItems(strKind, Qt::MatchExactly).value(0);
+        QTest::mouseClick(pcList->viewport(), Qt::LeftButton, Qt::NoModifier,
+                          pcList->visualItemRect(pcItem).center());
+        DialogUser::click(cDialog, "btnSetting");
+    };
+}
+
+DialogUser::Act type(const char *szEdit, const QString &strText)
+{
+    return [=](QWidget &cDialog) {
+        auto *pcEdit = cDialog.findChild<QLineEdit *>(szEdit);
+        pcEdit->setFocus();
+        pcEdit->selectAll();
+        pcEdit->insert(strText); // as an input method does
+    };
+}
+
+DialogUser::Act look(QString &strShown)
+{
+    return [&strShown](QWidget &cDialog) {
+        const auto lstSelected = cDialog.findChild<QListWidget *>("lbSourceNames")->selectedItems();
+        strShown = lstSelected.isEmpty() ? QString() : lstSelected.constFirst()->text();
+        for (const char *szEdit : {"edtSelectedSource", "edtName", "edtDescribe"})
+            strShown += '|' + cDialog.findChild<QLineEdit *>(szEdit)->text();
+        strShown += '|' + cDialog.findChild<QComboBox *>("cbDataType")->currentText();
+    };
+}
+
+const auto OK = DialogUser::press("btnOK");
+const auto CANCEL = DialogUser::press("btnCancel");
+} // namespace
+
+class TestDlgDataSource : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase()
+    {
+        DataSource::getInstance()->m_mapDataSourceInfo.insert("假", newKind());
+        DataSource::getInstance()->m_mapDataSourceInfo.insert("坏", nullptr);
+    }
+    void init()
+    {
+        s_lstCall.clear();
+        s_fnWindow = [] { return "kind's own"; };
+    }
+
+    void makesASource()
+    {
+        ArithmParamMgr cStore;
+        cStore.getParamDIB(4);
+        QString strConfig;
+        QString strBox;
+        QString strShown;
+        DialogUser cUser({look(strShown),
+                          // A list that has the focus has a current row, which is not a selected one.
+                          [&](QWidget &cDialog) {
+                              cDialog.findChild<QListWidget *>("lbSourceNames")->setFocus();
+                              DialogUser::click(cDialog, "btnSetting");
+                          },
+                          OK, DialogUser::read(strBox), type("edtName", "图像"), OK, DialogUser::read(strBox),
+                          type("edtDescribe", "相机 & <1>"), use("坏"), DialogUser::read(strBox), use("假"),
+                          OK});
+        const std::unique_ptr<Instance> pcInstance(
+            DataSource::getInstance()->newDataSource(&cStore, strConfig));
+        QVERIFY(cUser.isContent() && pcInstance);
+        QCOMPARE(strShown, "||||RGB");
+        QCOMPARE(strBox, "警告: 数据名称不能为空 1\n警告: 无数据源 1\n警告: 创建数据源实例失败. 1\n");
+        QCOMPARE(s_lstCall, QStringList({"set ", "set ", "show ", "set kind's own"}));
+        QCOMPARE(strConfig, "<DSName>假</DSName><OutputName>图像</OutputName>"
+                            "<OutputDescribe>相机 & <1></OutputDescribe><OutputType>RGB</OutputType>"
+                            "<OutputID>5</OutputID><Config>kind's own</Config>");
+        QCOMPARE(pcInstance->getDataID(), 5);
+        QCOMPARE(pcInstance->getDataType(), "RGB");
+        QCOMPARE(pcInstance->m_strName + '|' + pcInstance->m_strDescribe, "图像|相机 & <1>");
+        QVERIFY(cStore.requestParamDIBMap()->contains(5));
+    }
+
+    void editsASource_data()
+    {
+        QTest::addColumn<QString>("strType");
+        QTest::addColumn<QString>("strID");
+        QTest::addColumn<QString>("strShownType");
+        QTest::addColumn<QString>("strNewID");
+        QTest::newRow("colour") << "RGB"
+                                << "12"
+                                << "RGB"
+                                << "12";
+        QTest::newRow("grey") << "Gray8"
+                              << "12"
+                              << "Gray8"
+                              << "12";
+        QTest::newRow("16 bits") << "Gray16"
+                                 << "12"
+                                 << "RGB"
+                                 << "12";
+        QTest::newRow("no number") << "Gray8"
+                                   << "x"
+                                   << "Gray8"
+                                   << "1";
+    }
+    /// The picture stays, and so does the configuration where the kind's window is cancelled.
+    void editsASource()
+    {
+        QFETCH(QString, strType);
+        QFETCH(QString, strID);
+        QFETCH(QString, strShownType);
+        QFETCH(QString, strNewID);
+        const QString strText = "<DSName>假</DSName><OutputName>图像</OutputName><OutputDescribe>d"
+                                "</OutputDescribe><OutputType>%1</OutputType><OutputID>%2</OutputID>"
+                                "<Config>old</Config>";
+        ArithmParamMgr cStore;
+        QString strConfig = strText.arg(strType, strID);
+        QString strShown;
+        QString strBox;
+        s_fnWindow = [] { return ""; };
+        DialogUser cUser({look(strShown), OK, DialogUser::read(strBox), use("假"), OK});
+        const std::unique_ptr<Instance> pcInstance(
+            DataSource::getInstance()->newDataSource(&cStore, strConfig));
+        QVERIFY(cUser.isContent() && pcInstance);
+        QCOMPARE(strShown, "假||图像|d|" + strShownType);
+        QCOMPARE(strBox, "警告: 无数据源 1\n");
+        QCOMPARE(s_lstCall, QStringList({"set ", "set old", "show old", "set "}));
+        QCOMPARE(strConfig, strText.arg(strShownType, strNewID));
+        QCOMPARE(pcInstance->getDataID(), strNewID.toInt());
+    }
+
+    /// Nothing survives, however the dialog is left.
+    void cancels_data()
+    {
+        QTest::addColumn<QByteArray>("achHow");
+        for (const char *szHow : {"button", "key", "closed inside the kind's window"})
+            QTest::newRow(szHow) << QByteArray(szHow);
+    }
+    void cancels()
+    {
+        QFETCH(QByteArray, achHow);
+        ArithmParamMgr cStore;
+        QString strConfig = "<DSName>gone</DSName><Config>old</Config>";
+        const QString strKept = strConfig;
+        std::list<DialogUser::Act> lstAct = {use("假"), use("假")};
+        if (achHow == "button")
+            lstAct.push_back(CANCEL);
+        else if (achHow == "key")
+            lstAct.push_back([](QWidget &cDialog) { QTest::keyClick(&cDialog, Qt::Key_Escape); });
+        else
+            s_fnWindow = [] {
+                QWidget *pcDialog = QApplication::activeModalWidget();
+                if (pcDialog->isEnabled())
+                    return "the dialog takes input";
+                if (s_lstCall.count("remove") == 1)
+                    pcDialog->close();
+                return "new";
+            };
+        DialogUser cUser(lstAct);
+        QVERIFY(!DataSource::getInstance()->newDataSource(&cStore, strConfig));
+        QVERIFY(cUser.isContent());
+        QCOMPARE(strConfig, strKept);
+        QCOMPARE(s_lstCall.filter("show").size(), 2);
+        QCOMPARE(s_lstCall.filter("remove").size(), 2);
+        QVERIFY(!s_lstCall.join(' ').contains("takes input"));
+        QVERIFY(cStore.requestParamDIBMap()->isEmpty());
+    }
+
+    /// What a kind's window does must not hurt; the configuration stays where it gives none.
+    void survivesKinds_data()
+    {
+        QTest::addColumn<bool>("bThrows");
+        QTest::addColumn<QString>("strSubConfig");
+        QTest::newRow("throws") << true << "old";
+        QTest::newRow("rubbish") << false << QString("</Config>%1").arg(QChar(0xFFFD));
+    }
+    void survivesKinds()
+    {
+        QFETCH(bool, bThrows);
+        QFETCH(QString, strSubConfig);
+        s_fnWindow = [=]() -> QByteArray {
+            if (bThrows)
+                throw std::runtime_error("no window");
+            return "</Config>\xff";
+        };
+        if (bThrows)
+            QTest::ignoreMessage(QtWarningMsg, QRegularExpression("no window"));
+        QString strConfig = "<DSName>x</DSName><OutputName>n</OutputName><Config>old</Config>";
+        DialogUser cUser({use("假"), OK});
+        const std::unique_ptr<Instance> pcInstance(
+            DataSource::getInstance()->newDataSource(nullptr, strConfig));
+        QVERIFY(cUser.isContent() && pcInstance);
+        QVERIFY(strConfig.endsWith("<OutputID>-1</OutputID><Config>" + strSubConfig + "</Config>"));
+    }
+
+    /// The task takes the source over, unless another tasks file has replaced it meanwhile.
+    void ofATask_data()
+    {
+        QTest::addColumn<bool>("bReplaced");
+        QTest::newRow("stays") << false;
+        QTest::newRow("replaced") << true;
+    }
+    void ofATask()
+    {
+        QFETCH(bool, bReplaced);
+        auto *pcTask = new TaskInfo("t", nullptr);
+        QPointer<TaskInfo> pcAlive(pcTask);
+        ::init();
+        TaskMgr::getInstance()->clear();
+        TaskMgr::getInstance()->addTask(pcTask, 0);
+        QTemporaryFile cFile;
+        QVERIFY(cFile.open());
+        const auto replace = [&] {
+            if (bReplaced && s_lstCall.filter("show").size() == 1)
+                openTasksFile(cFile.fileName().toLocal8Bit().data());
+            return "kind's own";
+        };
+        s_fnWindow = replace;
+        DialogUser cUser({use("假"), use("假"), type("edtName", "n"), OK});
+        QCOMPARE(::selectDataSource(0), "");
+        QVERIFY(cUser.isContent());
+        QCOMPARE(!pcAlive, bReplaced);
+        QCOMPARE(s_lstCall.filter("remove").size(), bReplaced ? 2 : 1);
+        if (!bReplaced)
+            QVERIFY(pcTask->m_pcDS && pcTask->m_strDataSourceConfigString.startsWith("<DSName>假</DSName>"));
+        TaskMgr::getInstance()->clear();
+        QCOMPARE(s_lstCall.filter("remove").size(), 2);
+    }
+
+    void offTheGuiThread()
+    {
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("DlgDataSource opens only"));
+        std::thread([] {
+            QString strConfig;
+            DataSource::getInstance()->newDataSource(nullptr, strConfig);
+        }).join();
+    }
+};
+
+QTEST_MAIN(TestDlgDataSource)
+#include "tst_dlgdatasource.moc"

@@ -1,0 +1,262 @@
+// The dialogs of the memory disks, in a user's hands.
+
+#include <thread>
+
+#include <QtTest>
+
+#include <QComboBox>
+#include <QLineEdit>
+#include <QProgressBar>
+#include <QTabWidget>
+#include <QTableWidget>
+
+#include "MemoryDisk/dlgmemorydiskstatus.h"
+#include "MemoryDisk/memorydisk.h"
+#include "OculinexQTStandAloneInQt.h"
+#include "arithmparammgr.h"
+#include "dialoguser.h"
+#include "taskMgr/taskMgr.h"
+
+namespace
+{
+QString configure(const char *szConfig, ArithmParamMgr *pcAPM)
+{
+    return QString::fromUtf8(MemoryDisk::showConfigWindow(QByteArray(szConfig).data(), pcAPM, true));
+}
+
+void choose(QWidget &cDialog, const char *szTable, int nRow)
+{
+    auto *pcTable = cDialog.findChild<QTableWidget *>(szTable);
+    cDialog.findChild<QTabWidget *>("tabDataInput")->setCurrentWidget(pcTable->parentWidget());
+    DialogUser::doubleClick(pcTable, nRow);
+}
+
+/// What the dialog shows: name, type and memory disk.
+DialogUser::Act look(QString &strShown)
+{
+    return [&strShown](QWidget &cDialog) {
+        for (const char *szEdit : {"edtName", "edtType"})
+            strShown += cDialog.findChild<QLineEdit *>(szEdit)->text() + '|';
+        strShown += cDialog.findChild<QComboBox *>("cmbMemDisk")->currentText();
+    };
+}
+
+template <typename Param>
+void describe(Param *pcParam, const char *szName, const char *szDescribe)
+{
+    pcParam->setName(szName);
+    pcParam->setDescribe(szDescribe);
+}
+
+struct Store : ArithmParamMgr {
+    Store()
+    {
+        describe(getParamDIB(7), "彩色七", "相机");
+        describe(getParamDIB(3), "彩色三", "");
+        describe(getParamGray8(7), "灰度七", "阈值之后");
+        describe(getParamGray8(0), "零", "");
+        describe(getParamGray16(8), "十六位", "");
+    }
+};
+} // namespace
+
+class TestDlgMemoryDisk : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void offersThePictures()
+    {
+        Store cStore;
+        QString strSeen;
+        DialogUser cUser({[&](QWidget &cDialog) {
+                              strSeen += cDialog.windowTitle();
+                              for (const char *szTable : {"tblRGB", "tblGray8"}) {
+                                  auto *pcTable = cDialog.findChild<QTableWidget *>(szTable);
+                                  for (int nRow = -1; nRow < pcTable->rowCount(); ++nRow)
+                                      for (int nColumn = 0; nColumn < 2; ++nColumn)
+                                          strSeen += '|' + (nRow < 0 ? pcTable->horizontalHeaderItem(nColumn)
+                                                                     : pcTable->item(nRow, nColumn))
+                                                               ->text();
+                                  QTest::mouseClick(pcTable->viewport(), Qt::LeftButton, Qt::NoModifier,
+                                                    pcTable->visualItemRect(pcTable->item(1, 1)).center());
+                              }
+                          },
+                          DialogUser::press("btnCancel")});
+        QCOMPARE(configure("<InputID>7</InputID>", &cStore), "");
+        QCOMPARE(strSeen, "写内存盘配置|名称|描述|彩色三||彩色七|相机|名称|描述|零||灰度七|阈值之后");
+        QVERIFY(cUser.isContent());
+    }
+
+    void makesTheConfig_data()
+    {
+        QTest::addColumn<QByteArray>("achTable");
+        QTest::addColumn<int>("nRow");
+        QTest::addColumn<QString>("strShown");
+        QTest::addColumn<QString>("strConfig");
+        QTest::newRow("colour") << QByteArray("tblRGB") << 1 << "彩色七|RGB|内存盘2"
+                                << "<MemDisk>2</MemDisk><InputID>7</InputID><InputType>RGB</InputType>";
+        QTest::newRow("grey") << QByteArray("tblGray8") << 1 << "灰度七|Gray8|内存盘2"
+                              << "<MemDisk>2</MemDisk><InputID>7</InputID><InputType>Gray8</InputType>";
+    }
+    void makesTheConfig()
+    {
+        QFETCH(QByteArray, achTable);
+        QFETCH(int, nRow);
+        QFETCH(QString, strShown);
+        QFETCH(QString, strConfig);
+        Store cStore;
+        QString strSeen;
+        QString strBox;
+        DialogUser cFirst({DialogUser::press("btnOK"), DialogUser::read(strBox),
+                           [&](QWidget &cDialog) {
+                               choose(cDialog, achTable, nRow);
+                               cDialog.findChild<QComboBox *>("cmbMemDisk")->setCurrentIndex(2);
+                           },
+                           look(strSeen), DialogUser::press("btnOK")});
+        QCOMPARE(configure("", &cStore), strConfig);
+        QCOMPARE(strSeen, strShown);
+        QCOMPARE(strBox, "警告: 未选择输入变量. 1\n");
+
+        // Opened again it shows what it made, but for the memory disk, and forgets the type.
+        strSeen.clear();
+        DialogUser cAgain({look(strSeen), DialogUser::press("btnOK")});
+        QCOMPARE(configure(strConfig.toUtf8(), &cStore),
+                 "<MemDisk>0</MemDisk><InputID>7</InputID><InputType></InputType>");
+        QCOMPARE(strSeen, strShown.replace("内存盘2", "内存盘0"));
+        QVERIFY(cFirst.isContent() && cAgain.isContent());
+    }
+
+    /// What is shown of config strings that others wrote; none of these can be accepted as it is.
+    void readsAnyConfig_data()
+    {
+        QTest::addColumn<QByteArray>("achConfig");
+        QTest::addColumn<QString>("strShown");
+        QTest::newRow("no ID") << QByteArray("<MemDisk>4</MemDisk><InputType>RGB</InputType>") << "||内存盘0";
+        QTest::newRow("no number") << QByteArray("<InputID>x</InputID><InputType>RGB</InputType>")
+                                   << "|RGB|内存盘0";
+        QTest::newRow("zero") << QByteArray("<InputID>0</InputID><InputType>Gray8</InputType>")
+                              << "零|Gray8|内存盘0";
+        QTest::newRow("unknown ID") << QByteArray("<InputID>-1</InputID><InputType>RGB</InputType>")
+                                    << "|RGB|内存盘0";
+        QTest::newRow("bad bytes") << QByteArray("<InputID>0</InputID><InputType>\xff</InputType>")
+                                   << QString("|%1|内存盘0").arg(QChar(0xFFFD));
+    }
+    void readsAnyConfig()
+    {
+        QFETCH(QByteArray, achConfig);
+        QFETCH(QString, strShown);
+        Store cStore;
+        QString strSeen;
+        QString strBox;
+        DialogUser cUser({look(strSeen), DialogUser::press("btnOK"), DialogUser::read(strBox),
+                          [](QWidget &cDialog) { QTest::keyClick(&cDialog, Qt::Key_Escape); }});
+        QCOMPARE(configure(achConfig, &cStore), "");
+        QCOMPARE(strSeen, strShown);
+        QCOMPARE(strBox, "警告: 未选择输入变量. 1\n");
+        QVERIFY(cUser.isContent());
+    }
+
+    /// Nobody but the dialog may need what is gone, and nothing opens where no window can.
+    void survives()
+    {
+        auto *pcStore = new Store;
+        DialogUser cUser({[&](QWidget &cDialog) {
+            delete pcStore;
+            choose(cDialog, "tblGray8", 1);
+            DialogUser::click(cDialog, "btnOK");
+        }});
+        QCOMPARE(configure("", pcStore),
+                 "<MemDisk>0</MemDisk><InputID>7</InputID><InputType>Gray8</InputType>");
+        DialogUser cNoStore({DialogUser::press("btnCancel")});
+        QCOMPARE(configure("", nullptr), "");
+        QVERIFY(cUser.isContent() && cNoStore.isContent());
+
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("DlgMemoryDiskConfig opens only"));
+        std::thread([] { configure("", nullptr); }).join();
+    }
+
+    /// Through the flow of a task, which another tasks file may replace while the dialog is open.
+    void tasksFileIsOpenedMeanwhile()
+    {
+        auto *pcTask = new TaskInfo("t", nullptr);
+        const QPointer<TaskInfo> pcAlive(pcTask);
+        pcTask->fromString("<-TaskItem-><-MaxExeTimes->-1</-MaxExeTimes-><-ArithmID->KQ_MemoryDisk"
+                           "</-ArithmID-><-OptionStr->x</-OptionStr-></-TaskItem->");
+        init();
+        TaskMgr::getInstance()->addTask(pcTask, 0);
+        describe(pcTask->m_pcAPM->getParamDIB(1), "一", "");
+        QTemporaryFile cFile;
+        QVERIFY(cFile.open());
+        DialogUser cUser({[&](QWidget &cDialog) {
+            openTasksFile(cFile.fileName().toLocal8Bit().data());
+            choose(cDialog, "tblRGB", 0);
+            DialogUser::click(cDialog, "btnOK");
+        }});
+        QCOMPARE(::showConfigWindow(0, 0), "");
+        QVERIFY(cUser.isContent() && !pcAlive);
+    }
+
+    void status()
+    {
+        MemoryDisk &cDisk = *MemoryDisk::getInstance(1);
+        unsigned char auchPicture[8] = {};
+        for (int nPicture = 0; nPicture < 4; ++nPicture) {
+            QVERIFY(cDisk.addDIB(auchPicture, 1, 1));
+            QVERIFY(MemoryDisk::getInstance(5)->addGray8(auchPicture, 1, 1));
+        }
+        QVERIFY(cDisk.addGray8(auchPicture, 1, 1));
+        MemoryDisk::DIB *pcRecord = cDisk.requestDIB();
+
+        DlgMemoryDiskStatus cDialog(nullptr);
+        cDialog.show();
+        QVERIFY(cDialog.windowFlags() & Qt::WindowStaysOnTopHint);
+        const auto combo = [&](const char *szName) { return cDialog.findChild<QComboBox *>(szName); };
+        const auto bars = [&] {
+            QStringList lstText;
+            for (const char *szBar : {"pbWaiting0", "pbProcessing0", "pbWaiting1", "pbProcessing1",
+                                      "pbWaiting2", "pbProcessing2"}) {
+                const auto *pcBar = cDialog.findChild<QProgressBar *>(szBar);
+                lstText.append(pcBar->text() + '/' + QString::number(pcBar->maximum()));
+            }
+            return lstText.join(' ');
+        };
+        QTimer *pcTimer = cDialog.findChild<QTimer *>();
+        const auto tick = [&] { QMetaObject::invokeMethod(&cDialog, "OnTimer"); };
+        QCOMPARE(bars(), "0/6 0/6 0/6 0/6 0/6 0/6");
+        QTRY_COMPARE(bars(), "0/6 0/6 3/6 1/6 0/6 0/6");
+
+        combo("cmbDataType1")->setCurrentText("Gray8");
+        combo("cmbMemDisk2")->setCurrentText("MD1");
+        tick();
+        QCOMPARE(bars(), "0/6 0/6 1/6 0/6 3/6 1/6");
+        DialogUser::click(cDialog, "btnClear2");
+        tick();
+        QCOMPARE(bars(), "0/6 0/6 1/6 0/6 0/6 1/6");
+        DialogUser::click(cDialog, "btnClear1");
+        QCOMPARE(cDisk.getGray8IdleNum(), 6);
+        cDisk.releaseDIB(pcRecord);
+
+        // A group that shows none empties the last memory disk.
+        combo("cmbMemDisk0")->setCurrentText("MD5");
+        combo("cmbDataType0")->setCurrentText("Gray8");
+        tick();
+        QCOMPARE(bars(), "4/6 0/6 0/6 0/6 0/6 0/6");
+        combo("cmbMemDisk0")->setCurrentText("无");
+        QVERIFY(!combo("cmbDataType0")->isEnabled());
+        tick();
+        QCOMPARE(bars(), "0/6 0/6 0/6 0/6 0/6 0/6");
+        DialogUser::click(cDialog, "btnClear0");
+        QCOMPARE(MemoryDisk::getInstance(5)->getGray8IdleNum(), 6);
+        combo("cmbMemDisk0")->setCurrentIndex(0);
+        QVERIFY(combo("cmbDataType0")->isEnabled());
+
+        combo("cmbInteval")->setCurrentIndex(0); // not connected
+        QCOMPARE(pcTimer->interval(), 1000);
+        QMetaObject::invokeMethod(&cDialog, "on_comboBox_currentIndexChanged", Q_ARG(int, 2));
+        QCOMPARE(pcTimer->interval(), 300);
+    }
+};
+
+QTEST_MAIN(TestDlgMemoryDisk)
+#include "tst_dlgmemorydisk.moc"
