@@ -6,6 +6,14 @@
 
 #include "framedbody.h"
 
+/// A value between its tags: how config strings are written.
+inline QString tagged(const char *szTag, const QString &strValue)
+{
+    const QLatin1String strTag(szTag);
+    return QLatin1Char('<') + strTag + QLatin1Char('>') + strValue + QLatin1String("</") + strTag +
+           QLatin1Char('>');
+}
+
 /// Reads the values of a config string, text of <Tag>value</Tag> pairs, by their tags.
 class ConfigText
 {

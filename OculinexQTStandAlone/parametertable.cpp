@@ -26,6 +26,14 @@ QMap<int, int> fillParameterTable(QTableWidget *pcTable, const ArithmParamMgr *p
     return mapID;
 }
 
+QMap<int, int> inverted(const QMap<int, int> &mapID)
+{
+    QMap<int, int> mapRow;
+    for (auto it = mapID.cbegin(); it != mapID.cend(); ++it)
+        mapRow.insert(it.value(), it.key());
+    return mapRow;
+}
+
 int selectedRow(const QTableWidget *pcTable)
 {
     const QList<QTableWidgetItem *> lstSelected = pcTable->selectedItems();

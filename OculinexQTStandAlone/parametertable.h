@@ -15,6 +15,9 @@ class QTableWidget;
 QMap<int, int> fillParameterTable(QTableWidget *pcTable, const ArithmParamMgr *pcAPM,
                                   ArithmParamMgr::Kind eKind);
 
+/// The row of each ID, out of the ID of each row.
+QMap<int, int> inverted(const QMap<int, int> &mapID);
+
 /// The row of the first selected cell, -1 when there is none.
 int selectedRow(const QTableWidget *pcTable);
 

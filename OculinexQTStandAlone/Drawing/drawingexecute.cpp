@@ -5,8 +5,10 @@
 
 #include <QStringList>
 
+#include "Drawing/dlgdrawingconfig.h"
 #include "arithmparammgr.h"
 #include "configtext.h"
+#include "dialogs.h"
 #include "globalfunction.h"
 
 namespace
@@ -167,8 +169,8 @@ char *Drawing::execute(char *pchConfig, ArithmParamMgr *pcAPM)
     return transConfigStr(strResult);
 }
 
-char *Drawing::showConfigWindow(char *, ArithmParamMgr *, bool)
+char *Drawing::showConfigWindow(char *pchConfig, ArithmParamMgr *pcAPM, bool)
 {
-    QString strResult;
+    QString strResult = configFromDialog<DlgDrawingConfig>(pchConfig, pcAPM);
     return transConfigStr(strResult);
 }

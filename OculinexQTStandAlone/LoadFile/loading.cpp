@@ -8,8 +8,10 @@
 #include <QMutex>
 
 #include "Drawing/pixelrows.h"
+#include "LoadFile/dlgloadfile.h"
 #include "arithmparammgr.h"
 #include "configtext.h"
+#include "dialogs.h"
 #include "logging.h"
 #include "picturefile.h"
 #include "textbuffer.h"
@@ -117,9 +119,9 @@ QString Loading::getClass()
     return QStringLiteral("系统");
 }
 
-char *Loading::showConfigWindow(char * /*pchConfig*/, ArithmParamMgr * /*pcAPM*/, bool /*bFlag*/)
+char *Loading::showConfigWindow(char *pchConfig, ArithmParamMgr *pcAPM, bool)
 {
-    QString strResult;
+    QString strResult = configFromDialog<DlgLoadFile>(pchConfig, pcAPM);
     return transConfigStr(strResult);
 }
 

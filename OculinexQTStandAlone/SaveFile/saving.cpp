@@ -12,8 +12,10 @@
 
 #include "Drawing/drawing.h"
 #include "Drawing/pixelrows.h"
+#include "SaveFile/dlgsavefile.h"
 #include "arithmparammgr.h"
 #include "configtext.h"
+#include "dialogs.h"
 #include "globalfunction.h"
 #include "logging.h"
 #include "picturefile.h"
@@ -178,9 +180,9 @@ QString Saving::getClass()
     return QStringLiteral("系统");
 }
 
-char *Saving::showConfigWindow(char * /*pchConfig*/, ArithmParamMgr * /*pcAPM*/, bool /*bFlag*/)
+char *Saving::showConfigWindow(char *pchConfig, ArithmParamMgr *pcAPM, bool)
 {
-    QString strResult;
+    QString strResult = configFromDialog<DlgSaveFile>(pchConfig, pcAPM);
     return transConfigStr(strResult);
 }
 
