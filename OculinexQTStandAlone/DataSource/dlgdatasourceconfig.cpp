@@ -6,7 +6,7 @@
 #include "arithmparammgr.h"
 #include "configtext.h"
 #include "dialogs.h"
-#include "ui_dlgdatasourceconfig.h"
+#include "DataSource/ui_dlgdatasourceconfig.h"
 
 namespace
 {

@@ -3,7 +3,7 @@
 #include "configtext.h"
 #include "dialogs.h"
 #include "parametertable.h"
-#include "ui_dlgmemorydiskconfig.h"
+#include "MemoryDisk/ui_dlgmemorydiskconfig.h"
 
 DlgMemoryDiskConfig::DlgMemoryDiskConfig(QString strConfig, ArithmParamMgr *pcAPM, QWidget *pcParent)
     : QDialog(pcParent), ui(new Ui::DlgMemoryDiskConfig), m_strConfigStr(strConfig), m_pcAPM(pcAPM)

@@ -3,7 +3,7 @@
 #include <QTimer>
 
 #include "MemoryDisk/memorydisk.h"
-#include "ui_dlgmemorydiskstatus.h"
+#include "MemoryDisk/ui_dlgmemorydiskstatus.h"
 
 namespace
 {
