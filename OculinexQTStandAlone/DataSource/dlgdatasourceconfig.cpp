@@ -3,10 +3,10 @@
 #include <memory>
 #include <utility>
 
+#include "DataSource/ui_dlgdatasourceconfig.h"
 #include "arithmparammgr.h"
 #include "configtext.h"
 #include "dialogs.h"
-#include "DataSource/ui_dlgdatasourceconfig.h"
 
 namespace
 {

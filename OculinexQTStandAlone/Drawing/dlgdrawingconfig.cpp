@@ -6,10 +6,10 @@
 
 #include <QColorDialog>
 
+#include "Drawing/ui_dlgdrawingconfig.h"
 #include "configtext.h"
 #include "dialogs.h"
 #include "parametertable.h"
-#include "ui_dlgdrawingconfig.h"
 
 namespace
 {

@@ -5,11 +5,11 @@
 #include <QFileDialog>
 #include <QMessageBox>
 
+#include "LoadFile/ui_dlgloadfile.h"
 #include "arithmparammgr.h"
 #include "configtext.h"
 #include "logging.h"
 #include "picturefile.h"
-#include "ui_dlgloadfile.h"
 
 namespace
 {

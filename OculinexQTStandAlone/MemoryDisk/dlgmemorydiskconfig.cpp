@@ -1,9 +1,9 @@
 #include "MemoryDisk/dlgmemorydiskconfig.h"
 
+#include "MemoryDisk/ui_dlgmemorydiskconfig.h"
 #include "configtext.h"
 #include "dialogs.h"
 #include "parametertable.h"
-#include "MemoryDisk/ui_dlgmemorydiskconfig.h"
 
 DlgMemoryDiskConfig::DlgMemoryDiskConfig(QString strConfig, ArithmParamMgr *pcAPM, QWidget *pcParent)
     : QDialog(pcParent), ui(new Ui::DlgMemoryDiskConfig), m_strConfigStr(strConfig), m_pcAPM(pcAPM)

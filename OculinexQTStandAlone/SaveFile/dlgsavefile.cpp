@@ -4,9 +4,9 @@
 #include <QMessageBox>
 
 #include "SaveFile/dlgselectpic.h"
+#include "SaveFile/ui_dlgsavefile.h"
 #include "configtext.h"
 #include "parametertable.h"
-#include "ui_dlgsavefile.h"
 
 namespace
 {

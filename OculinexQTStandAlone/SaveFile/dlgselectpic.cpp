@@ -1,7 +1,7 @@
 #include "SaveFile/dlgselectpic.h"
 
+#include "SaveFile/ui_dlgselectpic.h"
 #include "parametertable.h"
-#include "ui_dlgselectpic.h"
 
 DlgSelectPic::DlgSelectPic(ArithmParamMgr *pcAPM, QWidget *pcParent)
     : QDialog(pcParent), ui(new Ui::DlgSelectPic), m_nID(-1), m_nType(0), m_pcAPM(pcAPM)
