@@ -1,11 +1,8 @@
 #include "viewreader.h"
 
-#include <algorithm>
 #include <chrono>
 
-#include "Drawing/drawing.h"
 #include "OculinexQTStandAloneInQt.h"
-#include "taskMgr/taskMgr.h"
 
 namespace
 {
@@ -13,15 +10,6 @@ namespace
 constexpr std::chrono::milliseconds POLL(5);
 /// So many runs without a moment between two of them, and an update is handed over as it stands.
 constexpr qint64 PATIENCE_RUNS = 10;
-
-/// The first step of a flow that draws, -1 when none does.
-int firstDrawing(const QList<TaskItem> &lstStep)
-{
-    const auto itStep = std::find_if(lstStep.begin(), lstStep.end(), [](const TaskItem &cStep) {
-        return cStep.m_strArithmID == Drawing::getID();
-    });
-    return itStep == lstStep.end() ? -1 : static_cast<int>(itStep - lstStep.begin());
-}
 } // namespace
 
 ViewReader::ViewReader(const QList<ViewOption> &lstView, PictureWriter &cWriter) : m_cWriter(cWriter)
@@ -31,12 +19,7 @@ ViewReader::ViewReader(const QList<ViewOption> &lstView, PictureWriter &cWriter)
         cView.m_nView = cOption.m_nView;
         cView.m_cPicture = QImage(cOption.m_cSize, QImage::Format_RGB888);
         cView.m_cPicture.fill(Qt::black);
-        for (int nTask = 0; nTask < TaskMgr::getInstance()->getTaskNum(); ++nTask) {
-            TaskInfo *pcTask = TaskMgr::getInstance()->getTask(nTask);
-            const int nFirst = firstDrawing(pcTask->getTaskItem());
-            if (pcTask->m_nWhichView == cView.m_nView && nFirst >= 0)
-                cView.m_lstDrawer.push_back({nTask, nFirst});
-        }
+        cView.m_cProgress = ViewProgress(cView.m_nView);
         m_lstView.push_back(cView);
         useDrawingWindow(cOption.m_nView, cOption.m_cSize.width(), cOption.m_cSize.height());
     }
@@ -83,20 +66,6 @@ void ViewReader::work()
     }
 }
 
-ViewReader::Progress ViewReader::progress(const View &cView)
-{
-    Progress cProgress;
-    for (const Drawer &cDrawer : cView.m_lstDrawer) {
-        TaskStatus cStatus;
-        getTaskStatus(cDrawer.m_nTask, cStatus);
-        cProgress.m_nEndedRuns += cStatus.m_nRuns;
-        const bool bNotYetDrawing =
-            cStatus.m_nCurrentStep >= 0 && cStatus.m_nCurrentStep < cDrawer.m_nFirstDrawing;
-        cProgress.m_bBetweenRuns &= cStatus.m_nPictures == cStatus.m_nRuns || bNotYetDrawing;
-    }
-    return cProgress;
-}
-
 /// Draws all that waits; whether that was anything.
 bool ViewReader::drawQueued(View &cView)
 {
@@ -117,16 +86,14 @@ bool ViewReader::read(View &cView)
     if (!cView.m_bDrawn) {
         const bool bDrawn = drawQueued(cView);
         if (bDrawn)
-            cView.m_nDrawnRuns = progress(cView).m_nEndedRuns;
+            cView.m_nDrawnRuns = cView.m_cProgress.now().m_nEndedRuns;
         return bDrawn;
     }
     // All that was queued between two looks which saw the same moment between runs is drawn.
-    const Progress cBefore = progress(cView);
+    const ViewProgress::Moment cBefore = cView.m_cProgress.now();
     const bool bDrawn = drawQueued(cView);
-    const Progress cAfter = progress(cView);
-    const bool bSameMoment =
-        cBefore.m_bBetweenRuns && cAfter.m_bBetweenRuns && cBefore.m_nEndedRuns == cAfter.m_nEndedRuns;
-    if (bSameMoment || cBefore.m_nEndedRuns >= cView.m_nDrawnRuns + PATIENCE_RUNS)
+    const ViewProgress::Moment cAfter = cView.m_cProgress.now();
+    if (cBefore.isSameGap(cAfter) || cBefore.m_nEndedRuns >= cView.m_nDrawnRuns + PATIENCE_RUNS)
         handOver(cView);
     return bDrawn;
 }

@@ -10,6 +10,7 @@
 
 #include "options.h"
 #include "picturewriter.h"
+#include "viewprogress.h"
 
 /// Reads views while the tasks run and hands every complete update to the writer.
 ///
@@ -35,26 +36,15 @@ public:
     void stop();
 
 private:
-    /// A task that draws into a view.
-    struct Drawer {
-        int m_nTask;
-        int m_nFirstDrawing; ///< its first step that draws
-    };
     struct View {
         int m_nView;
         QImage m_cPicture;
-        std::vector<Drawer> m_lstDrawer;
+        ViewProgress m_cProgress;
         bool m_bDrawn = false;   ///< something was drawn that was not handed over
         qint64 m_nDrawnRuns = 0; ///< ended runs of its drawers when the first of it was
     };
-    /// How far the runs of a view's drawers are.
-    struct Progress {
-        qint64 m_nEndedRuns = 0;
-        bool m_bBetweenRuns = true; ///< nothing has been drawn in a run that has not ended
-    };
 
     void work();
-    static Progress progress(const View &cView);
     static bool drawQueued(View &cView);
     bool read(View &cView);
     void handOver(View &cView);

@@ -20,17 +20,38 @@ PictureView::PictureView(QWidget *pcParent) : QWidget(pcParent)
 {
     setMinimumSize(320, 240);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+    setMouseTracking(true);
 }
 
-void PictureView::setPicture(const QImage &cPicture)
+void PictureView::setPicture(const QImage &cPicture, const QImage &cShrunk)
 {
     m_cPicture = cPicture;
     m_cShrunk = QImage();
     update();
-    if (cPicture.isNull() || cPicture.size() == m_cSize)
-        return;
-    m_cSize = cPicture.size();
-    fit();
+    if (!cPicture.isNull() && cPicture.size() != m_cSize) {
+        m_cSize = cPicture.size();
+        fit();
+    }
+    if (cShrunk.size() == shrunkSize(cPicture.size()))
+        m_cShrunk = cShrunk;
+}
+
+QSize PictureView::shrunkSize(const QSize &cSize) const
+{
+    const double dZoom = m_bFitted || cSize != m_cSize ? fittedZoom(cSize) : m_dZoom;
+    if (cSize.isEmpty() || dZoom >= 1)
+        return {};
+    return {std::max(1, qRound(cSize.width() * dZoom)), std::max(1, qRound(cSize.height() * dZoom))};
+}
+
+void PictureView::setZoom(double dZoom)
+{
+    if (dZoom > 0)
+        zoomTo(dZoom, QRectF(rect()).center());
+    else
+        fit();
+    update();
+    emit zoomed();
 }
 
 void PictureView::setMarked(const QRect &cRect)
@@ -64,11 +85,9 @@ void PictureView::paintEvent(QPaintEvent *)
     cPainter.fillRect(rect(), palette().color(QPalette::Dark));
     if (m_cPicture.isNull())
         return;
-    if (m_dZoom < 1 && m_cShrunk.isNull()) {
-        const QSize cSize(std::max(1, qRound(m_cPicture.width() * m_dZoom)),
-                          std::max(1, qRound(m_cPicture.height() * m_dZoom)));
-        m_cShrunk = m_cPicture.scaled(cSize, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
-    }
+    if (m_dZoom < 1 && m_cShrunk.isNull())
+        m_cShrunk = m_cPicture.scaled(shrunkSize(m_cPicture.size()), Qt::IgnoreAspectRatio,
+                                      Qt::SmoothTransformation);
     if (m_dZoom < 1) {
         cPainter.drawImage(m_cOrigin.toPoint(), m_cShrunk);
     } else {
@@ -103,17 +122,20 @@ void PictureView::wheelEvent(QWheelEvent *pcEvent)
 {
     if (m_cPicture.isNull())
         return;
-    const QPointF cPixel = toPicture(pcEvent->position());
-    const double dZoom =
-        std::clamp(m_dZoom * std::pow(1.25, pcEvent->angleDelta().y() / 120.0), MIN_ZOOM, MAX_ZOOM);
-    if (dZoom == m_dZoom)
-        return;
-    m_dZoom = dZoom;
+    zoomTo(m_dZoom * std::pow(1.25, pcEvent->angleDelta().y() / 120.0), pcEvent->position());
+    update();
+    emit zoomed();
+}
+
+/// What stands at cPos stays there.
+void PictureView::zoomTo(double dZoom, const QPointF &cPos)
+{
+    const QPointF cPixel = toPicture(cPos);
+    m_dZoom = std::clamp(dZoom, MIN_ZOOM, MAX_ZOOM);
     m_bFitted = false;
     m_cShrunk = QImage();
-    m_cOrigin = pcEvent->position() - cPixel * m_dZoom;
+    m_cOrigin = cPos - cPixel * m_dZoom;
     keepInSight();
-    update();
 }
 
 void PictureView::mousePressEvent(QMouseEvent *pcEvent)
@@ -129,6 +151,8 @@ void PictureView::mousePressEvent(QMouseEvent *pcEvent)
 
 void PictureView::mouseMoveEvent(QMouseEvent *pcEvent)
 {
+    const QPointF cPixel = toPicture(pcEvent->pos());
+    emit hovered({qFloor(cPixel.x()), qFloor(cPixel.y())});
     if (!m_bPressed)
         return;
     if (m_bPicking) {
@@ -162,8 +186,12 @@ void PictureView::mouseDoubleClickEvent(QMouseEvent *pcEvent)
         mousePressEvent(pcEvent);
         return;
     }
-    fit();
-    update();
+    setZoom(0);
+}
+
+void PictureView::leaveEvent(QEvent *)
+{
+    emit hovered({-1, -1});
 }
 
 void PictureView::fit()
@@ -172,8 +200,13 @@ void PictureView::fit()
     m_cShrunk = QImage();
     if (m_cPicture.isNull())
         return;
-    m_dZoom = std::min({1.0 * width() / m_cPicture.width(), 1.0 * height() / m_cPicture.height(), MAX_ZOOM});
+    m_dZoom = fittedZoom(m_cPicture.size());
     keepInSight();
+}
+
+double PictureView::fittedZoom(const QSize &cSize) const
+{
+    return std::min({1.0 * width() / cSize.width(), 1.0 * height() / cSize.height(), MAX_ZOOM});
 }
 
 /// A picture smaller than the widget stands in the middle, a larger one leaves no gap.

@@ -17,8 +17,14 @@ public:
     explicit PictureView(QWidget *pcParent = nullptr);
 
     /// A picture of the same size as the last one is shown at the same place and zoom; null shows none.
-    void setPicture(const QImage &cPicture);
+    /// Who has scaled it to shrunkSize() already, perhaps on another thread, saves that here.
+    void setPicture(const QImage &cPicture, const QImage &cShrunk = QImage());
     const QImage &picture() const { return m_cPicture; }
+    /// How large a picture of that size is shown while it is shown smaller than it is; else empty.
+    QSize shrunkSize(const QSize &cSize) const;
+    /// Pixels of the widget per pixel of the picture; 0 shows the whole picture, whatever the size.
+    void setZoom(double dZoom);
+    double zoom() const { return m_bFitted ? 0 : m_dZoom; }
     /// A frame drawn over the picture; an empty one is not drawn.
     void setMarked(const QRect &cRect);
     void setPicking(bool bPicking);
@@ -30,6 +36,8 @@ public:
 
 signals:
     void picked(const QRect &cRect); ///< inside the picture, at least one pixel
+    void hovered(const QPoint &cPixel); ///< where the mouse stands, perhaps outside the picture
+    void zoomed();
 
 protected:
     void paintEvent(QPaintEvent *pcEvent) override;
@@ -39,9 +47,12 @@ protected:
     void mouseMoveEvent(QMouseEvent *pcEvent) override;
     void mouseReleaseEvent(QMouseEvent *pcEvent) override;
     void mouseDoubleClickEvent(QMouseEvent *pcEvent) override;
+    void leaveEvent(QEvent *pcEvent) override;
 
 private:
     void fit();
+    double fittedZoom(const QSize &cSize) const;
+    void zoomTo(double dZoom, const QPointF &cPos);
     void keepInSight();
     QRect draggedTo(const QPoint &cPos) const;
     QPointF toPicture(const QPointF &cPos) const;
