@@ -86,8 +86,8 @@ void PictureView::paintEvent(QPaintEvent *)
     if (m_cPicture.isNull())
         return;
     if (m_dZoom < 1 && m_cShrunk.isNull())
-        m_cShrunk = m_cPicture.scaled(shrunkSize(m_cPicture.size()), Qt::IgnoreAspectRatio,
-                                      Qt::SmoothTransformation);
+        m_cShrunk =
+            m_cPicture.scaled(shrunkSize(m_cPicture.size()), Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
     if (m_dZoom < 1) {
         cPainter.drawImage(m_cOrigin.toPoint(), m_cShrunk);
     } else {

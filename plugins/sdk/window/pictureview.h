@@ -35,7 +35,7 @@ public:
     QSize sizeHint() const override;
 
 signals:
-    void picked(const QRect &cRect); ///< inside the picture, at least one pixel
+    void picked(const QRect &cRect);    ///< inside the picture, at least one pixel
     void hovered(const QPoint &cPixel); ///< where the mouse stands, perhaps outside the picture
     void zoomed();
 
