@@ -1,0 +1,196 @@
+#include "viewpane.h"
+
+#include <QApplication>
+#include <QClipboard>
+#include <QComboBox>
+#include <QFileDialog>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QMessageBox>
+#include <QToolButton>
+
+#include "sdk/window/pictureview.h"
+#include "viewfeed.h"
+
+namespace
+{
+constexpr QSize SIZES[] = {{320, 240},  {640, 480},  {800, 600},  {1024, 768},
+                           {1280, 720}, {1280, 960}, {1920, 1080}};
+constexpr QSize DEFAULT_SIZE(640, 480);
+
+QString sizeName(const QSize &cSize)
+{
+    return QStringLiteral("%1 × %2").arg(cSize.width()).arg(cSize.height());
+}
+} // namespace
+
+ViewPane::ViewPane(int nView, QWidget *pcParent)
+    : QWidget(pcParent),
+      m_nView(nView),
+      m_pcFeed(new ViewFeed(nView, DEFAULT_SIZE, this)),
+      m_pcPicture(new Plugin::PictureView(this)),
+      m_pcTools(new QWidget(this)),
+      m_pcSize(new QComboBox(m_pcTools)),
+      m_pcPixel(new QLabel(m_pcTools))
+{
+    m_pcPicture->setMinimumSize(160, 120);
+    m_pcPicture->setObjectName(QStringLiteral("picture"));
+    m_pcSize->setObjectName(QStringLiteral("cmbSize"));
+    m_pcSize->setToolTip(tr("The size of the view in pixels, in which the tasks draw"));
+    m_pcSize->addItem(tr("As the pane"), QSize());
+    for (const QSize &cSize : SIZES)
+        m_pcSize->addItem(sizeName(cSize), cSize);
+    m_pcSize->setCurrentIndex(m_pcSize->findData(DEFAULT_SIZE));
+
+    auto *const pcLayout = new QVBoxLayout(this);
+    pcLayout->setContentsMargins(0, 0, 0, 0);
+    pcLayout->setSpacing(2);
+    auto *const pcTools = new QHBoxLayout(m_pcTools);
+    pcTools->setContentsMargins(2, 2, 2, 0);
+    pcTools->addWidget(new QLabel(tr("View %1").arg(nView), m_pcTools));
+    pcTools->addWidget(m_pcSize);
+    const auto fnButton = [&](const QString &strName, const QString &strText, const QString &strTip,
+                              const auto &fnClicked) {
+        auto *const pcButton = new QToolButton(m_pcTools);
+        pcButton->setObjectName(strName);
+        pcButton->setText(strText);
+        pcButton->setToolTip(strTip);
+        pcButton->setAutoRaise(true);
+        connect(pcButton, &QToolButton::clicked, this, fnClicked);
+        pcTools->addWidget(pcButton);
+    };
+    fnButton(QStringLiteral("btnWhole"), tr("Whole"), tr("Show the whole view (double click)"),
+             [this] { m_pcPicture->setZoom(0); });
+    fnButton(QStringLiteral("btnPixels"), tr("1:1"), tr("Show each pixel as one of the screen"),
+             [this] { m_pcPicture->setZoom(1); });
+    fnButton(QStringLiteral("btnSave"), tr("Save…"), tr("Save what is shown as a picture"),
+             [this] { savePicture(); });
+    fnButton(QStringLiteral("btnCopy"), tr("Copy"), tr("Copy what is shown to the clipboard"),
+             [this] { copyPicture(); });
+    pcTools->addStretch();
+    pcLayout->addWidget(m_pcTools);
+    pcLayout->addWidget(m_pcPicture, 1);
+    pcLayout->addWidget(m_pcPixel);
+    m_pcPixel->setContentsMargins(4, 0, 4, 2);
+    tellPixel(m_cPixel);
+
+    connect(m_pcFeed, &ViewFeed::ready, this, &ViewPane::showNewest);
+    connect(m_pcPicture, &Plugin::PictureView::hovered, this, &ViewPane::tellPixel);
+    connect(m_pcPicture, &Plugin::PictureView::zoomed, this, [this] {
+        tellShrunkSize();
+        emit settingsChanged();
+    });
+    connect(m_pcSize, QOverload<int>::of(&QComboBox::activated), this, [this] {
+        applySize();
+        emit settingsChanged();
+    });
+}
+
+QSize ViewPane::viewSize() const
+{
+    return m_pcSize->currentData().toSize();
+}
+
+void ViewPane::setViewSize(const QSize &cSize)
+{
+    const QSize cChosen = cSize.isEmpty() ? QSize() : cSize.boundedTo({10000, 10000});
+    int nIndex = m_pcSize->findData(cChosen);
+    if (nIndex < 0) {
+        nIndex = m_pcSize->count();
+        m_pcSize->addItem(sizeName(cChosen), cChosen);
+    }
+    m_pcSize->setCurrentIndex(nIndex);
+    applySize();
+}
+
+double ViewPane::zoom() const
+{
+    return m_pcPicture->zoom();
+}
+
+void ViewPane::setZoom(double dZoom)
+{
+    const QSignalBlocker cBlocker(this);
+    m_pcPicture->setZoom(dZoom);
+}
+
+QImage ViewPane::picture() const
+{
+    return m_pcPicture->picture();
+}
+
+void ViewPane::setBare(bool bBare)
+{
+    m_pcTools->setVisible(!bBare);
+    m_pcPixel->setVisible(!bBare);
+}
+
+void ViewPane::savePicture()
+{
+    const QImage cPicture = picture(); // as it is now, not when the name is found
+    if (cPicture.isNull())
+        return;
+    QString strFile =
+        QFileDialog::getSaveFileName(this, tr("Save view %1").arg(m_nView), tr("view%1.png").arg(m_nView),
+                                     tr("Pictures (*.png *.jpg *.bmp)"));
+    if (strFile.isEmpty())
+        return;
+    if (QFileInfo(strFile).suffix().isEmpty())
+        strFile += QStringLiteral(".png");
+    if (!cPicture.save(strFile))
+        QMessageBox::warning(this, tr("Save view %1").arg(m_nView),
+                             tr("%1 could not be written.").arg(strFile));
+}
+
+void ViewPane::copyPicture()
+{
+    if (!picture().isNull())
+        QApplication::clipboard()->setImage(picture().copy());
+}
+
+void ViewPane::resizeEvent(QResizeEvent *)
+{
+    if (viewSize().isEmpty())
+        applySize();
+    tellShrunkSize();
+}
+
+void ViewPane::showNewest()
+{
+    const ViewFeed::Frame cFrame = m_pcFeed->take();
+    if (cFrame.m_cPicture.isNull())
+        return;
+    m_pcPicture->setPicture(cFrame.m_cPicture, cFrame.m_cShrunk);
+    tellShrunkSize();
+    tellPixel(m_cPixel);
+    emit updated();
+}
+
+void ViewPane::applySize()
+{
+    const QSize cSize = viewSize();
+    m_pcFeed->setSize(cSize.isEmpty() ? m_pcPicture->size().expandedTo({1, 1}) : cSize);
+}
+
+void ViewPane::tellShrunkSize()
+{
+    m_pcFeed->setShrunkSize(m_pcPicture->shrunkSize(picture().size()));
+}
+
+void ViewPane::tellPixel(const QPoint &cPixel)
+{
+    m_cPixel = cPixel;
+    QString strText = tr("No picture yet");
+    if (picture().valid(cPixel)) {
+        const QColor cColour = picture().pixelColor(cPixel);
+        strText = tr("%1, %2: red %3, green %4, blue %5")
+                      .arg(cPixel.x())
+                      .arg(cPixel.y())
+                      .arg(cColour.red())
+                      .arg(cColour.green())
+                      .arg(cColour.blue());
+    } else if (!picture().isNull()) {
+        strText = sizeName(picture().size());
+    }
+    m_pcPixel->setText(strText);
+}
