@@ -14,6 +14,7 @@
 #include "taskMgr/taskMgr.h"
 #include "taskcallbacks.h"
 #include "taskcheck.h"
+#include "tryout.h"
 
 namespace
 {
@@ -81,6 +82,13 @@ int check(const Options &cOptions, Report &cReport)
     return lstFinding.isEmpty() ? 0 : 1;
 }
 
+int tryOut(const Options &cOptions, Report &cReport)
+{
+    Tryout cTryout(cOptions, cReport);
+    const QString strError = cTryout.prepare();
+    return strError.isEmpty() ? cTryout.run() : refuse(strError);
+}
+
 int run(const Options &cOptions, Report &cReport)
 {
     QFile cFile(cOptions.m_strTasksFile);
@@ -127,6 +135,8 @@ int main(int argc, char **argv)
         return run(cOptions, *pcReport);
     case Options::Action::Check:
         return check(cOptions, *pcReport);
+    case Options::Action::Try:
+        return tryOut(cOptions, *pcReport);
     case Options::Action::List:
         pcReport->known(knownParts());
         break;

@@ -2,6 +2,7 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QFileInfo>
 
 #include "DataSource/datasource.h"
 #include "OculinexQTStandAloneInQt.h"
@@ -29,4 +30,18 @@ QList<KnownPart> knownParts()
     for (auto iSource = mapSource.cbegin(); iSource != mapSource.cend(); ++iSource)
         lstPart += {true, {}, iSource.key(), {}, place(fileOfFunction(iSource.value()->m_fnRequestPicture))};
     return lstPart;
+}
+
+const KnownPart *findPart(const QList<KnownPart> &lstPart, const QString &strWanted)
+{
+    for (const KnownPart &cPart : lstPart) {
+        const QFileInfo cFile(cPart.m_strFile);
+        const bool bFile = cFile.suffix().compare("so", Qt::CaseInsensitive) == 0;
+        for (const QString &strName :
+             {cPart.m_strID, cPart.m_strClass + '/' + cPart.m_strName, bFile ? cFile.fileName() : QString(),
+              bFile ? cFile.completeBaseName() : QString(), cPart.m_bSource ? cPart.m_strName : QString()})
+            if (!strName.isEmpty() && strName.compare(strWanted, Qt::CaseInsensitive) == 0)
+                return &cPart;
+    }
+    return nullptr;
 }

@@ -7,4 +7,8 @@
 /// the file that each comes from (relative to the program's directory where it lies there).
 QList<KnownPart> knownParts();
 
+/// Which of them a user means by an algorithm's ID, its file (Blur, Blur.so) or "class/name", in any
+/// letter case; the first, and null when none is meant.
+const KnownPart *findPart(const QList<KnownPart> &lstPart, const QString &strWanted);
+
 #endif

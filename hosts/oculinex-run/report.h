@@ -5,9 +5,11 @@
 #include <mutex>
 
 #include <QList>
+#include <QSize>
 #include <QString>
 #include <QStringList>
 
+#include "arithmparammgr.h"
 #include "taskMgr/taskstatus.h"
 
 /// What a task and its steps are called in everything that is printed.
@@ -51,6 +53,31 @@ struct KnownPart {
     QString m_strFile;
 };
 
+/// What an algorithm left in the store, and the file that it was written into.
+struct TriedOutput {
+    QString m_strTag; ///< that holds the ID, else the kind and the ID
+    ArithmParamMgr::Kind m_eKind = ArithmParamMgr::Kind::DIB;
+    int m_nID = 0;
+    QSize m_cSize;         ///< of a picture
+    int m_nCount = 0;      ///< of a list
+    QStringList m_lstText; ///< the first elements of a list
+    QString m_strFile;     ///< empty for none
+};
+
+/// An algorithm that was tried on a picture.
+struct TriedStep {
+    QString m_strPicture;
+    QSize m_cPictureSize;
+    int m_nStep = 0;
+    QString m_strID;
+    QString m_strConfig; ///< with the IDs that were filled in
+    int m_nRuns = 0;
+    qint64 m_nMedianNs = 0;
+    qint64 m_nBestNs = 0;
+    QStringList m_lstCommand; ///< "print:…", of the last run
+    QList<TriedOutput> m_lstOutput;
+};
+
 /// The output of the program, as text for people or as JSON lines for programs. Positions of steps
 /// count from 0 in the calls and from 1 in the output.
 ///
@@ -81,6 +108,7 @@ public:
     virtual void summary(const QList<TaskSummary> &lstTask, const QList<ViewSummary> &lstView,
                          int nExitCode) = 0;
     virtual void findings(const QList<Finding> &lstFinding) = 0;
+    virtual void tried(const TriedStep &cStep) = 0;
     virtual void known(const QList<KnownPart> &lstPart) = 0;
 
 protected:

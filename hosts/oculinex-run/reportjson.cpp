@@ -5,6 +5,8 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 
+#include "storeaccess.h"
+
 namespace
 {
 constexpr double NS_PER_MS = 1e6;
@@ -148,6 +150,36 @@ void JsonReport::findings(const QList<Finding> &lstFinding)
         cObject["text"] = cFinding.m_strText;
         line(cObject);
     }
+}
+
+void JsonReport::tried(const TriedStep &cStep)
+{
+    QJsonArray cOutputs;
+    for (const TriedOutput &cOutput : cStep.m_lstOutput) {
+        QJsonObject cObject{{"tag", cOutput.m_strTag},
+                            {"kind", Plugin::kindName(cOutput.m_eKind)},
+                            {"id", cOutput.m_nID},
+                            {"file", cOutput.m_strFile}};
+        if (Plugin::isPicture(cOutput.m_eKind)) {
+            cObject["width"] = cOutput.m_cSize.width();
+            cObject["height"] = cOutput.m_cSize.height();
+        } else {
+            cObject["count"] = cOutput.m_nCount;
+            cObject["first"] = QJsonArray::fromStringList(cOutput.m_lstText);
+        }
+        cOutputs += cObject;
+    }
+    QJsonObject cObject = event("tried", -1);
+    cObject["picture"] = cStep.m_strPicture;
+    cObject["step"] = cStep.m_nStep + 1;
+    cObject["id"] = cStep.m_strID;
+    cObject["config"] = cStep.m_strConfig;
+    cObject["runs"] = cStep.m_nRuns;
+    cObject["medianMs"] = milliseconds(cStep.m_nMedianNs);
+    cObject["bestMs"] = milliseconds(cStep.m_nBestNs);
+    cObject["commands"] = QJsonArray::fromStringList(cStep.m_lstCommand);
+    cObject["outputs"] = cOutputs;
+    line(cObject);
 }
 
 void JsonReport::known(const QList<KnownPart> &lstPart)

@@ -4,6 +4,7 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+#include "storeaccess.h"
 #include "texttable.h"
 
 namespace
@@ -46,6 +47,11 @@ QList<QStringList> viewRows(const QList<ViewSummary> &lstView)
                    QString::number(cView.m_nDropped), QString::number(cView.m_nFailed)};
     }
     return lstRow;
+}
+
+QString sizeText(const QSize &cSize)
+{
+    return QString("%1 x %2").arg(cSize.width()).arg(cSize.height());
 }
 
 int terminalColumns()
@@ -163,6 +169,39 @@ void TextReport::findings(const QList<Finding> &lstFinding)
             strWhere += QString(" step %1 (%2)").arg(cFinding.m_nStep + 1).arg(cFinding.m_strArithm);
         line(stdout, strWhere.isEmpty() ? cFinding.m_strText : strWhere + ": " + cFinding.m_strText);
     }
+}
+
+void TextReport::tried(const TriedStep &cStep)
+{
+    QString strText;
+    if (cStep.m_nStep == 0)
+        strText = QString("%1, %2\n").arg(cStep.m_strPicture, sizeText(cStep.m_cPictureSize));
+    const auto fnMs = [](qint64 nNs) { return decimals(static_cast<double>(nNs) / NS_PER_MS, 3) + " ms"; };
+    strText += QString("  %1 %2 %3\n      ")
+                   .arg(cStep.m_nStep + 1)
+                   .arg(cStep.m_strID, cStep.m_strConfig.simplified());
+    strText += cStep.m_nRuns == 1 ? fnMs(cStep.m_nBestNs)
+                                  : QString("median %1, best %2 of %3 runs")
+                                        .arg(fnMs(cStep.m_nMedianNs), fnMs(cStep.m_nBestNs))
+                                        .arg(cStep.m_nRuns);
+    for (const QString &strCommand : cStep.m_lstCommand)
+        strText += "\n      " + strCommand;
+    for (const TriedOutput &cOutput : cStep.m_lstOutput) {
+        strText += QString("\n      %1: %2 %3, ")
+                       .arg(cOutput.m_strTag, paramKindName(cOutput.m_eKind))
+                       .arg(cOutput.m_nID);
+        if (Plugin::isPicture(cOutput.m_eKind))
+            strText += sizeText(cOutput.m_cSize);
+        else
+            strText += QString("%1 element%2").arg(cOutput.m_nCount).arg(cOutput.m_nCount == 1 ? "" : "s");
+        if (!cOutput.m_lstText.isEmpty())
+            strText += ": " + cOutput.m_lstText.join("; ");
+        if (cOutput.m_lstText.size() < cOutput.m_nCount)
+            strText += "; …";
+        if (!cOutput.m_strFile.isEmpty())
+            strText += "\n        " + cOutput.m_strFile;
+    }
+    line(stdout, strText);
 }
 
 void TextReport::known(const QList<KnownPart> &lstPart)

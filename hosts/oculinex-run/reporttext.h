@@ -20,6 +20,7 @@ public:
     void summary(const QList<TaskSummary> &lstTask, const QList<ViewSummary> &lstView,
                  int nExitCode) override;
     void findings(const QList<Finding> &lstFinding) override;
+    void tried(const TriedStep &cStep) override;
     void known(const QList<KnownPart> &lstPart) override;
 
 private:

@@ -75,19 +75,8 @@ bool applies(const Row &cRow, const QString &strConfig)
                        [&](const QString &strCondition) { return holds(strCondition, strConfig); });
 }
 
-ParamKind kindOf(const PluginSetting &cSetting, const QString &strConfig)
-{
-    if (!cSetting.m_strTypeTag.isEmpty()) {
-        const QString strType = configValue(strConfig, cSetting.m_strTypeTag);
-        for (const ParamKind eKind : cSetting.m_lstKind)
-            if (strType.compare(Plugin::kindName(eKind), Qt::CaseInsensitive) == 0)
-                return eKind;
-    }
-    return cSetting.m_lstKind.value(0);
-}
-
 StoreAccess accessTo(bool bWrite, Negative eNegative, ParamKind eKind, const QString &strTag,
-                   const QString &strConfig)
+                     const QString &strConfig)
 {
     StoreAccess cAccess{bWrite, eNegative, eKind, strTag};
     cAccess.m_nID = value(strConfig, strTag).toInt(&cAccess.m_bNumber);
@@ -115,6 +104,17 @@ const PluginTable &settingsTable(const QString &strArithmID)
     if (const Arithm *pcArithm = bNew ? ArithmFactory::getInstance()->getArithm(strArithmID) : nullptr)
         itTable->second = pluginTable(fileOfFunction(pcArithm->m_fnExecute));
     return itTable->second;
+}
+
+ParamKind kindOf(const PluginSetting &cSetting, const QString &strConfig)
+{
+    if (!cSetting.m_strTypeTag.isEmpty()) {
+        const QString strType = configValue(strConfig, cSetting.m_strTypeTag);
+        for (const ParamKind eKind : cSetting.m_lstKind)
+            if (strType.compare(Plugin::kindName(eKind), Qt::CaseInsensitive) == 0)
+                return eKind;
+    }
+    return cSetting.m_lstKind.value(0);
 }
 
 bool isInForce(const PluginSetting &cSetting, const PluginTable &cTable, const QString &strConfig)
@@ -146,7 +146,7 @@ QList<StoreAccess> storeAccess(const QString &strArithmID, const QString &strCon
     for (const bool bWrite : {false, true})
         for (const PluginSetting &cSetting : cTable.m_lstSetting)
             if ((bWrite ? cSetting.isOutput() : cSetting.isInput()) && isInForce(cSetting, cTable, strConfig))
-                lstAccess += accessTo(bWrite, Negative::Refused, kindOf(cSetting, strConfig), cSetting.m_strTag,
-                                    strConfig);
+                lstAccess += accessTo(bWrite, Negative::Refused, kindOf(cSetting, strConfig),
+                                      cSetting.m_strTag, strConfig);
     return lstAccess;
 }

@@ -34,6 +34,8 @@ struct StoreAccess {
 const PluginTable &settingsTable(const QString &strArithmID);
 /// Whether a setting counts: those that depend on a choice do so with one of its options only.
 bool isInForce(const PluginSetting &cSetting, const PluginTable &cTable, const QString &strConfig);
+/// The kind of an input or output that may have one of several.
+ParamKind kindOf(const PluginSetting &cSetting, const QString &strConfig);
 /// A tag's value without the blanks around it.
 QString configValue(const QString &strConfig, const QString &strTag);
 
