@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <memory>
 
+#include <QDir>
 #include <QElapsedTimer>
 #include <QFileInfo>
 #include <QImageReader>
@@ -273,7 +274,7 @@ QString Tryout::write(const QImage &cPicture, int nStep, TriedOutput &cOutput)
         return {};
     const QString strStep = m_lstStep.size() > 1 ? QString("-%1").arg(nStep + 1) : QString();
     const QString strName =
-        QString("%1/%2%3-%4.png").arg(m_cOptions.m_strOut, m_strPrefix, strStep, cOutput.m_strTag);
+        QDir(m_cOptions.m_strOut).filePath(m_strPrefix + strStep + '-' + cOutput.m_strTag + ".png");
     QImageWriter cWriter(strName, "png");
     if (!cWriter.write(cImage))
         return strName + ": " + cWriter.errorString();
