@@ -13,6 +13,7 @@
 #include "DataSource/datasource.h"
 #include "OculinexQTStandAloneInQt.h"
 #include "arithmparammgr.h"
+#include "datatable.h"
 #include "dialoguser.h"
 #include "taskMgr/taskMgr.h"
 
@@ -127,26 +128,11 @@ private slots:
 
     void editsASource_data()
     {
-        QTest::addColumn<QString>("strType");
-        QTest::addColumn<QString>("strID");
-        QTest::addColumn<QString>("strShownType");
-        QTest::addColumn<QString>("strNewID");
-        QTest::newRow("colour") << "RGB"
-                                << "12"
-                                << "RGB"
-                                << "12";
-        QTest::newRow("grey") << "Gray8"
-                              << "12"
-                              << "Gray8"
-                              << "12";
-        QTest::newRow("16 bits") << "Gray16"
-                                 << "12"
-                                 << "RGB"
-                                 << "12";
-        QTest::newRow("no number") << "Gray8"
-                                   << "x"
-                                   << "Gray8"
-                                   << "1";
+        addRows("row        strType  strID  strShownType  strNewID\n"
+                "colour     RGB      12     RGB           12\n"
+                "grey       Gray8    12     Gray8         12\n"
+                "16 bits    Gray16   12     RGB           12\n"
+                "no number  Gray8    x      Gray8         1");
     }
     /// The picture stays, and so does the configuration where the kind's window is cancelled.
     void editsASource()
@@ -175,22 +161,17 @@ private slots:
     }
 
     /// Nothing survives, however the dialog is left.
-    void cancels_data()
-    {
-        QTest::addColumn<QByteArray>("achHow");
-        for (const char *szHow : {"button", "key", "closed inside the kind's window"})
-            QTest::newRow(szHow) << QByteArray(szHow);
-    }
+    void cancels_data() { addRows("row  strHow\n1  button\n2  key\n3  closed inside the kind's window"); }
     void cancels()
     {
-        QFETCH(QByteArray, achHow);
+        QFETCH(QString, strHow);
         ArithmParamMgr cStore;
         QString strConfig = "<DSName>gone</DSName><Config>old</Config>";
         const QString strKept = strConfig;
         std::list<DialogUser::Act> lstAct = {use("假"), use("假")};
-        if (achHow == "button")
+        if (strHow == "button")
             lstAct.push_back(CANCEL);
-        else if (achHow == "key")
+        else if (strHow == "key")
             lstAct.push_back([](QWidget &cDialog) { QTest::keyClick(&cDialog, Qt::Key_Escape); });
         else
             s_fnWindow = [] {
@@ -212,17 +193,11 @@ private slots:
     }
 
     /// What a kind's window does must not hurt; the configuration stays where it gives none.
-    void survivesKinds_data()
-    {
-        QTest::addColumn<bool>("bThrows");
-        QTest::addColumn<QString>("strSubConfig");
-        QTest::newRow("throws") << true << "old";
-        QTest::newRow("rubbish") << false << QString("</Config>%1").arg(QChar(0xFFFD));
-    }
+    void survivesKinds_data() { addRows("row      strSubConfig\nthrows   old\nrubbish  </Config>\uFFFD"); }
     void survivesKinds()
     {
-        QFETCH(bool, bThrows);
         QFETCH(QString, strSubConfig);
+        const bool bThrows = strSubConfig == "old";
         s_fnWindow = [=]() -> QByteArray {
             if (bThrows)
                 throw std::runtime_error("no window");
