@@ -1,5 +1,6 @@
 #include "parametertable.h"
 
+#include <QHeaderView>
 #include <QTableWidget>
 
 QMap<int, int> fillParameterTable(QTableWidget *pcTable, const ArithmParamMgr *pcAPM,
@@ -9,6 +10,9 @@ QMap<int, int> fillParameterTable(QTableWidget *pcTable, const ArithmParamMgr *p
     pcTable->setEditTriggers(QAbstractItemView::NoEditTriggers);
     pcTable->setSelectionBehavior(QAbstractItemView::SelectRows);
     pcTable->setSelectionMode(QAbstractItemView::SingleSelection);
+    pcTable->setAlternatingRowColors(true);
+    pcTable->verticalHeader()->hide();
+    pcTable->horizontalHeader()->setHighlightSections(false);
     pcTable->setTabKeyNavigation(false); // Tab goes on to the next widget
 
     QMap<int, int> mapID;
