@@ -8,7 +8,11 @@
 #include <QAbstractButton>
 #include <QAbstractItemView>
 #include <QApplication>
+#include <QComboBox>
+#include <QLineEdit>
 #include <QMessageBox>
+#include <QTabWidget>
+#include <QTableWidget>
 #include <QTest>
 #include <QTimer>
 
@@ -54,6 +58,38 @@ public:
                              : "no box\n";
             pcBox ? pcBox->button(QMessageBox::Ok)->click() : void();
         };
+    }
+    /// Sets widgets, "name=value name=value": line edits to the text, combo boxes to the index, buttons
+    /// that can be checked to 1 or 0.
+    static Act set(const QString &strValues)
+    {
+        return [strValues](QWidget &cTop) {
+            for (const QString &strPair : strValues.split(' ', Qt::SkipEmptyParts)) {
+                auto *pcWidget = cTop.findChild<QWidget *>(strPair.section('=', 0, 0));
+                const QString strValue = strPair.section('=', 1);
+                if (auto *pcEdit = qobject_cast<QLineEdit *>(pcWidget))
+                    pcEdit->setText(strValue);
+                else if (auto *pcBox = qobject_cast<QComboBox *>(pcWidget))
+                    pcBox->setCurrentIndex(strValue.toInt());
+                else if (qobject_cast<QAbstractButton *>(pcWidget)->isChecked() != (strValue == "1"))
+                    qobject_cast<QAbstractButton *>(pcWidget)->click();
+            }
+        };
+    }
+    /// Clicks a row of a table whose tab is shown for it.
+    static Act choose(const QString &strTable, int nRow)
+    {
+        return [strTable, nRow](QWidget &cTop) {
+            auto *pcTable = cTop.findChild<QTableWidget *>(strTable);
+            cTop.findChild<QTabWidget *>()->setCurrentWidget(pcTable->parentWidget());
+            QTest::mouseClick(pcTable->viewport(), Qt::LeftButton, Qt::NoModifier,
+                              pcTable->visualItemRect(pcTable->item(nRow, 1)).center());
+        };
+    }
+    /// Leaves a dialog by the button that is pressed when the user types Return, or by Escape.
+    static Act type(Qt::Key eKey)
+    {
+        return [eKey](QWidget &cTop) { QTest::keyClick(&cTop, eKey); };
     }
     /// Double-clicks a row; the view's tab has to be the one shown.
     static void doubleClick(QAbstractItemView *pcView, int nRow)

@@ -1,0 +1,226 @@
+// The dialog of the drawing step, in a user's hands.
+
+#include <thread>
+
+#include <QtTest>
+
+#include <QColorDialog>
+#include <QDialogButtonBox>
+#include <QPushButton>
+
+#include "Drawing/drawing.h"
+#include "arithmparammgr.h"
+#include "datatable.h"
+#include "dialoguser.h"
+
+namespace
+{
+const QStringList TABLES = {"tblRGB",   "tblGray8", "tblGray16", "tblPoints",
+                            "tblLines", "tblPolys", "tblAreas",  "tblStrings"};
+
+/// Parameters 0, 3 and 7 of each kind, in the rows 0 to 2.
+struct Store : ArithmParamMgr {
+    Store()
+    {
+        for (const int nID : {7, 0, 3}) {
+            ArithmParam *const apcParam[] = {getParamDIB(nID),    getParamGray8(nID),  getParamGray16(nID),
+                                             getParamPoints(nID), getParamLines(nID),  getParamPolys(nID),
+                                             getParamAreas(nID),  getParamStrings(nID)};
+            for (int nType = 0; nType < TABLES.size(); ++nType) {
+                apcParam[nType]->setName(TABLES[nType] + QString::number(nID));
+                apcParam[nType]->setDescribe("描述" + TABLES[nType]);
+            }
+        }
+    }
+};
+
+QString configure(const QString &strConfig, ArithmParamMgr *pcAPM)
+{
+    return QString::fromUtf8(Drawing::showConfigWindow(strConfig.toUtf8().data(), pcAPM, true));
+}
+
+QString config(int nType, int nID, const QString &strSettings)
+{
+    return QString("<DataType>%1</DataType><DataID>%2</DataID><Config>%3</Config>")
+        .arg(nType)
+        .arg(nID)
+        .arg(strSettings);
+}
+
+/// What the dialog shows: tab, data type, name and description.
+DialogUser::Act look(QString &strShown)
+{
+    return [&strShown](QWidget &cDialog) {
+        strShown = QString("%1|%2|%3|%4")
+                       .arg(cDialog.findChild<QTabWidget *>()->currentIndex())
+                       .arg(cDialog.findChild<QComboBox *>("cbDataType")->currentIndex())
+                       .arg(cDialog.findChild<QLineEdit *>("edtName")->text(),
+                            cDialog.findChild<QLineEdit *>("edtDescribe")->text());
+    };
+}
+
+/// Picks a colour, or leaves the colour dialog without one.
+DialogUser::Act pick(const QString &strColour, QColor &cOffered)
+{
+    return [strColour, &cOffered](QWidget &cTop) {
+        auto *pcDialog = qobject_cast<QColorDialog *>(&cTop);
+        cOffered = pcDialog->currentColor();
+        if (strColour != "none")
+            pcDialog->setCurrentColor(QColor(strColour));
+        pcDialog->findChild<QDialogButtonBox *>()
+            ->button(strColour == "none" ? QDialogButtonBox::Cancel : QDialogButtonBox::Ok)
+            ->click();
+    };
+}
+
+const DialogUser::Act SELECT = DialogUser::press("btnSelectElement");
+const DialogUser::Act OK = DialogUser::press("btnOK");
+} // namespace
+
+class TestDlgDrawing : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void makesTheConfig_data()
+    {
+        // clang-format off
+        addRows(
+            "kind            type  set                                                           colour                  settings\n"
+            "colour          0     cbScaleModeRGB=3 cbPosRGB=1                                   -                       <Scale>3</Scale><Pos>1</Pos>\n"
+            "grey            1     cbScaleModeGray8=2 cbMaskColorGray8=1                         -                       <Scale>2</Scale><Pos>0</Pos><DrawMode><Val>0</Val></DrawMode>\n"
+            "grey overlay    1     rbDrawModeLappedGray8=1 cbLappedTypeGray8=1 cbPosGray8=1      -                       <Scale>0</Scale><Pos>1</Pos><DrawMode><Lapped>1</Lapped><Val>1</Val></DrawMode>\n"
+            "grey mask       1     rbDrawModeMaskGray8=1 cbMaskValGray8=1 cbMaskColorGray8=2     -                       <Scale>0</Scale><Pos>0</Pos><DrawMode><Mask>1,2</Mask><Val>2</Val></DrawMode>\n"
+            "16 bit          2     cbScaleModeGray16=1 cbPosGray16=1                             -                       <Scale>1</Scale><Pos>1</Pos><DrawMode><Val>0</Val></DrawMode>\n"
+            "16 bit overlay  2     rbDrawModeLappedGray16=1 cbLappedTypeGray16=1                 -                       <Scale>0</Scale><Pos>0</Pos><DrawMode><Lapped>1</Lapped><Val>1</Val></DrawMode>\n"
+            "16 bit mask     2     rbDrawModeMaskGray16=1 cbMaskValGray16=1 cbMaskColorGray16=2  -                       <Scale>0</Scale><Pos>0</Pos><DrawMode><Mask>1,2</Mask><Val>2</Val></DrawMode>\n"
+            "points          3     cbSizePoints=2                                                btnColorPoints=#ff0000  <Size>2</Size><Color>-65536</Color>\n"
+            "lines           4     cbSizeLines=8 cbDspLengthLines=1                              btnColorLines=#00ff80   <Size>8</Size><DspLen>1</DspLen><Color>-16711808</Color>\n"
+            "polygons        5     cbSizePolys=3 cbDspAreaPolys=1                                btnColorPolys=#0000ff   <BorderSize>3</BorderSize><BorderColor>-16776961</BorderColor><DspArea>1</DspArea>\n"
+            "areas           6     cbDspAreaAreas=1                                              btnColorAreas=#ffffff   <DspArea>1</DspArea><Color>-1</Color>\n"
+            "strings         7     edtPosX=-4 edtPosY=x edtFontSize=2                            btnColorStrings=#010203  <Color>-16711165</Color><Pos>-4,0</Pos><FontSize>5</FontSize>\n"
+            "no colour       7     -                                                             btnColorStrings=none     <Color>-16777216</Color><Pos>50,50</Pos><FontSize>12</FontSize>\n");
+        // clang-format on
+    }
+    void makesTheConfig()
+    {
+        QFETCH(QString, type);
+        QFETCH(QString, set);
+        QFETCH(QString, colour);
+        QFETCH(QString, settings);
+        const int nType = type.toInt();
+        Store cStore;
+        QColor cOffered = Qt::white;
+        QString strFontSize;
+        std::list<DialogUser::Act> lstAct = {DialogUser::choose(TABLES[nType], 2), DialogUser::set(set)};
+        const QByteArray achButton = colour.section('=', 0, 0).toUtf8();
+        if (!colour.isEmpty()) {
+            lstAct.push_back(DialogUser::press(achButton));
+            lstAct.push_back(pick(colour.section('=', 1), cOffered));
+        }
+        lstAct.push_back(SELECT);
+        lstAct.push_back([&](QWidget &cDialog) {
+            strFontSize = cDialog.findChild<QLineEdit *>("edtFontSize")->text();
+            QTest::keyClick(&cDialog, Qt::Key_Return);
+        });
+        DialogUser cFirst(lstAct);
+        const QString strConfig = configure(QString(), &cStore);
+        QCOMPARE(strConfig, config(nType, 7, settings));
+        QCOMPARE(cOffered, QColor(Qt::white));
+        QVERIFY(strFontSize.toInt() >= 5);
+
+        // Opened again it shows what it made, and makes it again out of what it shows.
+        QString strShown;
+        DialogUser cAgain({look(strShown), OK});
+        QCOMPARE(configure(strConfig, &cStore), strConfig);
+        QCOMPARE(strShown, QString("%1|%1|%2|描述%3").arg(type, TABLES[nType] + '7', TABLES[nType]));
+        DialogUser cSelecting({SELECT, OK});
+        QCOMPARE(configure(strConfig, &cStore), strConfig);
+        QVERIFY(cFirst.isContent() && cAgain.isContent() && cSelecting.isContent());
+    }
+
+    void takesWhatWasSelectedLast()
+    {
+        Store cStore;
+        QString strBoxes;
+        DialogUser cUser({OK, DialogUser::read(strBoxes), SELECT, OK, DialogUser::read(strBoxes),
+                          DialogUser::choose("tblPoints", 1), SELECT, DialogUser::choose("tblRGB", 1),
+                          DialogUser::set("cbScaleModeRGB=1"), SELECT, DialogUser::set("cbScaleModeRGB=3"),
+                          DialogUser::choose("tblGray8", 2), OK});
+        QCOMPARE(configure(QString(), &cStore), config(0, 3, "<Scale>1</Scale><Pos>0</Pos>"));
+        QCOMPARE(strBoxes, "警告: 未选中绘制对象. 1\n警告: 未选中绘制对象. 1\n");
+
+        strBoxes.clear();
+        DialogUser cZero({DialogUser::choose("tblLines", 0), SELECT, OK, DialogUser::read(strBoxes)});
+        QCOMPARE(configure(config(0, 3, "x"), &cStore), QString());
+        QCOMPARE(strBoxes, "警告: 所选择的数据对象不存在! 1\n");
+
+        for (const DialogUser::Act &fnLeave :
+             {DialogUser::press("btnCancel"), DialogUser::type(Qt::Key_Escape)}) {
+            DialogUser cLeaving({DialogUser::choose("tblLines", 1), SELECT, fnLeave});
+            QCOMPARE(configure(config(0, 3, "x"), &cStore), QString());
+            QVERIFY(cLeaving.isContent());
+        }
+        QVERIFY(cUser.isContent() && cZero.isContent());
+    }
+
+    /// Config strings that others wrote: what is shown, and what selecting it makes.
+    void readsAnyConfig_data()
+    {
+        // clang-format off
+        addRows(
+            "config            text                                                                 shown                        made\n"
+            "no type           <DataID>3</DataID><Config><Scale>2</Scale></Config>                  0|-1|tblRGB3|描述tblRGB        0 <Scale>2</Scale><Pos>0</Pos>\n"
+            "unknown type      <DataType>9</DataType><DataID>3</DataID><Config>x</Config>           0|-1||                       -\n"
+            "negative type     <DataType>-7</DataType><DataID>3</DataID>                            0|-1||                       -\n"
+            "unknown ID        <DataType>1</DataType><DataID>44</DataID>                            1|1||                        -\n"
+            "no settings       <DataType>3</DataType><DataID>3</DataID>                             3|3|tblPoints3|描述tblPoints  3 <Size>0</Size><Color>-16777216</Color>\n"
+            "no such items     <DataType>1</DataType><DataID>3</DataID><Config><Scale>99</Scale><Pos>x</Pos><DrawMode><Val>7</Val><Lapped>-5</Lapped></DrawMode></Config>"
+            "  1|1|tblGray83|描述tblGray8  1 <Scale>-1</Scale><Pos>0</Pos><DrawMode><Val>0</Val></DrawMode>\n"
+            "half a mask       <DataType>1</DataType><DataID>3</DataID><Config><DrawMode><Mask>1</Mask><Val>2</Val></DrawMode></Config>"
+            "  1|1|tblGray83|描述tblGray8  1 <Scale>0</Scale><Pos>0</Pos><DrawMode><Mask>1,0</Mask><Val>2</Val></DrawMode>\n"
+            "no such colours   <DataType>4</DataType><DataID>3</DataID><Config><Color>red</Color></Config>"
+            "  4|4|tblLines3|描述tblLines  4 <Size>0</Size><DspLen>0</DspLen><Color>-16777216</Color>\n"
+            "transparent       <DataType>6</DataType><DataID>3</DataID><Config><Color>255</Color></Config>"
+            "  6|6|tblAreas3|描述tblAreas  6 <DspArea>0</DspArea><Color>-16776961</Color>\n"
+            "half a position   <DataType>7</DataType><DataID>3</DataID><Config><Color>99999999999</Color><Pos>9</Pos><FontSize>-1</FontSize></Config>"
+            "  7|7|tblStrings3|描述tblStrings  7 <Color>-16777216</Color><Pos>9,50</Pos><FontSize>5</FontSize>\n");
+        // clang-format on
+    }
+    void readsAnyConfig()
+    {
+        QFETCH(QString, text);
+        QFETCH(QString, shown);
+        QFETCH(QString, made);
+        Store cStore;
+        QString strShown;
+        QString strBox;
+        std::list<DialogUser::Act> lstAct = {look(strShown), SELECT, OK};
+        if (made.isEmpty()) {
+            lstAct.push_back(DialogUser::read(strBox));
+            lstAct.push_back(DialogUser::type(Qt::Key_Escape));
+        }
+        DialogUser cUser(lstAct);
+        const QString strMade = configure(text, &cStore);
+        QCOMPARE(strShown, shown);
+        QCOMPARE(strMade, made.isEmpty() ? QString() : config(made.left(1).toInt(), 3, made.mid(2)));
+        QVERIFY(cUser.isContent());
+    }
+
+    /// The store may die while the dialog is open, and nothing opens where no window can.
+    void survives()
+    {
+        auto *pcStore = new Store;
+        DialogUser cUser({[&](QWidget &) { delete pcStore; }, DialogUser::choose("tblAreas", 2), SELECT, OK});
+        QCOMPARE(configure(QString(), pcStore), config(6, 7, "<DspArea>0</DspArea><Color>-16777216</Color>"));
+        DialogUser cNoStore({SELECT, DialogUser::press("btnCancel")});
+        QCOMPARE(configure(config(3, 3, "x"), nullptr), QString());
+        QVERIFY(cUser.isContent() && cNoStore.isContent());
+
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("DlgDrawingConfig opens only"));
+        std::thread([] { configure(QString(), nullptr); }).join();
+    }
+};
+
+QTEST_MAIN(TestDlgDrawing)
+#include "tst_dlgdrawing.moc"

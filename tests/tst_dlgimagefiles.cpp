@@ -1,0 +1,290 @@
+// The dialogs of the saving and the loading step, in a user's hands.
+
+#include <QtTest>
+
+#include <QCheckBox>
+#include <QFileDialog>
+#include <QTemporaryDir>
+
+#include "LoadFile/loading.h"
+#include "OculinexQTStandAloneInQt.h"
+#include "SaveFile/saving.h"
+#include "arithmparammgr.h"
+#include "datatable.h"
+#include "dialoguser.h"
+#include "taskMgr/taskMgr.h"
+
+namespace
+{
+QString save(const QString &strConfig, ArithmParamMgr *pcAPM)
+{
+    return QString::fromUtf8(Saving::showConfigWindow(strConfig.toUtf8().data(), pcAPM, true));
+}
+
+QString load(const QString &strConfig, ArithmParamMgr *pcAPM)
+{
+    return QString::fromUtf8(Loading::showConfigWindow(strConfig.toUtf8().data(), pcAPM, true));
+}
+
+/// Chooses in a file dialog; no path closes it.
+DialogUser::Act browse(const QString &strPath, QString &strTitle)
+{
+    return [strPath, &strTitle](QWidget &cTop) {
+        auto *pcDialog = qobject_cast<QFileDialog *>(&cTop);
+        strTitle = pcDialog->windowTitle();
+        if (strPath.isEmpty())
+            return pcDialog->close(), void();
+        pcDialog->findChild<QLineEdit *>("fileNameEdit")->setText(strPath);
+        static_cast<QDialog *>(pcDialog)->accept();
+    };
+}
+
+DialogUser::Act look(QString &strShown, const char *szEdits)
+{
+    return [&strShown, szEdits](QWidget &cTop) {
+        for (const QString &strEdit : QString(szEdits).split(' '))
+            strShown += cTop.findChild<QLineEdit *>(strEdit)->text() + '|';
+    };
+}
+
+void describe(ArithmParam *pcParam, const char *szName, const char *szDescribe)
+{
+    pcParam->setName(szName);
+    pcParam->setDescribe(szDescribe);
+}
+
+/// The pictures of a store as texts, "colour 3 name description|grey …".
+QString pictures(ArithmParamMgr &cStore)
+{
+    QStringList lstText;
+    for (const ArithmParamMgr::Entry &cEntry : cStore.snapshot())
+        lstText.append(QString("%1 %2 %3 %4")
+                           .arg(cEntry.m_eKind == ArithmParamMgr::Kind::DIB ? "colour" : "grey")
+                           .arg(cEntry.m_nID)
+                           .arg(cEntry.m_strName, cEntry.m_strDescribe));
+    return lstText.join('|');
+}
+
+const DialogUser::Act OK = DialogUser::press("btnOK");
+const DialogUser::Act CANCEL = DialogUser::press("btnCancel");
+const DialogUser::Act BROWSE = DialogUser::press("btnBrowser");
+} // namespace
+
+class TestDlgImageFiles : public QObject
+{
+    Q_OBJECT
+
+    QTemporaryDir m_cDir;
+
+    QString path(const QString &strName) const { return m_cDir.filePath(strName); }
+    QString loading(const char *szFile, int nType, int nID) const
+    {
+        return QString("<FilePath>%1</FilePath><OutputName>图</OutputName><Describe>描述</Describe>"
+                       "<BeGray>%2</BeGray><PicType>%2</PicType><PicID>%3</PicID>")
+            .arg(path(szFile))
+            .arg(nType)
+            .arg(nID);
+    }
+
+private slots:
+    void initTestCase()
+    {
+        QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
+        QVERIFY(QImage(4, 3, QImage::Format_RGB888).save(path("图.png")));
+        for (const char *szFile : {"broken.png", "drawing.svg", "large.xbm"}) {
+            QFile cFile(path(szFile));
+            QVERIFY(cFile.open(QIODevice::WriteOnly));
+            cFile.write(QByteArray(szFile).startsWith("large")
+                            ? "#define a_width 32767\n#define a_height 32767\nstatic char a_bits[] = {0x00};"
+                        : QByteArray(szFile).startsWith("broken")
+                            ? "\x89PNG\r\n\x1a\n"
+                            : "<svg xmlns='http://www.w3.org/2000/svg' width='9' height='9'/>");
+        }
+    }
+
+    void savesWhatIsSet_data()
+    {
+        // clang-format off
+        addRows(
+            "case          set                                                     config\n"
+            "as it opens   edtBasePath=/d                                          <BasePath>/d</BasePath><IsStringID>0</IsStringID><Separator>-</Separator><Identity>0</Identity><Format>0</Format><Exg>0</Exg><Wnd>0</Wnd>\n"
+            "view          edtBasePath=/d edtSeparator= cmbWnd=2                   <BasePath>/d</BasePath><IsStringID>0</IsStringID><Identity>0</Identity><Format>0</Format><Exg>0</Exg><Wnd>2</Wnd>\n"
+            "name          edtBasePath=/d edtStringID=图 cmbIdentity=1 cmbFormat=1  <BasePath>/d</BasePath><StringID>图</StringID><IsStringID>0</IsStringID><Separator>-</Separator><Identity>1</Identity><Format>1</Format><Exg>0</Exg><Wnd>0</Wnd>\n"
+            "stored name   edtBasePath=/d edtStringID=5 chkIsStringID=1 edtSeparator=_ cmbIdentity=2 cmbFormat=2 cbExchange=1  <BasePath>/d</BasePath><StringID>5</StringID><IsStringID>1</IsStringID><Separator>_</Separator><Identity>2</Identity><Format>2</Format><Exg>1</Exg><Wnd>0</Wnd>\n"
+            "picture       edtBasePath=/d edtSeparator= cmbWnd=4 edtPicType=Gray edtSelectedPicID=4  <BasePath>/d</BasePath><IsStringID>0</IsStringID><Identity>0</Identity><Format>0</Format><Exg>0</Exg><Wnd>4</Wnd><PicType>Gray</PicType><PicID>4</PicID>\n"
+            "any type      edtBasePath=/d edtSeparator= cmbWnd=4 edtSelectedPicID=0  <BasePath>/d</BasePath><IsStringID>0</IsStringID><Identity>0</Identity><Format>0</Format><Exg>0</Exg><Wnd>4</Wnd><PicType></PicType><PicID>0</PicID>\n"
+            "no such item  edtBasePath=/d edtSeparator= cmbFormat=-1 cmbWnd=-1       <BasePath>/d</BasePath><IsStringID>0</IsStringID><Identity>0</Identity><Format>-1</Format><Exg>0</Exg><Wnd>-1</Wnd>\n");
+        // clang-format on
+    }
+    void savesWhatIsSet()
+    {
+        QFETCH(QString, set);
+        QFETCH(QString, config);
+        ArithmParamMgr cStore;
+        QString strBox;
+        DialogUser cFirst({OK, DialogUser::read(strBox), DialogUser::set(set), OK});
+        QCOMPARE(save(QString(), &cStore), config);
+        QCOMPARE(strBox, "警告: 未选中基本路径. 1\n");
+        DialogUser cAgain({DialogUser::type(Qt::Key_Return)});
+        QCOMPARE(save(config, &cStore), config);
+        DialogUser cLeaving({DialogUser::set(set), CANCEL});
+        QCOMPARE(save(config, &cStore), QString());
+        QVERIFY(cFirst.isContent() && cAgain.isContent() && cLeaving.isContent());
+    }
+
+    void savesAPictureOfTheStore()
+    {
+        ArithmParamMgr cStore;
+        describe(cStore.getParamDIB(6), "彩色", "");
+        describe(cStore.getParamGray8(9), "灰度九", "");
+        describe(cStore.getParamGray8(4), "灰度四", "二值");
+        QString strBox;
+        QString strShown;
+        const auto fnLook = look(strShown, "edtPicType edtSelectedPicID");
+        const DialogUser::Act fnSelect = DialogUser::press("btnSelectPic");
+        const auto fnVisible = [&](QWidget &cDialog) {
+            for (const char *szWidget : {"btnSelectPic", "edtSelectedPicID", "edtPicType"})
+                strShown += QString::number(cDialog.findChild<QWidget *>(szWidget)->isVisible());
+        };
+        DialogUser cUser({DialogUser::set("edtBasePath=/d"),
+                          fnVisible,
+                          DialogUser::set("cmbWnd=4"),
+                          fnVisible,
+                          OK,
+                          DialogUser::read(strBox), // no ID
+                          fnSelect,
+                          OK,
+                          fnLook,
+                          OK,
+                          DialogUser::read(strBox), // nothing selected
+                          fnSelect,
+                          DialogUser::choose("tblGray8", 0),
+                          OK,
+                          fnLook,
+                          fnSelect,
+                          DialogUser::choose("tblGray8", 1),
+                          CANCEL,
+                          fnLook,
+                          fnSelect,
+                          DialogUser::choose("tblRGB", 0),
+                          OK,
+                          OK});
+        const QString strConfig = save(QString(), &cStore);
+        QCOMPARE(strShown, "000111RGB|-1|Gray|4|Gray|4|");
+        QCOMPARE(strBox, "警告: 错误的图像ID. 1\n警告: 错误的图像ID. 1\n");
+        QVERIFY2(strConfig.endsWith("<Wnd>4</Wnd><PicType>RGB</PicType><PicID>6</PicID>"),
+                 qPrintable(strConfig));
+        QVERIFY(cUser.isContent());
+    }
+
+    void showsTheStringsAndBrowses()
+    {
+        ArithmParamMgr cStore;
+        describe(cStore.getParamStrings(12), "批号", "描述");
+        cStore.getParamStrings(12)->setStrings({"一", "二"});
+        describe(cStore.getParamStrings(5), "空", "描述");
+        QString strShown;
+        QString strTitle;
+        DialogUser cUser({[&](QWidget &cDialog) {
+                              const auto *pcTable = cDialog.findChild<QTableWidget *>();
+                              for (int nCell = 0; nCell < 2 * 3; ++nCell)
+                                  strShown += pcTable->item(nCell / 3, nCell % 3)->text() + '|';
+                          },
+                          BROWSE, browse(m_cDir.path(), strTitle), BROWSE, browse(QString(), strTitle),
+                          look(strShown, "edtBasePath"), CANCEL});
+        QCOMPARE(save("<BasePath>/d</BasePath>", &cStore), QString());
+        QCOMPARE(strShown, "空|5||批号|12|一|" + m_cDir.path() + '|');
+        QCOMPARE(strTitle, "选取目录");
+        QVERIFY(cUser.isContent());
+    }
+
+    void makesTheOutputOfALoad()
+    {
+        ArithmParamMgr cStore;
+        QString strBox;
+        QString strTitle;
+        DialogUser cUser({OK, DialogUser::read(strBox), BROWSE, browse(path("图.png"), strTitle), OK,
+                          DialogUser::read(strBox), DialogUser::set("edtOutputName=图 edtPicDescribe=描述"),
+                          OK});
+        QString strConfig = load(QString(), &cStore);
+        QCOMPARE(strConfig, loading("图.png", 0, 1));
+        QCOMPARE(strTitle, "打开图像文件");
+        QCOMPARE(strBox, "警告: 未选中图片. 1\n警告: 未定义输出名称. 1\n");
+        QCOMPARE(pictures(cStore), "colour 1 图 描述");
+
+        DialogUser cAgain({DialogUser::type(Qt::Key_Return)});
+        QCOMPARE(load(strConfig, &cStore), strConfig);
+        QCOMPARE(pictures(cStore), "colour 1 图 描述");
+
+        // Another kind is another picture, under an ID that stands apart from those of its own kind.
+        cStore.getParamGray8(8);
+        DialogUser cGrey({DialogUser::set("rbGray=1"), OK});
+        strConfig = load(strConfig, &cStore);
+        QCOMPARE(strConfig, loading("图.png", 1, 9));
+        QCOMPARE(pictures(cStore), "grey 8  |grey 9 图 描述");
+        DialogUser cBack({DialogUser::set("rbRGB=1"), OK});
+        QCOMPARE(load(strConfig, &cStore), loading("图.png", 0, 2));
+        QCOMPARE(pictures(cStore), "colour 2 图 描述|grey 8  ");
+        QVERIFY(cUser.isContent() && cAgain.isContent() && cGrey.isContent() && cBack.isContent());
+    }
+
+    /// What the step could not read is refused, also when the dialog opens with it.
+    void refusesFiles_data()
+    {
+        addRows("file     name\n"
+                "broken   broken.png\n"
+                "SVG      drawing.svg\n"
+                "large    large.xbm\n"
+                "missing  missing.png\n"
+                "folder   -\n");
+    }
+    void refusesFiles()
+    {
+        QFETCH(QString, name);
+        ArithmParamMgr cStore;
+        QString strBox;
+        QString strShown;
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("cannot load .*"));
+        DialogUser cUser({DialogUser::read(strBox), OK, DialogUser::read(strBox),
+                          look(strShown, "edtFilePath edtOutputName"), CANCEL});
+        const QString strConfig = loading(qUtf8Printable(name), 0, 3);
+        QCOMPARE(load(strConfig, &cStore), QString());
+        QCOMPARE(strBox, "警告: 不支持的文件格式. 1\n警告: 未选中图片. 1\n");
+        QCOMPARE(strShown, "|图|");
+        QCOMPARE(pictures(cStore), QString());
+        QVERIFY(cUser.isContent());
+    }
+
+    void readsAnyLoadConfig()
+    {
+        ArithmParamMgr cStore;
+        // Without an ID that is one, the output is made.
+        DialogUser cUser({OK});
+        QCOMPARE(load(loading("图.png", 1, 0).replace("<PicID>0", "<PicID>x"), &cStore),
+                 loading("图.png", 1, 1));
+        DialogUser cNoStore({OK, CANCEL});
+        QCOMPARE(load(loading("图.png", 0, 3), nullptr), QString());
+        QVERIFY(cUser.isContent() && cNoStore.isContent());
+    }
+
+    /// Another tasks file may replace the task while the dialog, which then uses its store, is open.
+    void tasksFileIsOpenedMeanwhile()
+    {
+        auto *pcTask = new TaskInfo("t", nullptr);
+        const QPointer<TaskInfo> pcAlive(pcTask);
+        pcTask->fromString("<-TaskItem-><-MaxExeTimes->-1</-MaxExeTimes-><-ArithmID->KQ_Loading"
+                           "</-ArithmID-><-OptionStr->" +
+                           loading("图.png", 0, 1) + "</-OptionStr-></-TaskItem->");
+        init();
+        TaskMgr::getInstance()->addTask(pcTask, 0);
+        QTemporaryFile cFile;
+        QVERIFY(cFile.open());
+        DialogUser cUser({[&](QWidget &) { openTasksFile(cFile.fileName().toLocal8Bit().data()); },
+                          DialogUser::set("rbGray=1"), OK});
+        QCOMPARE(::showConfigWindow(0, 0), "");
+        QVERIFY(cUser.isContent() && !pcAlive);
+    }
+};
+
+QTEST_MAIN(TestDlgImageFiles)
+#include "tst_dlgimagefiles.moc"
