@@ -9,7 +9,6 @@
 #include <QMessageBox>
 #include <QToolButton>
 
-#include "sdk/window/pictureview.h"
 #include "viewfeed.h"
 
 namespace
@@ -29,9 +28,9 @@ ViewPane::ViewPane(int nView, QWidget *pcParent)
       m_nView(nView),
       m_pcFeed(new ViewFeed(nView, DEFAULT_SIZE, this)),
       m_pcPicture(new Plugin::PictureView(this)),
-      m_pcTools(new QWidget(this)),
-      m_pcSize(new QComboBox(m_pcTools)),
-      m_pcPixel(new QLabel(m_pcTools))
+
+      m_pcSize(new QComboBox(this)),
+      m_pcPixel(new QLabel(this))
 {
     m_pcPicture->setMinimumSize(160, 120);
     m_pcPicture->setObjectName(QStringLiteral("picture"));
@@ -45,13 +44,13 @@ ViewPane::ViewPane(int nView, QWidget *pcParent)
     auto *const pcLayout = new QVBoxLayout(this);
     pcLayout->setContentsMargins(0, 0, 0, 0);
     pcLayout->setSpacing(2);
-    auto *const pcTools = new QHBoxLayout(m_pcTools);
+    auto *const pcTools = new QHBoxLayout;
     pcTools->setContentsMargins(2, 2, 2, 0);
-    pcTools->addWidget(new QLabel(tr("View %1").arg(nView), m_pcTools));
+    pcTools->addWidget(new QLabel(tr("View %1").arg(nView), this));
     pcTools->addWidget(m_pcSize);
     const auto fnButton = [&](const QString &strName, const QString &strText, const QString &strTip,
                               const auto &fnClicked) {
-        auto *const pcButton = new QToolButton(m_pcTools);
+        auto *const pcButton = new QToolButton(this);
         pcButton->setObjectName(strName);
         pcButton->setText(strText);
         pcButton->setToolTip(strTip);
@@ -68,7 +67,7 @@ ViewPane::ViewPane(int nView, QWidget *pcParent)
     fnButton(QStringLiteral("btnCopy"), tr("Copy"), tr("Copy what is shown to the clipboard"),
              [this] { copyPicture(); });
     pcTools->addStretch();
-    pcLayout->addWidget(m_pcTools);
+    pcLayout->addLayout(pcTools);
     pcLayout->addWidget(m_pcPicture, 1);
     pcLayout->addWidget(m_pcPixel);
     m_pcPixel->setContentsMargins(4, 0, 4, 2);
@@ -119,10 +118,12 @@ QImage ViewPane::picture() const
     return m_pcPicture->picture();
 }
 
-void ViewPane::setBare(bool bBare)
+void ViewPane::setMirror(Plugin::PictureView *pcMirror)
 {
-    m_pcTools->setVisible(!bBare);
-    m_pcPixel->setVisible(!bBare);
+    m_pcMirror = pcMirror;
+    if (pcMirror)
+        pcMirror->setPicture(picture());
+    tellShrunkSize();
 }
 
 void ViewPane::savePicture()
@@ -161,6 +162,8 @@ void ViewPane::showNewest()
     if (cFrame.m_cPicture.isNull())
         return;
     m_pcPicture->setPicture(cFrame.m_cPicture, cFrame.m_cShrunk);
+    if (m_pcMirror)
+        m_pcMirror->setPicture(cFrame.m_cPicture, cFrame.m_cShrunk);
     tellShrunkSize();
     tellPixel(m_cPixel);
     emit updated();
@@ -174,7 +177,7 @@ void ViewPane::applySize()
 
 void ViewPane::tellShrunkSize()
 {
-    m_pcFeed->setShrunkSize(m_pcPicture->shrunkSize(picture().size()));
+    m_pcFeed->setShrunkSize((m_pcMirror ? m_pcMirror.data() : m_pcPicture)->shrunkSize(picture().size()));
 }
 
 void ViewPane::tellPixel(const QPoint &cPixel)

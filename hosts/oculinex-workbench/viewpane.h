@@ -2,17 +2,15 @@
 #define VIEWPANE_H
 
 #include <QImage>
+#include <QPointer>
 #include <QSize>
 #include <QWidget>
+
+#include "sdk/window/pictureview.h"
 
 class QComboBox;
 class QLabel;
 class ViewFeed;
-
-namespace Plugin
-{
-class PictureView;
-}
 
 /// Shows view 0, 1 or 2 live: the wheel zooms, dragging moves the picture, a double click shows all of
 /// it again; below stand position and colour of the pixel under the mouse.
@@ -31,8 +29,8 @@ public:
     void setZoom(double dZoom);
     /// What is shown; null before the first drawing.
     QImage picture() const;
-    /// Without buttons and texts, for a window that is only looked at.
-    void setBare(bool bBare);
+    /// From now on shows the same in another window, too, which then is the one in sight; null ends it.
+    void setMirror(Plugin::PictureView *pcMirror);
 
 signals:
     void settingsChanged(); ///< the user has chosen a size or a zoom
@@ -54,7 +52,7 @@ private:
     const int m_nView;
     ViewFeed *m_pcFeed;
     Plugin::PictureView *m_pcPicture;
-    QWidget *m_pcTools;
+    QPointer<Plugin::PictureView> m_pcMirror;
     QComboBox *m_pcSize;
     QLabel *m_pcPixel;
     QPoint m_cPixel{-1, -1}; ///< under the mouse

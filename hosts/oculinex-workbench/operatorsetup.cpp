@@ -1,0 +1,120 @@
+#include "operatorsetup.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include <QLocale>
+#include <QRegularExpression>
+
+#include "arithmMgr/arithmmgr.h"
+#include "arithmMgr/arithms.h"
+#include "globalfunction.h"
+#include "plugintables/plugintable.h"
+
+namespace
+{
+QString beginOf(const QString &strTag)
+{
+    return '<' + strTag + '>';
+}
+
+QString endOf(const QString &strTag)
+{
+    return QStringLiteral("</") + strTag + '>';
+}
+} // namespace
+
+QJsonObject OperatorPick::toJson() const
+{
+    return {{"tag", m_strTag}, {"name", m_strName},       {"min", m_dMin},
+            {"max", m_dMax},   {"decimals", m_nDecimals}, {"initial", m_dInitial}};
+}
+
+OperatorPick OperatorPick::fromJson(const QJsonObject &cJson)
+{
+    OperatorPick cPick;
+    cPick.m_strTag = cJson["tag"].toString();
+    cPick.m_strName = cJson["name"].toString();
+    cPick.m_dMin = cJson["min"].toDouble();
+    cPick.m_dMax = cJson["max"].toDouble();
+    cPick.m_nDecimals = std::clamp(cJson["decimals"].toInt(), 0, 9);
+    cPick.m_bOdd = cJson["odd"].toBool();
+    cPick.m_dInitial = cJson["initial"].toDouble();
+    return cPick;
+}
+
+double OperatorPick::value(const QString &strConfig) const
+{
+    bool bNumber = false;
+    const double dValue =
+        GlobalFunction::getBody(strConfig, beginOf(m_strTag), endOf(m_strTag)).toDouble(&bNumber);
+    return bNumber ? dValue : m_dInitial;
+}
+
+void OperatorPick::setValue(QString &strConfig, double dValue) const
+{
+    dValue = std::max(m_dMin, std::min(dValue, m_dMax));
+    if (m_bOdd && std::fmod(dValue, 2) == 0)
+        dValue += dValue + 1 <= m_dMax ? 1 : -1;
+    const QString strValue = QString::number(dValue, 'f', m_nDecimals);
+    const int nBegin = strConfig.indexOf(beginOf(m_strTag), 0, Qt::CaseInsensitive);
+    const int nEnd = strConfig.indexOf(endOf(m_strTag), 0, Qt::CaseInsensitive);
+    const int nBody = nBegin + beginOf(m_strTag).size();
+    if (nBegin >= 0 && nEnd >= nBody)
+        strConfig.replace(nBody, nEnd - nBody, strValue);
+    else if (nBegin < 0 && nEnd < 0)
+        strConfig += beginOf(m_strTag) + strValue + endOf(m_strTag);
+}
+
+QJsonObject OperatorSetup::toJson() const
+{
+    return {{"task", m_nTask}, {"view", m_nView}, {"good", m_strGood}, {"bad", m_strBad}};
+}
+
+OperatorSetup OperatorSetup::fromJson(const QJsonObject &cJson)
+{
+    OperatorSetup cSetup;
+    cSetup.m_nTask = std::max(0, cJson["task"].toInt());
+    cSetup.m_nView = std::clamp(cJson["view"].toInt(), 0, 2);
+    cSetup.m_strGood = cJson["good"].toString();
+    cSetup.m_strBad = cJson["bad"].toString();
+    return cSetup;
+}
+
+QList<OperatorPick> pickableNumbers(const QString &strArithmID, const QString &strConfig)
+{
+    QList<OperatorPick> lstPick;
+    const Arithm *const pcArithm = ArithmMgr::getInstance()->getArithm(strArithmID);
+    const PluginTable cTable = pcArithm ? pluginTable(fileOfFunction(pcArithm->m_fnExecute)) : PluginTable();
+    for (const PluginSetting &cSetting : cTable.m_lstSetting) {
+        const bool bReal = cSetting.m_eKind == Plugin::SettingKind::Real;
+        if (!bReal && cSetting.m_eKind != Plugin::SettingKind::Integer)
+            continue;
+        const PluginCaption &cCaption = cSetting.m_cCaption;
+        const bool bChinese = QLocale().language() == QLocale::Chinese;
+        OperatorPick cPick;
+        cPick.m_strTag = cSetting.m_strTag;
+        cPick.m_strName = bChinese ? cCaption.m_strChinese : cCaption.m_strEnglish;
+        cPick.m_dMin = cSetting.m_dMin;
+        cPick.m_dMax = cSetting.m_dMax;
+        cPick.m_nDecimals = bReal ? 3 : 0;
+        cPick.m_bOdd = cSetting.m_bOdd;
+        cPick.m_dInitial = cSetting.m_strInitial.toDouble();
+        lstPick.append(cPick);
+    }
+    if (!cTable.isNull())
+        return lstPick;
+    static const QRegularExpression s_cNumber(
+        QStringLiteral("<(\\w+)>\\s*([-+]?\\d+(?:\\.(\\d+))?)\\s*</\\1>"));
+    for (auto iMatch = s_cNumber.globalMatch(strConfig); iMatch.hasNext();) {
+        const QRegularExpressionMatch cMatch = iMatch.next();
+        OperatorPick cPick;
+        cPick.m_strTag = cPick.m_strName = cMatch.captured(1);
+        cPick.m_dInitial = cMatch.captured(2).toDouble();
+        cPick.m_nDecimals = std::min(9, cMatch.capturedLength(3));
+        cPick.m_dMin = std::min(0.0, cPick.m_dInitial);
+        cPick.m_dMax = std::max(100.0, cPick.m_dInitial);
+        lstPick.append(cPick);
+    }
+    return lstPick;
+}

@@ -1,0 +1,241 @@
+#include "operatorwindow.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include <QDoubleSpinBox>
+#include <QFormLayout>
+#include <QGridLayout>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QPushButton>
+
+#include "OculinexQTStandAloneInQt.h"
+#include "sdk/window/pictureview.h"
+#include "taskMgr/taskMgr.h"
+
+namespace
+{
+constexpr int LOOK_INTERVAL = 100; // ms
+constexpr int SIDE_WIDTH = 22;     // of the column beside the picture, in letters
+
+bool anyTaskRuns()
+{
+    bool bRunning = false;
+    for (int nTask = 0; nTask < TaskMgr::getInstance()->getTaskNum() && !bRunning; ++nTask)
+        IsTaskRunning(bRunning, nTask);
+    return bRunning;
+}
+
+/// A "stop:" ends the task, so that one in the figures of a start is the end of it.
+bool wasStoppedByStep(const TaskStatus &cStatus)
+{
+    return std::any_of(cStatus.m_lstStep.begin(), cStatus.m_lstStep.end(), [](const StepStatus &cStep) {
+        return cStep.m_strLastResult.contains(QLatin1String("<CMD>stop:"), Qt::CaseInsensitive);
+    });
+}
+} // namespace
+
+OperatorWindow::OperatorWindow(const OperatorSetup &cSetup, QWidget *pcParent)
+    : QWidget(pcParent, Qt::Window),
+      m_cSetup(cSetup),
+      m_pcPicture(new Plugin::PictureView(this)),
+      m_pcVerdict(new QLabel(this)),
+      m_pcWhy(new QLabel(this)),
+      m_pcStart(new QPushButton(tr("Start"), this)),
+      m_pcStop(new QPushButton(tr("Stop"), this))
+{
+    setWindowTitle(tr("Operator view"));
+    // Read from a distance.
+    QFont cFont = font();
+    cFont.setPointSizeF(cFont.pointSizeF() * 1.5);
+    setFont(cFont);
+    m_pcPicture->setObjectName(QStringLiteral("picture"));
+    m_pcVerdict->setObjectName(QStringLiteral("lblVerdict"));
+    m_pcVerdict->setAlignment(Qt::AlignCenter);
+    m_pcVerdict->setAutoFillBackground(true);
+    m_pcWhy->setObjectName(QStringLiteral("lblWhy"));
+    m_pcWhy->setWordWrap(true);
+    m_pcWhy->setAlignment(Qt::AlignCenter);
+    m_pcStart->setObjectName(QStringLiteral("btnStart"));
+    m_pcStop->setObjectName(QStringLiteral("btnStop"));
+
+    auto *const pcSide = new QVBoxLayout;
+    pcSide->setSpacing(fontMetrics().height() / 2);
+    m_pcVerdict->setMinimumHeight(fontMetrics().height() * 5);
+    pcSide->addWidget(m_pcVerdict);
+    m_pcWhy->setMinimumHeight(fontMetrics().height() * 2);
+    pcSide->addWidget(m_pcWhy);
+
+    auto *const pcCounters = new QFormLayout;
+    const auto fnCounter = [&](const QString &strName, const QString &strCaption) {
+        auto *const pcValue = new QLabel(QStringLiteral("0"), this);
+        pcValue->setObjectName(strName);
+        pcValue->setAlignment(Qt::AlignRight);
+        pcCounters->addRow(strCaption, pcValue);
+        return pcValue;
+    };
+    m_pcRuns = fnCounter(QStringLiteral("lblRuns"), tr("Runs"));
+    m_pcGood = fnCounter(QStringLiteral("lblGood"), tr("Good"));
+    m_pcBad = fnCounter(QStringLiteral("lblBad"), tr("Bad"));
+    m_pcPictures = fnCounter(QStringLiteral("lblPictures"), tr("Pictures"));
+    m_pcFailures = fnCounter(QStringLiteral("lblFailures"), tr("Failures"));
+    pcSide->addLayout(pcCounters);
+
+    auto *const pcFields = new QFormLayout;
+    pcFields->setRowWrapPolicy(QFormLayout::WrapLongRows);
+    for (const OperatorSetup::Step &cStep : m_cSetup.m_lstStep) {
+        for (const OperatorPick &cPick : cStep.m_lstPick) {
+            auto *const pcBox = new QDoubleSpinBox(this);
+            pcBox->setObjectName(cPick.m_strTag);
+            pcBox->setDecimals(cPick.m_nDecimals);
+            pcBox->setRange(cPick.m_dMin, cPick.m_dMax);
+            pcBox->setSingleStep(cPick.m_bOdd ? 2 : std::pow(10, -cPick.m_nDecimals));
+            pcBox->setKeyboardTracking(false);
+            pcBox->setToolTip(tr("%1 to %2; can be changed while the task stands still")
+                                  .arg(cPick.m_dMin)
+                                  .arg(cPick.m_dMax));
+            pcFields->addRow(cPick.m_strName, pcBox);
+            const Field cField{cStep.m_nTask, cStep.m_nStep, cPick, pcBox};
+            m_lstField.append(cField);
+            connect(pcBox, QOverload<double>::of(&QDoubleSpinBox::valueChanged), this,
+                    [this, cField](double dValue) { applyField(cField, dValue); });
+        }
+    }
+    pcSide->addLayout(pcFields);
+    pcSide->addStretch();
+
+    auto *const pcButtons = new QHBoxLayout;
+    for (QPushButton *const pcButton : {m_pcStart, m_pcStop}) {
+        pcButton->setMinimumHeight(fontMetrics().height() * 3);
+        pcButtons->addWidget(pcButton);
+    }
+    pcSide->addLayout(pcButtons);
+    auto *const pcLeave = new QPushButton(tr("Leave (Esc)"), this);
+    pcLeave->setObjectName(QStringLiteral("btnLeave"));
+    pcSide->addWidget(pcLeave);
+
+    auto *const pcSideBox = new QWidget(this);
+    pcSideBox->setLayout(pcSide);
+    pcSideBox->setFixedWidth(fontMetrics().averageCharWidth() * SIDE_WIDTH * 3 / 2);
+    auto *const pcLayout = new QHBoxLayout(this);
+    pcLayout->addWidget(m_pcPicture, 1);
+    pcLayout->addWidget(pcSideBox);
+
+    connect(m_pcStart, &QPushButton::clicked, this, [this] {
+        judge(Verdict::None, QString());
+        emit startRequested();
+    });
+    connect(m_pcStop, &QPushButton::clicked, this, &OperatorWindow::stopRequested);
+    connect(pcLeave, &QPushButton::clicked, this, &QWidget::close);
+    connect(&m_cTimer, &QTimer::timeout, this, &OperatorWindow::look);
+    m_cTimer.start(LOOK_INTERVAL);
+    judge(Verdict::None, QString());
+    look();
+}
+
+void OperatorWindow::printed(const QString &strText)
+{
+    const auto fnBegins = [&](const QString &strPrefix) {
+        return !strPrefix.isEmpty() && strText.startsWith(strPrefix, Qt::CaseInsensitive);
+    };
+    const bool bBad = fnBegins(m_cSetup.m_strBad);
+    if (!bBad && !fnBegins(m_cSetup.m_strGood))
+        return;
+    ++(bBad ? m_nBad : m_nGood);
+    judge(bBad ? Verdict::Bad : Verdict::Good, strText);
+}
+
+void OperatorWindow::look()
+{
+    TaskStatus cStatus;
+    getTaskStatus(m_cSetup.m_nTask, cStatus);
+    const bool bRuns = anyTaskRuns();
+    const bool bStoppedByStep = wasStoppedByStep(cStatus);
+    const bool bIdle = cStatus.m_eState == TaskStatus::State::Idle;
+    if (cStatus.m_nRuns < m_nRuns || (m_bEnded && !bIdle)) { // started anew
+        m_nGood = m_nBad = 0;
+        m_bEnded = false;
+    }
+    if (!m_cSetup.hasPrefixes() && cStatus.m_nRuns > 0 && cStatus.m_nRuns != m_nRuns)
+        judge(Verdict::Good, QString());
+    m_nRuns = cStatus.m_nRuns;
+    if (bIdle && !m_bEnded && (cStatus.m_nFailures > 0 || bStoppedByStep)) {
+        m_bEnded = true;
+        judge(Verdict::Bad,
+              cStatus.m_nFailures > 0 ? cStatus.m_strLastError : tr("A step has stopped the task."));
+    }
+    const qint64 nEnds = cStatus.m_nFailures + (bStoppedByStep ? 1 : 0);
+    const qint64 nGood = m_cSetup.hasPrefixes() ? m_nGood : std::max<qint64>(0, m_nRuns - nEnds);
+    m_pcRuns->setText(QString::number(m_nRuns));
+    m_pcGood->setText(QString::number(nGood));
+    m_pcBad->setText(QString::number(m_nBad + nEnds));
+    m_pcPictures->setText(QString::number(cStatus.m_nPictures));
+    m_pcFailures->setText(QString::number(cStatus.m_nFailures));
+    m_pcStart->setEnabled(!bRuns);
+    m_pcStop->setEnabled(bRuns);
+
+    for (const Field &cField : m_lstField) {
+        TaskInfo *const pcTask = TaskMgr::getInstance()->getTask(cField.m_nTask);
+        const bool bThere = pcTask && cField.m_nStep < pcTask->getTaskItem().size();
+        cField.m_pcBox->setEnabled(bThere && !bRuns);
+        if (!bThere || cField.m_pcBox->hasFocus())
+            continue;
+        const QSignalBlocker cBlocker(cField.m_pcBox);
+        const QList<TaskItem> &lstStep = pcTask->getTaskItem();
+        cField.m_pcBox->setValue(cField.m_cPick.value(lstStep[cField.m_nStep].m_strOptionStr));
+    }
+}
+
+void OperatorWindow::judge(Verdict eVerdict, const QString &strWhy)
+{
+    m_eVerdict = eVerdict;
+    const bool bGood = eVerdict == Verdict::Good;
+    m_pcVerdict->setText(bGood ? tr("OK") : eVerdict == Verdict::Bad ? tr("NOK") : QStringLiteral("–"));
+    QPalette cPalette = palette();
+    if (eVerdict != Verdict::None) {
+        cPalette.setColor(QPalette::Window, bGood ? QColor(0x1b, 0x7f, 0x3b) : QColor(0xb7, 0x1c, 0x1c));
+        cPalette.setColor(QPalette::WindowText, Qt::white);
+    } else {
+        cPalette.setColor(QPalette::Window, palette().color(QPalette::Mid));
+    }
+    m_pcVerdict->setPalette(cPalette);
+    m_pcWhy->setText(strWhy);
+    fitVerdict();
+}
+
+void OperatorWindow::applyField(const Field &cField, double dValue)
+{
+    TaskInfo *const pcTask = TaskMgr::getInstance()->getTask(cField.m_nTask);
+    if (!pcTask || pcTask->IsRunning() || cField.m_nStep >= pcTask->getTaskItem().size())
+        return;
+    cField.m_cPick.setValue(pcTask->getTaskItem()[cField.m_nStep].m_strOptionStr, dValue);
+    emit edited(cField.m_nTask, tr("Set %1").arg(cField.m_cPick.m_strName));
+}
+
+void OperatorWindow::closeEvent(QCloseEvent *)
+{
+    emit closed();
+}
+
+void OperatorWindow::keyPressEvent(QKeyEvent *pcEvent)
+{
+    if (pcEvent->key() == Qt::Key_Escape)
+        close();
+    else
+        QWidget::keyPressEvent(pcEvent);
+}
+
+void OperatorWindow::resizeEvent(QResizeEvent *)
+{
+    fitVerdict();
+}
+
+/// As large as its place allows.
+void OperatorWindow::fitVerdict()
+{
+    QFont cFont = font();
+    cFont.setBold(true);
+    cFont.setPixelSize(std::max(8, m_pcVerdict->minimumHeight() * 3 / 5));
+    m_pcVerdict->setFont(cFont);
+}
