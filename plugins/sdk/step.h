@@ -68,6 +68,31 @@ public:
     {
         return ListOf<eKind>::read(ListOf<eKind>::parameter(m_cStore, id(cSetting)));
     }
+    /// Calls fnBody with the store's own list, of whatever kind it is; nothing is copied. Throws when
+    /// there is none.
+    template <typename Body>
+    auto visit(const AnyListInput &cSetting, Body fnBody) const
+    {
+        using Store = ArithmParamMgr;
+        switch (kind(cSetting)) {
+        case Kind::Lines:
+            return fnBody(list(cSetting, &Store::m_mapParamLines, &ParamLines::m_lstLines));
+        case Kind::Polys:
+            return fnBody(list(cSetting, &Store::m_mapParamPolys, &ParamPolys::m_lstPolys));
+        case Kind::Areas:
+            return fnBody(list(cSetting, &Store::m_mapParamAreas, &ParamAreas::m_lstAreas));
+        case Kind::Strings:
+            return fnBody(list(cSetting, &Store::m_mapParamStrings, &ParamStrings::m_lstStrings));
+        case Kind::Longs:
+            return fnBody(list(cSetting, &Store::m_mapParamLongs, &ParamLongs::m_lstLongs));
+        case Kind::Doubles:
+            return fnBody(list(cSetting, &Store::m_mapParamDoubles, &ParamDoubles::m_lstDoubles));
+        case Kind::Bools:
+            return fnBody(list(cSetting, &Store::m_mapParamBools, &ParamBools::m_lstBools));
+        default:
+            return fnBody(list(cSetting, &Store::m_mapParamPoints, &ParamPoints::m_lstPoints));
+        }
+    }
 
     /// The output, made that large and given its name, on the store's own pixels; nothing is
     /// allocated while the size stays. The pixels are undefined, unless the picture is the very
@@ -82,6 +107,17 @@ public:
     }
 
 private:
+    template <typename Parameter, typename List>
+    const List &list(const Setting &cSetting, QMap<int, Parameter *> ArithmParamMgr::*mapParameter,
+                     List Parameter::*lstValue) const
+    {
+        const int nID = id(cSetting);
+        const Parameter *const pcParameter = (m_cStore.*mapParameter).value(nID);
+        if (!pcParameter)
+            throw Error("Input list " + std::to_string(nID) + " does not exist among the " +
+                        kindName(kind(cSetting)) + ".");
+        return pcParameter->*lstValue;
+    }
     void setTitle(ArithmParam &cParameter, const Setting &cSetting) const;
 
     ArithmParamMgr &m_cStore;

@@ -275,6 +275,19 @@ struct ListInput : Described<ListInput<eListKind>> {
     }
 };
 
+/// A list that is read, of whatever kind; the type tag tells which.
+struct AnyListInput : Described<AnyListInput> {
+    constexpr AnyListInput(const char *szTag, Caption cCaption, Kind eUsual, const char *szTypeTag)
+        : Described(SettingKind::Input, szTag, cCaption)
+    {
+        m_eUsual = eUsual;
+        m_szTypeTag = szTypeTag;
+        for (const Kind eKind : {Kind::Points, Kind::Lines, Kind::Polys, Kind::Areas, Kind::Strings,
+                                 Kind::Longs, Kind::Doubles, Kind::Bools})
+            m_nKinds |= kindBit(eKind);
+    }
+};
+
 /// A list that is written.
 template <Kind eListKind>
 struct ListOutput : Titled<ListOutput<eListKind>> {

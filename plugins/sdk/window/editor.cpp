@@ -23,6 +23,8 @@ using Plugin::SettingKind;
 namespace
 {
 constexpr int MAX_SIDE = 999999; ///< of a region, pixels
+/// A slider over a wider range than that could not be set with a mouse.
+constexpr double MAX_SLIDER_RANGE = 10000;
 
 /// A slider beside the box of a number, in steps of dStep from the minimum.
 template <typename Box>
@@ -68,9 +70,7 @@ public:
             m_pcBox->setOdd();
         m_pcBox->setSuffix(suffixOf(cSetting));
         m_pcBox->setValue(static_cast<int>(cSetting.m_dInitial));
-        // A slider of more steps than that could not be set with a mouse.
-        constexpr double MAX_STEPS = 10000;
-        if (cSetting.m_dMax - cSetting.m_dMin <= MAX_STEPS)
+        if (cSetting.m_dMax - cSetting.m_dMin <= MAX_SLIDER_RANGE)
             add(sliderFor(m_pcBox, bOdd ? 2 : 1), "Slider", 1);
         add(m_pcBox);
         connect(m_pcBox, qOverload<int>(&QSpinBox::valueChanged), this, &Editor::changed);
@@ -100,7 +100,8 @@ public:
         m_pcBox->setSingleStep(std::min(dStep, 1.0));
         m_pcBox->setSuffix(suffixOf(cSetting));
         m_pcBox->setValue(cSetting.m_dInitial);
-        add(sliderFor(m_pcBox, dStep), "Slider", 1);
+        if (cSetting.m_dMax - cSetting.m_dMin <= MAX_SLIDER_RANGE)
+            add(sliderFor(m_pcBox, dStep), "Slider", 1);
         add(m_pcBox);
         connect(m_pcBox, qOverload<double>(&QDoubleSpinBox::valueChanged), this, &Editor::changed);
     }
