@@ -428,7 +428,7 @@ private slots:
         row("radii exchanged", "OCX_CircleMeasure",
             CIRCLE + "<MinRadius>80</MinRadius><MaxRadius>40</MaxRadius>",
             "Setting MinRadius is 80, above MaxRadius, which is 40.");
-        row("no file", "OCX_TemplateMatch", MATCH, "Setting TemplateFile is missing.");
+        row("no file", "OCX_TemplateMatch", MATCH, "No template file is chosen.");
         row("no picture in the file", "OCX_TemplateMatch",
             MATCH + "<TemplateFile>" OCULINEX_SOURCE_DIR "/README.md</TemplateFile>",
             "Template file \"" OCULINEX_SOURCE_DIR "/README.md\" cannot be read: Unsupported image format.");

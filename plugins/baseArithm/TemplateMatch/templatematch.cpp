@@ -177,7 +177,7 @@ private:
         const bool bFile = cStep[ORIGIN] == FILE;
         const std::string strPath(cStep[FILE_PATH]);
         if (bFile && strPath.empty())
-            throw Plugin::Error("Setting TemplateFile is missing.");
+            throw Plugin::Error("No template file is chosen.");
         const cv::Mat cTemplate = bFile ? m_cFiles.read(strPath, cStep.kind(INPUT) == Plugin::Kind::DIB)
                                         : Plugin::input(cStep, TEMPLATE);
         cv::Scalar cMean;
