@@ -1,0 +1,97 @@
+#ifndef DOCUMENT_H
+#define DOCUMENT_H
+
+#include <QJsonObject>
+#include <QList>
+#include <QObject>
+#include <QUndoStack>
+
+#include "taskstate.h"
+
+class Control;
+class TaskInfo;
+
+/// The tasks file that the workbench edits. The tasks themselves are those of the library's manager, at
+/// positions from 0 on without gaps; the document keeps what they were when last looked at, which makes
+/// each edit, whoever made it, a step that can be undone.
+///
+/// Threads: the GUI thread. What changes a task needs it idle: it doesn't run, and control has no job.
+class Document : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit Document(const Control &cControl);
+    /// Removes the tasks.
+    ~Document() override;
+    Document(const Document &) = delete;
+    Document &operator=(const Document &) = delete;
+
+    const QString &path() const { return m_strPath; } ///< empty for a new document
+    QString name() const;                             ///< for people
+    bool isModified() const { return m_lstState != m_lstSaved; }
+    const QUndoStack &undoStack() const { return m_cUndo; }
+
+    /// These three need all tasks idle. They return the reason of a failure, empty when there was none.
+    void makeNew();
+    /// Of a side file that can't be read strWarning tells the reason.
+    QString open(const QString &strPath, QString &strWarning);
+    QString save(const QString &strPath);
+
+    int taskCount() const { return m_lstState.size(); }
+    static TaskInfo *task(int nTask); ///< null for a position without a task
+    QStringList taskNames() const;
+    bool isIdle(int nTask) const;
+    /// Whether the positions from this one on may be given to other tasks.
+    bool mayRearrange(int nTask) const;
+
+    /// Edits. The position of the task that was made is returned.
+    int addTask(const QString &strName);
+    int duplicateTask(int nTask);
+    void removeTask(int nTask);
+    void moveTask(int nFrom, int nTo);
+    /// False for a name that the tasks file can't keep.
+    bool renameTask(int nTask, const QString &strName);
+    void moveStep(int nTask, int nFrom, int nTo);
+    /// A step that is switched off has the limit 0; switched on, it has its old one again.
+    void switchStep(int nTask, int nStep, bool bOn);
+    /// Looks whether a task was edited since the last look, and keeps that as one edit.
+    void noticeEdit(int nTask, const QString &strWhat = QString());
+
+    void undo();
+    void redo();
+
+    QJsonObject stepSide(int nTask, int nStep) const;
+    void setStepSide(int nTask, int nStep, const QJsonObject &cSide, const QString &strWhat);
+    /// What a pane remembers beside the tasks file; not part of what is modified.
+    QJsonObject paneSide(const QString &strPane) const { return m_cPanes[strPane].toObject(); }
+    void setPaneSide(const QString &strPane, const QJsonObject &cSide) { m_cPanes[strPane] = cSide; }
+
+signals:
+    /// Number, order or names of the tasks changed, or a task was made anew.
+    void tasksChanged();
+    /// A flow was changed by the document itself, not through the task's own widgets.
+    void flowChanged(int nTask);
+    /// The file, what is modified, or what can be undone.
+    void stateChanged();
+    void refused(QString strReason);
+
+private:
+    friend class EditCommand;
+
+    void readStates();
+    bool mayApply(const QList<TaskState> &lstTarget) const;
+    void apply(const QList<TaskState> &lstTarget);
+    void edit(const QList<TaskState> &lstTarget, const QString &strWhat);
+    /// Keeps as done what the tasks themselves already are.
+    void note(int nTask, const TaskState &cState, const QString &strWhat);
+
+    const Control &m_cControl;
+    QString m_strPath;
+    QList<TaskState> m_lstState; ///< the tasks as last looked at
+    QList<TaskState> m_lstSaved;
+    QJsonObject m_cPanes;
+    QUndoStack m_cUndo;
+};
+
+#endif

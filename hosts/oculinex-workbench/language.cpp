@@ -1,0 +1,30 @@
+#include "language.h"
+
+#include <memory>
+
+#include <QCoreApplication>
+#include <QLibraryInfo>
+#include <QLocale>
+#include <QTranslator>
+
+namespace
+{
+void install(const QLocale &cLocale, const QString &strName, const QString &strFolder)
+{
+    auto pcTranslator = std::make_unique<QTranslator>(QCoreApplication::instance());
+    if (pcTranslator->load(cLocale, strName, QStringLiteral("_"), strFolder))
+        QCoreApplication::installTranslator(pcTranslator.release());
+}
+} // namespace
+
+void chooseLanguage(const QString &strLanguage)
+{
+    Q_INIT_RESOURCE(translations);
+    const QLocale cLocale = strLanguage.isEmpty() ? QLocale::system()
+                            : strLanguage == QLatin1String("zh")
+                                ? QLocale(QLocale::Chinese, QLocale::China)
+                                : QLocale(QLocale::English, QLocale::UnitedStates);
+    QLocale::setDefault(cLocale);
+    install(cLocale, QStringLiteral("qtbase"), QLibraryInfo::location(QLibraryInfo::TranslationsPath));
+    install(cLocale, QStringLiteral("oculinex-workbench"), QStringLiteral(":/translations"));
+}
