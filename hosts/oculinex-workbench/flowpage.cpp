@@ -104,6 +104,8 @@ void FlowPage::bind()
         m_pcMenu = m_pcTask->m_pcMenu;
         // An entry that was chosen is at work right after the menu has gone.
         connect(m_pcMenu, &QMenu::aboutToHide, this, [] { showBusyCursor(); });
+        // The last entry runs to the selected step; the task's slot comes first.
+        connect(m_pcMenu->actions().constLast(), &QAction::triggered, this, &FlowPage::ranHere);
     });
 }
 

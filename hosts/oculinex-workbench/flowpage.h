@@ -30,6 +30,7 @@ signals:
     /// The task may have been edited through the widgets.
     void edited();
     void menuOpened();
+    void ranHere();
 
 private:
     void bind();

@@ -27,7 +27,9 @@ FlowPane::FlowPane(Document &cDocument, Control &cControl, QWidget *pcParent)
       m_pcName(new QLabel),
       m_pcRun(new QPushButton),
       m_pcPages(new QStackedWidget),
-      m_pcNote(new QLabel)
+      m_pcNote(new QLabel),
+      m_cRunIcon(icon(Icon::Start)),
+      m_cStopIcon(icon(Icon::Stop))
 {
     m_pcAdd = addAction(tr("&Add step…"),
                         tr("Add a step: before the selected one, or at the end when none is selected"),
@@ -127,6 +129,7 @@ void FlowPane::showPage()
             &pcPage->steps(), &StepTable::stepSwitched, this,
             [this](int nStep, bool bOn) { m_cDocument.switchStep(m_nTask, nStep, bOn); },
             Qt::QueuedConnection);
+        connect(pcPage, &FlowPage::ranHere, this, [this, pcPage] { emit ranHere(pcPage->task()); });
         connect(&pcPage->steps(), &StepTable::configurationWanted, this, &FlowPane::configureStep);
         connect(pcPage->steps().table(), &QTableWidget::itemSelectionChanged, this, &FlowPane::enableActions);
     }
@@ -144,7 +147,7 @@ void FlowPane::refresh()
     m_pcName->setText(pcTask ? pcTask->getName() : QString());
     m_pcRun->setVisible(pcTask != nullptr);
     m_pcRun->setText(bRuns ? tr("Stop") : tr("Run"));
-    m_pcRun->setIcon(icon(bRuns ? Icon::Stop : Icon::Start));
+    m_pcRun->setIcon(bRuns ? m_cStopIcon : m_cRunIcon);
     m_pcRun->setToolTip(bRuns ? tr("Stop the task; its present run ends first")
                               : tr("Run the flow again and again"));
     m_pcRun->setEnabled(!eJob);
@@ -228,7 +231,8 @@ void FlowPane::runHere()
     showBusyCursor();
     TaskInfo *pcTask = page()->task();
     pcTask->runHere();
-    emit ranHere(pcTask);
+    if (page()->task() == pcTask)
+        emit ranHere(pcTask);
     refresh();
 }
 

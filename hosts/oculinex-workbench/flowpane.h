@@ -2,6 +2,7 @@
 #define FLOWPANE_H
 
 #include <QHash>
+#include <QIcon>
 #include <QWidget>
 
 class Control;
@@ -55,7 +56,9 @@ private:
     QLabel *m_pcName;
     QPushButton *m_pcRun;
     QStackedWidget *m_pcPages;
-    QLabel *m_pcNote;                             ///< instead of a page
+    QLabel *m_pcNote; ///< instead of a page
+    const QIcon m_cRunIcon;
+    const QIcon m_cStopIcon;
     QHash<const QObject *, FlowPage *> m_mapPage; ///< by task
     QList<QAction *> m_lstAction;
     QAction *m_pcAdd;

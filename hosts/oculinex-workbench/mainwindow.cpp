@@ -20,14 +20,23 @@
 #include "OculinexQTStandAloneInQt.h"
 #include "flowpane.h"
 #include "icons.h"
+#include "logpane.h"
+#include "memorydiskdock.h"
+#include "storepane.h"
 #include "taskMgr/taskMgr.h"
 #include "tasklist.h"
+#include "viewpane.h"
 
 namespace
 {
 constexpr int TICK_MS = 250;
 constexpr int RECENT_FILES = 8;
+constexpr int VIEWS = 3;      ///< that a host can read
 constexpr int NOTE_MS = 6000; ///< for how long the status bar shows a note
+constexpr QSize DEFAULT_VIEW(640, 480);
+const QString KEY_WIDTH = QStringLiteral("width");
+const QString KEY_HEIGHT = QStringLiteral("height");
+const QString KEY_ZOOM = QStringLiteral("zoom");
 const QString KEY_GEOMETRY = QStringLiteral("geometry");
 const QString KEY_STATE = QStringLiteral("state");
 const QString KEY_RECENT = QStringLiteral("recent");
@@ -43,6 +52,11 @@ QString jobText(Control::Action eAction)
         return MainWindow::tr("Running %1 once…");
     }
     return {};
+}
+
+QString viewName(int nView)
+{
+    return QStringLiteral("view%1").arg(nView);
 }
 
 QString firstFile(const QMimeData *pcData)
@@ -67,6 +81,7 @@ MainWindow::MainWindow()
 
     connect(m_pcTasks, &TaskList::currentChanged, m_pcFlow, &FlowPane::setTask);
     connect(m_pcTasks, &TaskList::currentChanged, this, &MainWindow::enableActions);
+    connect(m_pcTasks, &TaskList::currentChanged, m_pcStore, &StorePane::clear);
     connect(&m_cDocument, &Document::stateChanged, this, &MainWindow::showState);
     connect(&m_cDocument, &Document::tasksChanged, this, &MainWindow::enableActions);
     connect(&m_cDocument, &Document::refused, this,
@@ -174,25 +189,72 @@ void MainWindow::makeActions()
 
 void MainWindow::makeDocks()
 {
-    const auto fnDock = [this](const QString &strTitle, const char *szName, QWidget *pcPane,
+    const auto fnDock = [this](const QString &strTitle, const QString &strName, QWidget *pcPane,
                                Qt::DockWidgetArea eArea) {
         auto *pcDock = new QDockWidget(strTitle, this);
-        pcDock->setObjectName(QLatin1String(szName));
+        pcDock->setObjectName(strName);
         pcDock->setWidget(pcPane);
         addDockWidget(eArea, pcDock);
         return pcDock;
     };
-    fnDock(tr("Tasks"), "tasksDock", m_pcTasks, Qt::LeftDockWidgetArea);
-    setCorner(Qt::BottomLeftCorner, Qt::LeftDockWidgetArea);
+    auto *pcTasks = fnDock(tr("Tasks"), QStringLiteral("tasksDock"), m_pcTasks, Qt::LeftDockWidgetArea);
+    QDockWidget *apcView[VIEWS];
+    for (int nView = 0; nView < VIEWS; ++nView) {
+        m_lstView.append(new ViewPane(nView));
+        apcView[nView] =
+            fnDock(tr("View %1").arg(nView), viewName(nView), m_lstView.constLast(), Qt::RightDockWidgetArea);
+        connect(m_lstView.constLast(), &ViewPane::settingsChanged, this, &MainWindow::keepViewSettings);
+    }
+    tabifyDockWidget(apcView[1], apcView[2]);
+    apcView[1]->raise();
+    auto *pcLogPane = new LogPane;
+    auto *pcLog = fnDock(tr("Log"), QStringLiteral("logDock"), pcLogPane, Qt::BottomDockWidgetArea);
+    connect(pcLogPane, &LogPane::failed, this,
+            [this](const QString &strText) { statusBar()->showMessage(strText.simplified(), NOTE_MS); });
+    m_pcStore = new StorePane;
+    auto *pcStore = fnDock(tr("Store"), QStringLiteral("storeDock"), m_pcStore, Qt::BottomDockWidgetArea);
+    auto *pcDisks = new MemoryDiskDock(this);
+    addDockWidget(Qt::BottomDockWidgetArea, pcDisks);
+    tabifyDockWidget(pcLog, pcStore);
+    tabifyDockWidget(pcStore, pcDisks);
+    pcLog->raise();
+    setTabPosition(Qt::AllDockWidgetAreas, QTabWidget::North);
     setCorner(Qt::BottomRightCorner, Qt::RightDockWidgetArea);
+    resizeDocks({pcTasks, apcView[0]}, {300, 420}, Qt::Horizontal);
+    resizeDocks({apcView[0], apcView[1], pcLog}, {320, 320, 200}, Qt::Vertical);
+    connect(m_pcFlow, &FlowPane::ranHere, this, [this, pcStore](TaskInfo *pcTask) {
+        m_pcStore->showStore(pcTask);
+        pcStore->show();
+        pcStore->raise();
+    });
 }
 
 void MainWindow::restoreLayout()
 {
     const QSettings cSettings;
     if (!restoreGeometry(cSettings.value(KEY_GEOMETRY).toByteArray()))
-        resize(1280, 760);
+        resize(1360, 820);
     restoreState(cSettings.value(KEY_STATE).toByteArray());
+}
+
+void MainWindow::applyViewSettings()
+{
+    for (int nView = 0; nView < VIEWS; ++nView) {
+        const QJsonObject cSide = m_cDocument.paneSide(viewName(nView));
+        m_lstView[nView]->setViewSize(
+            {cSide[KEY_WIDTH].toInt(DEFAULT_VIEW.width()), cSide[KEY_HEIGHT].toInt(DEFAULT_VIEW.height())});
+        m_lstView[nView]->setZoom(cSide[KEY_ZOOM].toDouble());
+    }
+}
+
+void MainWindow::keepViewSettings()
+{
+    for (int nView = 0; nView < VIEWS; ++nView) {
+        const QSize cSize = m_lstView[nView]->viewSize(); // empty: as large as the pane
+        m_cDocument.setPaneSide(viewName(nView), {{KEY_WIDTH, std::max(0, cSize.width())},
+                                                  {KEY_HEIGHT, std::max(0, cSize.height())},
+                                                  {KEY_ZOOM, m_lstView[nView]->zoom()}});
+    }
 }
 
 void MainWindow::showState()
@@ -232,7 +294,12 @@ void MainWindow::enableActions()
 void MainWindow::newFile()
 {
     if (mayLose())
-        afterStopping([this] { m_cDocument.makeNew(); }, false);
+        afterStopping(
+            [this] {
+                m_cDocument.makeNew();
+                applyViewSettings();
+            },
+            false);
 }
 
 void MainWindow::chooseFile()
@@ -259,6 +326,7 @@ void MainWindow::load(const QString &strPath)
         return;
     }
     noteRecent(m_cDocument.path());
+    applyViewSettings();
     m_pcTasks->setCurrent(0);
     if (!strWarning.isEmpty())
         QMessageBox::warning(

@@ -10,8 +10,9 @@
 #include "document.h"
 
 class FlowPane;
-class QProgressDialog;
+class StorePane;
 class TaskList;
+class ViewPane;
 
 /// The window of the workbench. The document and the library's tasks outlive its panes.
 class MainWindow : public QMainWindow
@@ -43,6 +44,8 @@ private:
                        const QString &strTip, Slot fnDo);
     void makeDocks();
     void restoreLayout();
+    void applyViewSettings();
+    void keepViewSettings();
     void showState();
     void refresh();
     void enableActions();
@@ -58,8 +61,7 @@ private:
     /// True when nothing is unsaved, or the user saved it or gave it up.
     bool mayLose();
     bool anyTaskWorks() const;
-    /// Stops all tasks without keeping the window from its events, then calls fnThen. The caption of the
-    /// way out: empty when the user may go back to the window.
+    /// Stops all tasks without keeping the window from its events, then calls fnThen.
     void afterStopping(const std::function<void()> &fnThen, bool bClosing);
 
     void undo();
@@ -75,6 +77,8 @@ private:
     Document m_cDocument;
     TaskList *m_pcTasks;
     FlowPane *m_pcFlow;
+    StorePane *m_pcStore = nullptr;
+    QList<ViewPane *> m_lstView;
     QMenu *m_pcRecent = nullptr;
     QAction *m_pcUndo = nullptr;
     QAction *m_pcRedo = nullptr;
