@@ -21,7 +21,7 @@ private slots:
 private:
     static PluginTable table(const QString &strID)
     {
-        return pluginTable(fileOfFunction(ArithmMgr::getInstance()->getArithm(strID)->m_fnExecute));
+        return algorithmTable(fileOfFunction(ArithmMgr::getInstance()->getArithm(strID)->m_fnExecute));
     }
     static PluginSetting setting(const PluginTable &cTable, const QString &strTag)
     {
@@ -37,7 +37,7 @@ void TestPluginTables::everyAlgorithm()
     int nTables = 0;
     for (const ArithmFactory::ArithmInfo &cInfo : qAsConst(*ArithmFactory::getInstance()->getArithms())) {
         const QString strFile = fileOfFunction(cInfo.m_pcArithm->m_fnExecute);
-        const PluginTable cTable = pluginTable(strFile);
+        const PluginTable cTable = algorithmTable(strFile);
         if (!strFile.endsWith(".so"))
             continue; // built in
         ++nTables;
@@ -93,9 +93,9 @@ void TestPluginTables::settings()
 void TestPluginTables::noTable()
 {
     QVERIFY(table("KQ_Drawing").isNull());
-    QVERIFY(pluginTable("").isNull());
-    QVERIFY(pluginTable("/no/such.so").isNull());
-    QVERIFY(pluginTable(OCULINEX_BINARY_DIR "/bin/DataSource/PictureFolder.so").isNull()); // not loaded
+    QVERIFY(algorithmTable("").isNull());
+    QVERIFY(algorithmTable("/no/such.so").isNull());
+    QVERIFY(dataSourceTable(OCULINEX_BINARY_DIR "/bin/DataSource/PictureFolder.so").isNull()); // not loaded
 }
 
 QTEST_GUILESS_MAIN(TestPluginTables)

@@ -102,7 +102,7 @@ const PluginTable &settingsTable(const QString &strArithmID)
     static std::map<QString, PluginTable> s_mapTable;
     const auto [itTable, bNew] = s_mapTable.try_emplace(strArithmID);
     if (const Arithm *pcArithm = bNew ? ArithmFactory::getInstance()->getArithm(strArithmID) : nullptr)
-        itTable->second = pluginTable(fileOfFunction(pcArithm->m_fnExecute));
+        itTable->second = algorithmTable(fileOfFunction(pcArithm->m_fnExecute));
     return itTable->second;
 }
 

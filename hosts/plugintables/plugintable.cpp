@@ -55,24 +55,15 @@ PluginSetting setting(const QJsonValue &cValue)
     cSetting.m_strWhenValue = cValue["when"]["value"].toString();
     return cSetting;
 }
-} // namespace
-
-QString fileOfFunction(const void *pvFunction)
-{
-    Dl_info cInfo = {};
-    if (!pvFunction || !dladdr(pvFunction, &cInfo) || !cInfo.dli_fname)
-        return {};
-    return QFile::decodeName(cInfo.dli_fname);
-}
-
-PluginTable pluginTable(const QString &strFile)
+/// The table that the exported function of that name returns.
+PluginTable exportedTable(const QString &strFile, const char *szFunction)
 {
     PluginTable cTable;
     void *pvPlugin = dlopen(QFile::encodeName(strFile).constData(), RTLD_NOW | RTLD_NOLOAD);
     if (!pvPlugin)
         return cTable;
-    using GetSettingsTable = const char *(*)();
-    const auto fnTable = reinterpret_cast<GetSettingsTable>(dlsym(pvPlugin, "getSettingsTable"));
+    using GetSettings = const char *(*)();
+    const auto fnTable = reinterpret_cast<GetSettings>(dlsym(pvPlugin, szFunction));
     // The search also looks into the libraries that the plug-in is linked with.
     if (fnTable &&
         QFileInfo(fileOfFunction(fnTable)).canonicalFilePath() == QFileInfo(strFile).canonicalFilePath()) {
@@ -86,4 +77,23 @@ PluginTable pluginTable(const QString &strFile)
     }
     dlclose(pvPlugin);
     return cTable;
+}
+} // namespace
+
+QString fileOfFunction(const void *pvFunction)
+{
+    Dl_info cInfo = {};
+    if (!pvFunction || !dladdr(pvFunction, &cInfo) || !cInfo.dli_fname)
+        return {};
+    return QFile::decodeName(cInfo.dli_fname);
+}
+
+PluginTable algorithmTable(const QString &strFile)
+{
+    return exportedTable(strFile, "getArithmSettings");
+}
+
+PluginTable dataSourceTable(const QString &strFile)
+{
+    return exportedTable(strFile, "getDataSourceSettings");
 }

@@ -64,8 +64,9 @@ QString fileOfFunction(Function *fnAny)
     return fileOfFunction(reinterpret_cast<const void *>(fnAny));
 }
 
-/// The table of a plug-in that is loaded in this process; a null one for any other file and for a
-/// plug-in that exports none. It is read anew with each call. Any thread.
-PluginTable pluginTable(const QString &strFile);
+/// The table of an algorithm or a data source whose plug-in is loaded in this process; a null one for
+/// any other file and for a plug-in that exports none. It is read anew with each call. Any thread.
+PluginTable algorithmTable(const QString &strFile);
+PluginTable dataSourceTable(const QString &strFile);
 
 #endif

@@ -28,7 +28,7 @@
     {                                                                                                        \
         return Class::ABOUT.m_szName;                                                                        \
     }                                                                                                        \
-    OCULINEX_PLUGIN_EXPORT const char *getSettingsTable()                                                    \
+    OCULINEX_PLUGIN_EXPORT const char *getArithmSettings()                                                   \
     {                                                                                                        \
         static const char *const s_szTable = Plugin::newSettingsTable(Plugin::ALGORITHM<Class>);             \
         return s_szTable;                                                                                    \

@@ -88,7 +88,7 @@ inline constexpr PluginDescription SOURCE{Class::ABOUT, Class::SETTINGS, std::si
         return cPicture.m_puchPixels;                                                                        \
     }                                                                                                        \
     OCULINEX_PLUGIN_EXPORT void releasePicture(int) {}                                                       \
-    OCULINEX_PLUGIN_EXPORT const char *getSettingsTable()                                                    \
+    OCULINEX_PLUGIN_EXPORT const char *getDataSourceSettings()                                               \
     {                                                                                                        \
         static const char *const s_szTable = Plugin::newSettingsTable(Plugin::SOURCE<Class>);                \
         return s_szTable;                                                                                    \

@@ -38,9 +38,9 @@ constexpr const char *settingKindName(SettingKind eKind)
     return NAMES[static_cast<size_t>(eKind)];
 }
 
-/// The plug-in's table as every plug-in exports it (getSettingsTable), for hosts: one JSON object in
-/// UTF-8. Initial values stand as in a config string, captions as {"zh": …, "en": …}; what a setting
-/// does not have is left out. The text is never freed.
+/// The plug-in's table as every plug-in exports it for hosts (getArithmSettings,
+/// getDataSourceSettings): one JSON object in UTF-8. Initial values stand as in a config string, captions as
+/// {"zh": …, "en": …}; what a setting does not have is left out. The text is never freed.
 const char *newSettingsTable(const PluginDescription &cPlugin);
 } // namespace Plugin
 
