@@ -72,17 +72,41 @@ for plugin in probe_algorithm probe_source; do
         fail "$plugin does not compile with the installed headers"
 done
 
-# The plug-ins of the guide, built and installed like anybody's.
-diff <(sed -n '/^```cpp/,/^```/{//!p}' "$source/docs/plugin-guide.md") "$source/examples/plugin-algorithm/invert.cpp" &&
-    diff <(sed -n '/^```cmake/,/^```/{//!p}' "$source/docs/plugin-guide.md") \
-        "$source/examples/plugin-algorithm/CMakeLists.txt" || fail "the guide shows another example than the tree has"
-for plugin in plugin-algorithm plugin-source; do
-    "$cmake" -G Ninja -S "$source/examples/$plugin" -B "$prefix/$plugin" -DCMAKE_PREFIX_PATH="$prefix" \
-        -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_INSTALL_LIBDIR="$libdir" >/dev/null
-    "$cmake" --build "$prefix/$plugin" >/dev/null
-    "$cmake" --install "$prefix/$plugin" --prefix "$prefix" >/dev/null
+# The plug-in of the guide, made to the letter: its files, then its commands, in an empty folder.
+export CXX=$compiler CMAKE_GENERATOR=Ninja
+guide=$prefix/guide
+mkdir "$guide"
+awk -v dir="$guide" '
+    /^```/ { out = inside ? "" : $0 == "```sh" ? dir "/commands" : name ? dir "/" name : "/dev/null"
+             inside = !inside; name = ""; next }
+    inside { print > out; next }
+    match($0, /`[A-Za-z.]+\.[a-z]+`[^`]*:$/) { name = substr($0, RSTART + 1); sub(/`.*/, "", name); next }
+    /./ { name = "" }' "$source/docs/plugin-guide.md"
+for file in "$source"/examples/plugin/algorithm/*; do
+    diff "$file" "$guide/$(basename "$file")" || fail "the guide shows another $file than the tree has"
 done
-sed 's/"Size"/"outputid"/' "$source/examples/plugin-source/gradient.cpp" >"$prefix/reserved.cpp"
+cp "$source/examples/pictures/rocket.jpg" "$guide/photo.jpg"
+sed -i "s|/opt/oculinex|$prefix|g" "$guide/commands"
+(cd "$guide" && bash -ex commands) >"$prefix/out" 2>&1 || fail "the guide's commands: $(cat "$prefix/out")"
+for file in photo-1-OutputID.png photo-2-OutputID.png view0.png; do
+    [ -s "$guide/$file" ] || fail "the guide's commands wrote no $file: $(cat "$prefix/out")"
+done
+
+# Installed hosts find the plug-ins that were installed after them.
+for plugin in plain source; do
+    { "$cmake" -S "$source/examples/plugin/$plugin" -B "$prefix/$plugin" -DCMAKE_PREFIX_PATH="$prefix" &&
+        "$cmake" --build "$prefix/$plugin" && "$cmake" --install "$prefix/$plugin" --prefix "$prefix"; } \
+        >"$prefix/out" 2>&1 || fail "examples/plugin/$plugin: $(cat "$prefix/out")"
+done
+run=$prefix/bin/oculinex-run
+"$run" --list | grep -q 'Gradient  *DataSource/Gradient.so' || fail "the data source is not found"
+"$run" --try ToGray --try Invert --try Invert --out "$guide" "$guide/photo.jpg" >/dev/null || fail "--try Invert"
+cmp "$guide/photo-1-OutputID.png" "$guide/photo-3-OutputID.png" || fail "what is inverted twice is not the same"
+"$run" --try Mean --config '<InputID>1</InputID><OutputID>9</OutputID>' --out "$guide" \
+    "$guide/photo-1-OutputID.png" "$guide/photo-2-OutputID.png" >"$prefix/out" || fail "--try Mean"
+awk '/print:mean/ { mean[++n] = $3 } END { exit !(n == 2 && mean[1] > 1 && mean[2] > mean[1]) }' "$prefix/out" ||
+    fail "the plain plug-in: $(cat "$prefix/out")"
+sed 's/"Size"/"outputid"/' "$source/examples/plugin/source/gradient.cpp" >"$prefix/reserved.cpp"
 if "$compiler" -std=c++17 -fPIC -fsyntax-only "${flags[@]}" "$prefix/reserved.cpp" 2>"$prefix/out"; then
     fail "a setting may use the tag outputid"
 fi
