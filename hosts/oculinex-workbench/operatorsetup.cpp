@@ -85,7 +85,8 @@ QList<OperatorPick> pickableNumbers(const QString &strArithmID, const QString &s
 {
     QList<OperatorPick> lstPick;
     const Arithm *const pcArithm = ArithmMgr::getInstance()->getArithm(strArithmID);
-    const PluginTable cTable = pcArithm ? pluginTable(fileOfFunction(pcArithm->m_fnExecute)) : PluginTable();
+    const PluginTable cTable =
+        pcArithm ? algorithmTable(fileOfFunction(pcArithm->m_fnExecute)) : PluginTable();
     for (const PluginSetting &cSetting : cTable.m_lstSetting) {
         const bool bReal = cSetting.m_eKind == Plugin::SettingKind::Real;
         if (!bReal && cSetting.m_eKind != Plugin::SettingKind::Integer)
