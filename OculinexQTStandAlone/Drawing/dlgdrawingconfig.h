@@ -16,10 +16,10 @@ class DlgDrawingConfig;
 
 /// Lets the user choose what a drawing step draws, and how.
 ///
-    /// The select button takes the current tab's row and settings; what is changed afterwards counts only
-    /// when it is pressed again. A parameter whose ID is 0 cannot be chosen. The store is read while the
-    /// dialog is made, and not after that.
-    class OCULINEXQTSTANDALONE_EXPORT DlgDrawingConfig : public QDialog
+/// The select button takes the current tab's row and settings; what is changed afterwards counts only
+/// when it is pressed again. A parameter whose ID is 0 cannot be chosen. The store is read while the
+/// dialog is made, and not after that.
+class OCULINEXQTSTANDALONE_EXPORT DlgDrawingConfig : public QDialog
 {
     Q_OBJECT
 
