@@ -143,6 +143,17 @@ private slots:
     {
         Store cStore;
         QString strBoxes;
+        QString strShown;
+        const auto fnGoToAreas = [](QWidget &cDialog) {
+            cDialog.findChild<QTabWidget *>()->setCurrentIndex(6);
+        };
+        DialogUser cNone({DialogUser::choose("tblPoints", 1), SELECT, fnGoToAreas, SELECT, look(strShown), OK,
+                          DialogUser::read(strBoxes), DialogUser::press("btnCancel")});
+        QCOMPARE(configure(QString(), &cStore), QString());
+        QCOMPARE(strShown, "6|-1||");
+        QVERIFY(cNone.isContent());
+
+        strBoxes.clear();
         DialogUser cUser({OK, DialogUser::read(strBoxes), SELECT, OK, DialogUser::read(strBoxes),
                           DialogUser::choose("tblPoints", 1), SELECT, DialogUser::choose("tblRGB", 1),
                           DialogUser::set("cbScaleModeRGB=1"), SELECT, DialogUser::set("cbScaleModeRGB=3"),
