@@ -66,9 +66,12 @@ void TestOculinexRunTry::chain()
     // Drawn over the picture, at its new size.
     const QImage cDrawn(cAreas["file"].toString());
     QCOMPARE(cAreas["file"].toString(), out("图 1-3-AreasID.png"));
+    QCOMPARE(cBlobs["allFile"].toString(), out("图 1-3-all.png"));
     QCOMPARE(cDrawn.size(), QSize(50, 40));
     QCOMPARE(cDrawn.pixelColor(14, 12), QColor(0, 255, 0));
     QCOMPARE(cDrawn.pixelColor(5, 5), QColor(10, 20, 60));
+    const QImage cAll(out("图 1-3-all.png"));
+    QVERIFY(cAll.pixelColor(14, 12) == QColor(0, 255, 0) && cAll != cDrawn); // with the text
 }
 
 void TestOculinexRunTry::inPlace_data()

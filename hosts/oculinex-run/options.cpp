@@ -22,7 +22,7 @@ const char *const DESCRIPTION =
     "file (Blur, Blur.so) or class/name, and may be followed by a --config of its own, a text or @FILE.\n"
     "They run in order on one store. An input without an ID gets the newest output of its kind, else\n"
     "the picture; an output without one gets a fresh ID. Outputs are written as PNG files,\n"
-    "PICTURE-TAG.png, lists drawn over the picture.\n"
+    "PICTURE-TAG.png, lists drawn over the picture; several lists also together, PICTURE-all.png.\n"
     "    oculinex-run --try ToGray --try Threshold --config '<Method>Otsu</Method>' photo.jpg\n"
     "\n"
     "Plug-ins are looked for beside the program in baseArithm, extArithm and DataSource; with\n"

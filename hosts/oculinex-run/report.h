@@ -76,6 +76,7 @@ struct TriedStep {
     qint64 m_nBestNs = 0;
     QStringList m_lstCommand; ///< "print:…", of the last run
     QList<TriedOutput> m_lstOutput;
+    QString m_strAllFile; ///< with all lists drawn into it, if there are several
 };
 
 /// The output of the program, as text for people or as JSON lines for programs. Positions of steps

@@ -179,6 +179,7 @@ void JsonReport::tried(const TriedStep &cStep)
     cObject["bestMs"] = milliseconds(cStep.m_nBestNs);
     cObject["commands"] = QJsonArray::fromStringList(cStep.m_lstCommand);
     cObject["outputs"] = cOutputs;
+    cObject["allFile"] = cStep.m_strAllFile;
     line(cObject);
 }
 

@@ -201,6 +201,8 @@ void TextReport::tried(const TriedStep &cStep)
         if (!cOutput.m_strFile.isEmpty())
             strText += "\n        " + cOutput.m_strFile;
     }
+    if (!cStep.m_strAllFile.isEmpty())
+        strText += "\n      all lists\n        " + cStep.m_strAllFile;
     line(stdout, strText);
 }
 

@@ -165,18 +165,25 @@ int describeList(ArithmParamMgr &cStore, ParamKind eKind, int nID, QStringList &
     }
 }
 
-QImage drawList(ArithmParamMgr &cStore, ParamKind eKind, int nID, const QImage &cPicture, int nWidth)
+bool isDrawn(ParamKind eKind)
+{
+    return drawingOf(eKind, 0, 0) != nullptr;
+}
+
+QImage drawLists(ArithmParamMgr &cStore, const QList<QPair<ParamKind, int>> &lstKey, const QImage &cPicture,
+                 int nWidth)
 {
     QImage cTarget =
         cPicture.scaledToWidth(nWidth, Qt::SmoothTransformation).convertToFormat(QImage::Format_RGB888);
-    const auto pcDrawing = drawingOf(eKind, nID, cTarget.height());
-    if (!pcDrawing || cTarget.isNull())
-        return {};
-    Drawing::setViewScaleOpt(pcDrawing->getViewID(),
-                             {{static_cast<float>(cPicture.width()) / static_cast<float>(nWidth),
-                               static_cast<float>(cPicture.height()) / static_cast<float>(cTarget.height())},
-                              {0, 0}});
     cTarget.setColorSpace({}); // what is drawn does not belong to the photograph's
-    pcDrawing->draw(&cTarget, &cStore);
+    const Drawing::ViewScaleOpt cScale{
+        {static_cast<float>(cPicture.width()) / static_cast<float>(cTarget.width()),
+         static_cast<float>(cPicture.height()) / static_cast<float>(cTarget.height())},
+        {0, 0}};
+    for (const auto &[eKind, nID] : lstKey) {
+        const auto pcDrawing = drawingOf(eKind, nID, cTarget.height());
+        Drawing::setViewScaleOpt(pcDrawing->getViewID(), cScale);
+        pcDrawing->draw(&cTarget, &cStore);
+    }
     return cTarget;
 }

@@ -16,8 +16,10 @@ QImage pictureOf(ArithmParamMgr &cStore, ParamKind eKind, int nID);
 
 /// The number of a list's elements; the first ones come back as texts.
 int describeList(ArithmParamMgr &cStore, ParamKind eKind, int nID, QStringList &lstFirst);
-/// The list as the library draws it over a picture that is made nWidth pixels wide. A null one for
-/// lists that are never drawn, as those of numbers.
-QImage drawList(ArithmParamMgr &cStore, ParamKind eKind, int nID, const QImage &cPicture, int nWidth);
+/// False for lists that are never drawn, as those of numbers.
+bool isDrawn(ParamKind eKind);
+/// Lists as the library draws them, over a picture that is made nWidth pixels wide.
+QImage drawLists(ArithmParamMgr &cStore, const QList<QPair<ParamKind, int>> &lstKey, const QImage &cPicture,
+                 int nWidth);
 
 #endif

@@ -231,53 +231,68 @@ bool Tryout::report(const QString &strFile, const QImage &cPicture, int nStep, c
     cTried.m_nBestNs = cStep.m_lstNs.front();
 
     QStringList lstError;
+    const auto fnSave = [&](const QImage &cImage, const QString &strTag) {
+        QString strWritten;
+        if (const QString strError = save(cImage, nStep, strTag, strWritten); !strError.isEmpty())
+            lstError += strError;
+        return strWritten;
+    };
+    QList<Key> lstDrawn;
     for (const StoreAccess &cAccess : qAsConst(cStep.m_lstWrite)) {
         TriedOutput cOutput;
         cOutput.m_strTag = cAccess.m_strTag;
         cOutput.m_eKind = cAccess.m_eKind;
         cOutput.m_nID = cAccess.m_nID;
-        if (const QString strError = write(cPicture, nStep, cOutput); !strError.isEmpty())
-            lstError += strError;
+        if (Plugin::isPicture(cOutput.m_eKind)) {
+            QImage cImage = pictureOf(*m_pcStore, cOutput.m_eKind, cOutput.m_nID);
+            cOutput.m_cSize = cImage.size();
+            if (widthOf(cImage) < cImage.width())
+                cImage = cImage.scaledToWidth(widthOf(cImage), Qt::SmoothTransformation);
+            cOutput.m_strFile = cImage.isNull() ? QString() : fnSave(cImage, cOutput.m_strTag);
+        } else {
+            cOutput.m_nCount = describeList(*m_pcStore, cOutput.m_eKind, cOutput.m_nID, cOutput.m_lstText);
+            if (isDrawn(cOutput.m_eKind)) {
+                const Key cKey(cOutput.m_eKind, cOutput.m_nID);
+                lstDrawn += cKey;
+                cOutput.m_strFile = fnSave(draw({cKey}, cPicture, cStep), cOutput.m_strTag);
+            }
+        }
         cTried.m_lstOutput += cOutput;
     }
+    if (lstDrawn.size() > 1)
+        cTried.m_strAllFile = fnSave(draw(lstDrawn, cPicture, cStep), "all");
     m_cReport.tried(cTried);
     for (const QString &strError : qAsConst(lstError))
         m_cReport.failed(-1, strError);
     return lstError.isEmpty();
 }
 
-QString Tryout::write(const QImage &cPicture, int nStep, TriedOutput &cOutput)
+int Tryout::widthOf(const QImage &cImage) const
 {
-    const auto fnWidth = [this](const QImage &cImage) {
-        return m_cOptions.m_nMaxWidth > 0 ? std::min(m_cOptions.m_nMaxWidth, cImage.width()) : cImage.width();
-    };
-    QImage cImage;
-    if (Plugin::isPicture(cOutput.m_eKind)) {
-        cImage = pictureOf(*m_pcStore, cOutput.m_eKind, cOutput.m_nID);
-        cOutput.m_cSize = cImage.size();
-        if (!cImage.isNull() && fnWidth(cImage) < cImage.width())
-            cImage = cImage.scaledToWidth(fnWidth(cImage), Qt::SmoothTransformation);
-    } else {
-        cOutput.m_nCount = describeList(*m_pcStore, cOutput.m_eKind, cOutput.m_nID, cOutput.m_lstText);
-        // What was found is best seen in the photograph, unless the step saw a picture of another size.
-        const Step &cStep = m_lstStep[static_cast<size_t>(nStep)];
-        QImage cBelow = cPicture;
-        if (!cStep.m_lstRead.isEmpty()) {
-            const auto &[eKind, nID] = cStep.m_lstRead.first();
-            const QImage cInput = pictureOf(*m_pcStore, eKind, nID);
-            if (!cInput.isNull() && cInput.size() != cPicture.size())
-                cBelow = cInput;
-        }
-        cImage = drawList(*m_pcStore, cOutput.m_eKind, cOutput.m_nID, cBelow, fnWidth(cBelow));
+    return m_cOptions.m_nMaxWidth > 0 ? std::min(m_cOptions.m_nMaxWidth, cImage.width()) : cImage.width();
+}
+
+QImage Tryout::draw(const QList<Key> &lstKey, const QImage &cPicture, const Step &cStep) const
+{
+    // What was found is best seen in the photograph, unless the step saw a picture of another size.
+    QImage cBelow = cPicture;
+    if (!cStep.m_lstRead.isEmpty()) {
+        const auto &[eKind, nID] = cStep.m_lstRead.first();
+        const QImage cInput = pictureOf(*m_pcStore, eKind, nID);
+        if (!cInput.isNull() && cInput.size() != cPicture.size())
+            cBelow = cInput;
     }
-    if (cImage.isNull())
-        return {};
+    return drawLists(*m_pcStore, lstKey, cBelow, widthOf(cBelow));
+}
+
+QString Tryout::save(const QImage &cImage, int nStep, const QString &strTag, QString &strFile) const
+{
     const QString strStep = m_lstStep.size() > 1 ? QString("-%1").arg(nStep + 1) : QString();
-    const QString strName =
-        QDir(m_cOptions.m_strOut).filePath(m_strPrefix + strStep + '-' + cOutput.m_strTag + ".png");
-    QImageWriter cWriter(strName, "png");
-    if (!cWriter.write(cImage))
-        return strName + ": " + cWriter.errorString();
-    cOutput.m_strFile = strName;
-    return {};
+    strFile = QDir(m_cOptions.m_strOut).filePath(m_strPrefix + strStep + '-' + strTag + ".png");
+    QImageWriter cWriter(strFile, "png");
+    if (cWriter.write(cImage))
+        return {};
+    const QString strError = strFile + ": " + cWriter.errorString();
+    strFile.clear();
+    return strError;
 }

@@ -42,8 +42,8 @@ private:
         QString m_strConfig;
         bool m_bKnown = false;         ///< what it reads and writes
         QList<StoreAccess> m_lstWrite; ///< of one about which nothing is known: found by the first run
-        QList<Key> m_lstRead;
-        std::vector<qint64> m_lstNs; ///< of each run with the picture at hand
+        QList<Key> m_lstRead;          ///< pictures
+        std::vector<qint64> m_lstNs;   ///< of each run with the picture at hand
     };
 
     QString prepare(Step &cStep);
@@ -53,8 +53,10 @@ private:
     /// One run of all algorithms; reports them if it is the last one.
     bool runOnce(const QString &strFile, const QImage &cPicture, bool bFirst, bool bLast);
     bool report(const QString &strFile, const QImage &cPicture, int nStep, const QStringList &lstCommand);
-    /// Writes an output into its file, whose name comes back; an error text, empty when all is well.
-    QString write(const QImage &cPicture, int nStep, TriedOutput &cOutput);
+    int widthOf(const QImage &cImage) const; ///< when it is written
+    QImage draw(const QList<Key> &lstKey, const QImage &cPicture, const Step &cStep) const;
+    /// The name of the file comes back, empty when there is none; an error text, empty when all is well.
+    QString save(const QImage &cImage, int nStep, const QString &strTag, QString &strFile) const;
 
     const Options &m_cOptions;
     Report &m_cReport;
