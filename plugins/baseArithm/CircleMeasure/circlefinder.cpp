@@ -146,7 +146,7 @@ double CircleFinder::bestRadius(cv::Point cCentre, const Wanted &cWanted)
                             : cWanted.m_ePolarity == BRIGHT ? fAlong
                                                             : -fAlong;
         if (fFits >= ALIGNED * fRadius)
-            m_lstHits[static_cast<size_t>(fRadius + 0.5F)] += 1;
+            m_lstHits[static_cast<size_t>(std::lround(fRadius))] += 1;
     }
     int nBest = nFrom;
     float fBest = 0;

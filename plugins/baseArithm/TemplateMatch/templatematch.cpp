@@ -178,8 +178,8 @@ private:
         const std::string strPath(cStep[FILE_PATH]);
         if (bFile && strPath.empty())
             throw Plugin::Error("No template file is chosen.");
-        const cv::Mat cTemplate = bFile ? m_cFiles.read(strPath, cStep.kind(INPUT) == Plugin::Kind::DIB)
-                                        : Plugin::input(cStep, TEMPLATE);
+        cv::Mat cTemplate = bFile ? m_cFiles.read(strPath, cStep.kind(INPUT) == Plugin::Kind::DIB)
+                                  : Plugin::input(cStep, TEMPLATE);
         cv::Scalar cMean;
         cv::Scalar cDeviation;
         cv::meanStdDev(cTemplate, cMean, cDeviation);
