@@ -122,7 +122,7 @@ void TestOculinexRunTry::unknownSettings()
     const QJsonObject cObject = objects(cOutcome.m_strOut).value(0);
     QCOMPARE(cObject["commands"].toArray(), QJsonArray{"print:x"});
     QStringList lstTag;
-    for (const QJsonValue &cOutput : cObject["outputs"].toArray())
+    for (const QJsonValue cOutput : cObject["outputs"].toArray())
         lstTag += cOutput["tag"].toString();
     QVERIFY2(lstTag.contains("Strings-5"), qPrintable(lstTag.join(' ')));
     QVERIFY(!lstTag.contains("RGB-1"));

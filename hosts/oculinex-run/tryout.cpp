@@ -292,7 +292,7 @@ QString Tryout::save(const QImage &cImage, int nStep, const QString &strTag, QSt
     QImageWriter cWriter(strFile, "png");
     if (cWriter.write(cImage))
         return {};
-    const QString strError = strFile + ": " + cWriter.errorString();
+    QString strError = strFile + ": " + cWriter.errorString();
     strFile.clear();
     return strError;
 }

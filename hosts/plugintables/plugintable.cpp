@@ -42,10 +42,10 @@ PluginSetting setting(const QJsonValue &cValue)
     cSetting.m_dMin = cValue["min"].toDouble(-std::numeric_limits<double>::infinity());
     cSetting.m_dMax = cValue["max"].toDouble(std::numeric_limits<double>::infinity());
     cSetting.m_bOdd = cValue["odd"].toBool();
-    for (const QJsonValue &cOption : cValue["options"].toArray())
+    for (const QJsonValue cOption : cValue["options"].toArray())
         cSetting.m_lstOption += {cOption["value"].toString(), caption(cOption["caption"])};
     cSetting.m_strFilter = cValue["filter"].toString();
-    for (const QJsonValue &cKind : cValue["kinds"].toArray())
+    for (const QJsonValue cKind : cValue["kinds"].toArray())
         cSetting.m_lstKind += named(cKind.toString(), Kind::Bools, Plugin::kindName, Kind::DIB);
     cSetting.m_strTypeTag = cValue["typeTag"].toString();
     cSetting.m_strPrefix = cValue["prefix"].toString();
@@ -72,7 +72,7 @@ PluginTable exportedTable(const QString &strFile, const char *szFunction)
         cTable.m_strClass = cObject["class"].toString();
         cTable.m_strName = cObject["name"].toString();
         cTable.m_cHelp = caption(cObject["help"]);
-        for (const QJsonValue &cSetting : cObject["settings"].toArray())
+        for (const QJsonValue cSetting : cObject["settings"].toArray())
             cTable.m_lstSetting += setting(cSetting);
     }
     dlclose(pvPlugin);
