@@ -30,7 +30,7 @@ report "$(git diff --name-only --diff-filter=d "$base" HEAD -- '*.cpp' |
 begin "that each header stands alone"
 flags=(-std=c++17 -fPIC -fsyntax-only -x c++
     '-DOCULINEX_BINARY_DIR=""' '-DOCULINEX_SOURCE_DIR=""' # the tests' own, from CMake
-    -IArithmParamMgr -IOculinexQTStandAlone -Iplugins
+    -IArithmParamMgr -IOculinexQTStandAlone -Iplugins -Ihosts
     -Ibuild/debug/ArithmParamMgr -Ibuild/debug/OculinexQTStandAlone
     -Ibuild/debug/OculinexQTStandAlone/OculinexQTStandAlone_autogen/include)
 read -ra packages < <(pkg-config --cflags Qt5Widgets Qt5Test opencv4)
@@ -43,7 +43,7 @@ report "$(printf '%s\n' "${headers[@]}" |
 includes() {
     git grep -nE '^#include "' -- '*.h' '*.cpp' | sed -E 's/^([^:]+):[0-9]+:#include "([^"]+)".*/\1 \2/' |
         while read -r file name; do
-            for folder in "$(dirname "$file")" OculinexQTStandAlone ArithmParamMgr plugins; do
+            for folder in "$(dirname "$file")" OculinexQTStandAlone ArithmParamMgr plugins hosts; do
                 [ -f "$folder/$name" ] && { echo "$file $folder/$name"; break; }
             done
         done

@@ -4,7 +4,6 @@
 #include <condition_variable>
 #include <mutex>
 
-#include <QAbstractScrollArea>
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
@@ -14,11 +13,9 @@
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
-#include <QRawFont>
 #include <QSlider>
 #include <QSpinBox>
 #include <QTest>
-#include <QTextDocumentFragment>
 #include <QTimer>
 #include <QToolButton>
 
@@ -28,6 +25,7 @@
 #include "sdk/window/pictureview.h"
 #include "sdk/window/settingswindow.h"
 #include "sdk/window/showsettings.h"
+#include "tidy.h"
 
 namespace
 {
@@ -167,37 +165,6 @@ QString show(const Plugin::PluginDescription &cPlugin, const QString &strConfig,
 }
 
 /// Nothing is cut off or overlaps, and the font has every character.
-void checkTidy(QWidget *pcWindow)
-{
-    QList<QWidget *> lstVisible;
-    for (QWidget *pcWidget : pcWindow->findChildren<QWidget *>())
-        if (!pcWidget->visibleRegion().isEmpty() && !pcWidget->objectName().startsWith("qt_") &&
-            (qobject_cast<QLabel *>(pcWidget) || pcWidget->focusPolicy() != Qt::NoFocus))
-            lstVisible << pcWidget;
-    QVERIFY(lstVisible.size() > 3);
-    for (const QWidget *pcWidget : lstVisible) {
-        const auto *pcLabel = qobject_cast<const QLabel *>(pcWidget);
-        // A line of text scrolls.
-        if (!(pcLabel && pcLabel->wordWrap()) && !qobject_cast<const QAbstractScrollArea *>(pcWidget) &&
-            !qobject_cast<const QLineEdit *>(pcWidget) && pcWidget->objectName() != QLatin1String("view"))
-            QVERIFY2(pcWidget->width() >= pcWidget->sizeHint().width(), qPrintable(pcWidget->objectName()));
-        const QRegion cPlace = pcWidget->visibleRegion().translated(pcWidget->mapTo(pcWindow, {0, 0}));
-        for (const QWidget *pcOther : lstVisible) {
-            const QRegion cOther = pcOther->visibleRegion().translated(pcOther->mapTo(pcWindow, {0, 0}));
-            QVERIFY2(pcOther == pcWidget || pcOther->isAncestorOf(pcWidget) ||
-                         pcWidget->isAncestorOf(pcOther) || !cPlace.intersects(cOther),
-                     qPrintable(pcWidget->objectName() + ' ' + pcOther->objectName()));
-        }
-        if (!pcLabel)
-            continue;
-        const QRawFont cLatin = QRawFont::fromFont(pcLabel->font());
-        const QRawFont cHan = QRawFont::fromFont(pcLabel->font(), QFontDatabase::SimplifiedChinese);
-        for (const QChar ch : QTextDocumentFragment::fromHtml(pcLabel->text()).toPlainText())
-            QVERIFY2(ch.isSpace() || cLatin.supportsCharacter(ch) || cHan.supportsCharacter(ch),
-                     qPrintable(pcLabel->text()));
-    }
-}
-
 const QString WHOLE = QStringLiteral(
     "<InputID>3</InputID><InputType>Gray8</InputType><Method>Fixed</Method><Level>40</Level><Block>7</Block>"
     "<Largest>2147483647</Largest><Sigma>0.125</Sigma><Print>1</Print><Label>24 a &lt; b</Label>"
@@ -495,7 +462,7 @@ void TstSdkWindow::keysGoDownTheWindow()
         }
         widget<QWidget>(pcWindow, "Level")->setFocus();
         QTRY_VERIFY(widget<QLabel>(pcWindow, "lblHelp")->text().contains("Help for the level"));
-        checkTidy(pcWindow);
+        QCOMPARE(Tidy::fault(pcWindow), QString());
         click(pcWindow, "btnCancel");
     });
 }
@@ -535,7 +502,7 @@ void TstSdkWindow::windowsOfThePlugins()
             // A class of the plug-in's own.
             auto *pcWindow = qobject_cast<QDialog *>(QApplication::activeModalWidget());
             QVERIFY(pcWindow);
-            checkTidy(pcWindow);
+            QCOMPARE(Tidy::fault(pcWindow), QString());
             click(pcWindow, szButton);
             QVERIFY(!pcWindow->isVisible());
         });

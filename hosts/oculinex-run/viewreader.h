@@ -10,7 +10,7 @@
 
 #include "options.h"
 #include "picturewriter.h"
-#include "viewprogress.h"
+#include "common/viewprogress.h"
 
 /// Reads views while the tasks run and hands every complete update to the writer.
 ///

@@ -78,6 +78,7 @@ void DlgOperator::fillSteps(const OperatorSetup &cSetup)
             continue;
         m_pcTask->addItem(pcTask->getName(), nTask);
         auto *const pcTaskRow = new QTreeWidgetItem(m_pcSteps, {pcTask->getName()});
+        pcTaskRow->setFirstColumnSpanned(true);
         const QList<TaskItem> &lstStep = pcTask->getTaskItem();
         for (int nStep = 0; nStep < lstStep.size(); ++nStep) {
             const TaskItem &cStep = lstStep[nStep];
@@ -87,11 +88,13 @@ void DlgOperator::fillSteps(const OperatorSetup &cSetup)
                     lstChosen = cPicked.m_lstPick;
             QTreeWidgetItem *pcStepRow = nullptr;
             for (const OperatorPick &cOffered : pickableNumbers(cStep.m_strArithmID, cStep.m_strOptionStr)) {
-                if (!pcStepRow)
-                    pcStepRow = new QTreeWidgetItem(
-                        pcTaskRow,
-                        {QStringLiteral("%1  %2").arg(nStep + 1).arg(
-                            cStep.m_strDescribe.isEmpty() ? cStep.m_strArithmName : cStep.m_strDescribe)});
+                if (!pcStepRow) {
+                    const QString &strStep =
+                        cStep.m_strDescribe.isEmpty() ? cStep.m_strArithmName : cStep.m_strDescribe;
+                    pcStepRow = new QTreeWidgetItem(pcTaskRow,
+                                                    {QStringLiteral("%1  %2").arg(nStep + 1).arg(strStep)});
+                    pcStepRow->setFirstColumnSpanned(true);
+                }
                 const auto itChosen =
                     std::find_if(lstChosen.begin(), lstChosen.end(), [&](const OperatorPick &cPick) {
                         return cPick.m_strTag.compare(cOffered.m_strTag, Qt::CaseInsensitive) == 0;
@@ -111,7 +114,8 @@ void DlgOperator::fillSteps(const OperatorSetup &cSetup)
         }
     }
     m_pcSteps->expandAll();
-    for (int nColumn = 0; nColumn < ColumnNum; ++nColumn)
+    m_pcSteps->setColumnWidth(Setting, fontMetrics().averageCharWidth() * 30);
+    for (int nColumn = Name; nColumn < ColumnNum; ++nColumn)
         m_pcSteps->resizeColumnToContents(nColumn);
     // The tag and the value are only shown.
     m_pcSteps->setEditTriggers(QAbstractItemView::NoEditTriggers);

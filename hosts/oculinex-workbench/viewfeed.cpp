@@ -4,6 +4,7 @@
 #include <atomic>
 #include <chrono>
 #include <cstring>
+#include <iterator>
 
 #include <QElapsedTimer>
 
@@ -14,36 +15,38 @@ namespace
 {
 constexpr std::chrono::milliseconds TICK(33);
 constexpr std::chrono::milliseconds POLL(4);
-constexpr int DRAWINGS_A_TICK = 10;
 /// A run that draws for longer is shown as it grows, in ms.
 constexpr qint64 PATIENCE = 500;
 /// How often it is looked which tasks draw into the view, in ms.
 constexpr int DRAWERS_INTERVAL = 200;
 
+/// What waited in a view, oldest first.
 struct Waiting {
-    bool m_bFull = false;
-    bool m_bWipes = false; ///< the next drawing clears the view first
+    ViewFeed::Drawings m_lstDrawing;
+    bool m_bFull = false; ///< older ones may have been lost
 };
 
-/// What waits in a view, without taking it.
-Waiting lookAt(int nView)
+/// Takes all at one moment: a task that draws meanwhile waits, but only for that.
+Waiting takeAll(int nView)
 {
     Waiting cWaiting;
     GlobalFunction *const pcViews = GlobalFunction::getInstance();
     GlobalFunction::ViewDrawOption *const pcCanvas = pcViews->requestViewDrawOption(nView);
     if (!pcCanvas)
         return cWaiting;
-    {
-        const QGuard cGuard(pcCanvas->m_cMutex);
-        cWaiting.m_bFull = pcCanvas->m_nDOPos >= GlobalFunction::ViewDrawOption::QUEUE_LENGTH;
-        if (pcCanvas->m_nDOPos > 0) {
-            const Drawing::DrawingOpt *const pcNext = pcCanvas->m_apcDO[0];
-            const auto *const pcGrey = dynamic_cast<const Drawing::GrayDrawingOpt *>(pcNext);
-            cWaiting.m_bWipes = pcGrey ? pcGrey->getDrawMode() == 0 : pcNext->getDataType() == 0;
-        }
-    }
+    cWaiting.m_lstDrawing.reserve(GlobalFunction::ViewDrawOption::QUEUE_LENGTH);
+    while (Drawing::DrawingOpt *const pcDrawing = pcCanvas->popDrawingOpt())
+        cWaiting.m_lstDrawing.emplace_back(pcDrawing);
+    cWaiting.m_bFull = cWaiting.m_lstDrawing.size() >= GlobalFunction::ViewDrawOption::QUEUE_LENGTH;
     pcViews->releaseViewDrawOption(nView, pcCanvas);
     return cWaiting;
+}
+
+/// Whether a drawing clears the view first.
+bool wipes(const ViewFeed::Drawings::value_type &pcDrawing)
+{
+    const auto *const pcGrey = dynamic_cast<const Drawing::GrayDrawingOpt *>(pcDrawing.get());
+    return pcGrey ? pcGrey->getDrawMode() == 0 : pcDrawing->getDataType() == 0;
 }
 
 qint64 now()
@@ -112,15 +115,14 @@ void ViewFeed::work()
     }
 }
 
-/// Reads for at most one tick; whether the tick's drawings are used up or a picture was handed over.
+/// Reads until a picture was handed over, for at most one tick; whether one was.
 bool ViewFeed::readTick()
 {
     adoptSize();
-    m_bTorn |= lookAt(m_nView).m_bFull;
-    const qint64 nEnd = now() + TICK.count();
-    int nBudget = DRAWINGS_A_TICK;
-    while (nBudget > 0 && now() < nEnd) {
-        if (draw(nBudget) || (m_bDrawn && now() - m_nFirstDrawn > PATIENCE)) {
+    for (const qint64 nEnd = now() + TICK.count(); now() < nEnd;) {
+        if (draw())
+            return true;
+        if (m_bDrawn && now() - m_nFirstDrawn > PATIENCE) {
             handOver();
             return true;
         }
@@ -128,11 +130,12 @@ bool ViewFeed::readTick()
         if (m_cStopped.wait_for(cLock, POLL, [this] { return m_bStop; }))
             return false;
     }
-    return nBudget == 0;
+    return false;
 }
 
-/// Draws what waits; whether the picture then shows whole runs.
-bool ViewFeed::draw(int &nBudget)
+/// Draws what waits, but for what the next picture wipes before anybody sees it; whether a picture was
+/// handed over.
+bool ViewFeed::draw()
 {
     ViewProgress cProgress;
     {
@@ -140,21 +143,49 @@ bool ViewFeed::draw(int &nBudget)
         cProgress = m_cProgress;
     }
     const ViewProgress::Moment cBefore = cProgress.now();
-    int nMore = 1;
-    while (nMore == 1 && nBudget > 0) {
-        const bool bWipes = lookAt(m_nView).m_bWipes;
-        if (bWipes && m_bDrawn && !m_bTorn)
-            return true;
-        nMore = getDrawingWindow(m_nView, m_cBack.bits(), m_cBack.width(), m_cBack.height());
-        if (nMore < 0)
-            break;
-        --nBudget;
-        if (!m_bDrawn)
-            m_nFirstDrawn = now();
-        m_bDrawn = true;
-        m_bTorn &= !bWipes;
+    const Waiting cWaiting = takeAll(m_nView);
+    const bool bBetweenRuns = cBefore.isSameGap(cProgress.now());
+    m_bTorn |= cWaiting.m_bFull;
+
+    const auto &lstDrawing = cWaiting.m_lstDrawing;
+    auto itDrawing = lstDrawing.begin();
+    const auto itLast = std::find_if(lstDrawing.rbegin(), lstDrawing.rend(), wipes);
+    bool bShown = false;
+    if (itLast != lstDrawing.rend()) {
+        const auto itWipe = std::prev(itLast.base());
+        if (!bBetweenRuns) {
+            // What stands before the last picture is a whole run, while that of the picture still grows.
+            const auto itBefore = std::find_if(std::next(itLast), lstDrawing.rend(), wipes);
+            if (itBefore != lstDrawing.rend()) {
+                itDrawing = std::prev(itBefore.base());
+                m_bTorn = false;
+            }
+            bShown = !m_bTorn && (m_bDrawn || itDrawing != itWipe);
+            if (bShown) {
+                paint(itDrawing, itWipe);
+                handOver();
+            }
+        }
+        itDrawing = itWipe;
+        m_bDrawn = m_bTorn = false;
     }
-    return m_bDrawn && nMore != 1 && cBefore.isSameGap(cProgress.now());
+    paint(itDrawing, lstDrawing.end());
+    if (bBetweenRuns && m_bDrawn) {
+        handOver();
+        bShown = true;
+    }
+    return bShown;
+}
+
+void ViewFeed::paint(Drawings::const_iterator itFirst, Drawings::const_iterator itEnd)
+{
+    if (itFirst == itEnd)
+        return;
+    if (!m_bDrawn)
+        m_nFirstDrawn = now();
+    m_bDrawn = true;
+    for (; itFirst != itEnd; ++itFirst)
+        (*itFirst)->draw(&m_cBack, (*itFirst)->m_pcAPM);
 }
 
 void ViewFeed::adoptSize()

@@ -2,22 +2,25 @@
 #define VIEWFEED_H
 
 #include <condition_variable>
+#include <memory>
 #include <mutex>
 #include <thread>
+#include <vector>
 
 #include <QImage>
 #include <QObject>
 #include <QTimer>
 
-#include "viewprogress.h"
+#include "Drawing/drawing.h"
+#include "common/viewprogress.h"
 
 /// Reads one view on a thread of its own and tells when there is a new picture to show.
 ///
 /// It draws into a picture that nobody sees and hands out copies, each of which shows whole runs: a
 /// copy is taken before the next picture wipes the view, and when nothing waits while the tasks that
-/// draw into the view are between runs. Only a run that takes its time is shown as it grows. At most ten
-/// drawings a tick are taken, 30 ticks a second; drawings that a busy view has lost meanwhile leave
-/// no trace in what is shown.
+/// draw into the view are between runs. Only a run that takes its time is shown as it grows. There are at
+/// most 30 pictures a second; what a faster task draws meanwhile is taken but not painted, and what a
+/// full view has lost leaves no trace in what is shown.
 ///
 /// Threads: belongs to the GUI thread, on which flows are edited.
 class ViewFeed : public QObject
@@ -25,6 +28,7 @@ class ViewFeed : public QObject
     Q_OBJECT
 
 public:
+    using Drawings = std::vector<std::unique_ptr<Drawing::DrawingOpt>>;
     struct Frame {
         QImage m_cPicture; ///< RGB888, null while there is none
         QImage m_cShrunk;  ///< the same at the size that was asked for; null when none was
@@ -46,7 +50,8 @@ signals:
 private:
     void work();
     bool readTick();
-    bool draw(int &nBudget);
+    bool draw();
+    void paint(Drawings::const_iterator itFirst, Drawings::const_iterator itEnd);
     void adoptSize();
     void handOver();
 

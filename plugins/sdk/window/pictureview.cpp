@@ -209,11 +209,12 @@ double PictureView::fittedZoom(const QSize &cSize) const
     return std::min({1.0 * width() / cSize.width(), 1.0 * height() / cSize.height(), MAX_ZOOM});
 }
 
-/// A picture smaller than the widget stands in the middle, a larger one leaves no gap.
+/// A picture smaller than the widget stands in the middle, a larger one leaves no gap. It begins with a
+/// whole pixel of the widget, so that 1:1 is exact.
 void PictureView::keepInSight()
 {
     const auto fnPlace = [](double dOrigin, double dSpace) {
-        return dSpace >= 0 ? dSpace / 2 : std::clamp(dOrigin, dSpace, 0.0);
+        return std::floor(dSpace >= 0 ? dSpace / 2 : std::clamp(dOrigin, dSpace, 0.0));
     };
     m_cOrigin = {fnPlace(m_cOrigin.x(), width() - m_cPicture.width() * m_dZoom),
                  fnPlace(m_cOrigin.y(), height() - m_cPicture.height() * m_dZoom)};

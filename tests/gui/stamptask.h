@@ -1,0 +1,85 @@
+#ifndef STAMPTASK_H
+#define STAMPTASK_H
+
+#include <atomic>
+#include <cstring>
+#include <thread>
+
+#include <QSize>
+
+#include "arithmMgr/arithmregister.h"
+#include "arithmMgr/arithms.h"
+#include "arithmparammgr.h"
+#include "taskfixture.h"
+
+/// Tasks whose drawings tell which run they come from. A step stamps two pictures with the number of
+/// its run: a colour one whose right half is black, and a grey one whose left half is transparent,
+/// which is drawn over it. Only a view that shows one whole run has the same number on both sides.
+namespace Stamp
+{
+constexpr int LEVELS = 250;
+
+/// Config: "width,height".
+inline char *stamp(char *pchConfig, ArithmParamMgr *pcStore)
+{
+    const QStringList lstSize = QString::fromUtf8(pchConfig).split(',');
+    const int nWidth = lstSize[0].toInt();
+    const int nHeight = lstSize[1].toInt();
+    ParamDIB &cColour = *pcStore->getParamDIB(1);
+    ParamGray8 &cGrey = *pcStore->getParamGray8(2);
+    cColour.resize(nWidth, nHeight);
+    cGrey.resize(nWidth, nHeight);
+    static std::atomic<int> s_nRun{0};
+    const int nLevel = 1 + s_nRun++ % LEVELS;
+    const size_t nHalf = static_cast<size_t>(nWidth) / 2;
+    const size_t nRow = static_cast<size_t>((nWidth + 1) * 3 & ~3);
+    for (size_t nY = 0; nY < static_cast<size_t>(nHeight); ++nY) {
+        memset(cColour.getDIB() + nY * nRow, nLevel, nHalf * 3);
+        memset(cColour.getDIB() + nY * nRow + nHalf * 3, 0, nRow - nHalf * 3);
+        memset(cGrey.getGray8() + nY * static_cast<size_t>(nWidth), 0, nHalf);
+        memset(cGrey.getGray8() + nY * static_cast<size_t>(nWidth) + nHalf, nLevel,
+               static_cast<size_t>(nWidth) - nHalf);
+    }
+    static char s_chEmpty = 0;
+    return &s_chEmpty;
+}
+
+inline char *sleep(char *pchConfig, ArithmParamMgr *)
+{
+    std::this_thread::sleep_for(std::chrono::milliseconds(atoi(pchConfig)));
+    static char s_chEmpty = 0;
+    return &s_chEmpty;
+}
+
+/// A task that stamps pictures of that size, draws one, waits, draws the other, and waits again.
+inline TaskInfo *newTask(const QSize &cSize, int nBetweenMs, int nAfterMs)
+{
+    static const bool s_bRegistered = [] {
+        auto *pcArithms = ArithmFactory::getInstance()->getArithms();
+        pcArithms->append({"测试", "stamp",
+                           new Arithm(
+                               false, [] { return "stamp"; }, nullptr, stamp)});
+        pcArithms->append({"测试", "sleep",
+                           new Arithm(
+                               false, [] { return "sleep"; }, nullptr, sleep)});
+        return true;
+    }();
+    Q_UNUSED(s_bRegistered)
+    auto *const pcTask = new Fake::Task;
+    const auto fnStep = [&](const QString &strConfig, const QString &strID) {
+        pcTask->m_lstArithm.append(Fake::step(strConfig, -1, strID));
+    };
+    fnStep(QStringLiteral("%1,%2").arg(cSize.width()).arg(cSize.height()), "stamp");
+    fnStep("<DataType>0</DataType><DataID>1</DataID><Config><Scale>3</Scale><Pos>0</Pos></Config>",
+           "KQ_Drawing");
+    fnStep(QString::number(nBetweenMs), "sleep");
+    fnStep(
+        "<DataType>1</DataType><DataID>2</DataID><Config><Scale>3</Scale><Pos>0</Pos><DrawMode><Val>1</Val>"
+        "<Lapped>0</Lapped></DrawMode></Config>",
+        "KQ_Drawing");
+    fnStep(QString::number(nAfterMs), "sleep");
+    return pcTask;
+}
+} // namespace Stamp
+
+#endif

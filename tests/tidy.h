@@ -1,0 +1,100 @@
+#ifndef TIDY_H
+#define TIDY_H
+
+#include <QAbstractButton>
+#include <QComboBox>
+#include <QFontDatabase>
+#include <QGroupBox>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QRawFont>
+#include <QSplitterHandle>
+#include <QTabBar>
+#include <QTextDocumentFragment>
+#include <QWidget>
+
+/// What a person would call untidy in a window that is shown; empty when nothing is.
+namespace Tidy
+{
+/// The texts of a widget that a person reads.
+inline QString captions(const QWidget *pcWidget)
+{
+    QString strText;
+    if (const auto *pcLabel = qobject_cast<const QLabel *>(pcWidget))
+        strText = QTextDocumentFragment::fromHtml(pcLabel->text()).toPlainText();
+    else if (const auto *pcButton = qobject_cast<const QAbstractButton *>(pcWidget))
+        strText = pcButton->text();
+    else if (const auto *pcGroup = qobject_cast<const QGroupBox *>(pcWidget))
+        strText = pcGroup->title();
+    else if (const auto *pcCombo = qobject_cast<const QComboBox *>(pcWidget))
+        for (int nItem = 0; nItem < pcCombo->count(); ++nItem)
+            strText += pcCombo->itemText(nItem);
+    else if (const auto *pcTabs = qobject_cast<const QTabBar *>(pcWidget))
+        for (int nTab = 0; nTab < pcTabs->count(); ++nTab)
+            strText += pcTabs->tabText(nTab);
+    else if (const auto *pcHeader = qobject_cast<const QHeaderView *>(pcWidget))
+        for (int nSection = 0; nSection < pcHeader->count(); ++nSection)
+            strText += pcHeader->model()->headerData(nSection, pcHeader->orientation()).toString();
+    return strText;
+}
+
+inline bool hasGlyphs(const QFont &cFont, const QString &strText)
+{
+    const QRawFont cLatin = QRawFont::fromFont(cFont);
+    const QRawFont cHan = QRawFont::fromFont(cFont, QFontDatabase::SimplifiedChinese);
+    for (const uint nCharacter : strText.toUcs4())
+        if (!QChar::isSpace(nCharacter) && !cLatin.supportsCharacter(nCharacter) &&
+            !cHan.supportsCharacter(nCharacter))
+            return false;
+    return true;
+}
+
+inline bool isCut(const QWidget *pcWidget)
+{
+    const auto *pcLabel = qobject_cast<const QLabel *>(pcWidget);
+    if (pcLabel && pcLabel->wordWrap())
+        return pcLabel->height() < pcLabel->heightForWidth(pcLabel->width());
+    const bool bCaption = pcLabel || qobject_cast<const QAbstractButton *>(pcWidget) ||
+                          qobject_cast<const QComboBox *>(pcWidget);
+    return bCaption && (pcWidget->width() < pcWidget->sizeHint().width() ||
+                        pcWidget->height() < pcWidget->minimumSizeHint().height());
+}
+
+inline QString name(const QWidget *pcWidget)
+{
+    return QString::fromLatin1(pcWidget->metaObject()->className()) + ' ' + pcWidget->objectName() + " \"" +
+           captions(pcWidget) + '"';
+}
+
+inline QString fault(const QWidget *pcWindow)
+{
+    QList<const QWidget *> lstShown;
+    for (const QWidget *pcWidget : pcWindow->findChildren<QWidget *>()) {
+        if (pcWidget->visibleRegion().isEmpty() || pcWidget->window() != pcWindow)
+            continue;
+        if (!hasGlyphs(pcWidget->font(), captions(pcWidget)))
+            return "glyphs are missing: " + name(pcWidget);
+        // What the style puts there itself, such as the arrows of a bar of tools.
+        const bool bInner =
+            pcWidget->objectName().startsWith("qt_") || qobject_cast<const QSplitterHandle *>(pcWidget);
+        if (!bInner && isCut(pcWidget))
+            return "cut off: " + name(pcWidget);
+        if (!bInner && (pcWidget->focusPolicy() != Qt::NoFocus || qobject_cast<const QLabel *>(pcWidget)))
+            lstShown.append(pcWidget);
+    }
+    if (lstShown.isEmpty())
+        return "nothing is shown";
+    const auto fnPlace = [&](const QWidget *pcWidget) {
+        return pcWidget->visibleRegion().translated(pcWidget->mapTo(pcWindow, {0, 0}));
+    };
+    for (const QWidget *pcWidget : lstShown)
+        for (const QWidget *pcOther : lstShown)
+            if (pcOther != pcWidget && !pcOther->isAncestorOf(pcWidget) && !pcWidget->isAncestorOf(pcOther) &&
+                fnPlace(pcWidget).intersects(fnPlace(pcOther)))
+                return "overlap: " + name(pcWidget) + " and " + name(pcOther);
+    return {};
+}
+} // namespace Tidy
+
+#endif
