@@ -71,7 +71,8 @@ void PictureView::setPicking(bool bPicking)
 
 QPoint PictureView::toWidget(const QPoint &cPixel) const
 {
-    return (m_cOrigin + (QPointF(cPixel) + QPointF(0.5, 0.5)) * m_dZoom).toPoint();
+    const QPointF cMiddle = m_cOrigin + (QPointF(cPixel) + QPointF(0.5, 0.5)) * m_dZoom;
+    return {qFloor(cMiddle.x()), qFloor(cMiddle.y())};
 }
 
 QSize PictureView::sizeHint() const
