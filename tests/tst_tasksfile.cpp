@@ -7,64 +7,16 @@
 #include <QFile>
 
 #include "datatable.h"
+#include "fixtures/plainreader.h"
 #include "globalfunction.h"
 #include "taskMgr/taskMgr.h"
 
 namespace
 {
-QString take(QString &strText, const char *szField)
-{
-    return GlobalFunction::getAndRemoveBody(strText, QStringLiteral("<%1>").arg(szField),
-                                            QStringLiteral("</%1>").arg(szField));
-}
-
-/// What a tasks file says, one line a task or step, by the plainest reader of the format: it takes
-/// block after block out of a copy of the text. The library must read every text just so.
-QStringList readPlainly(QString strText)
-{
-    QStringList lstSaid;
-    for (QString strTask = take(strText, "=TaskInfo="); !strTask.isEmpty();
-         strTask = take(strText, "=TaskInfo=")) {
-        const QString strName = take(strTask, "-TaskName-");
-        const int nKernel = take(strTask, "-Kernel-").toInt();
-        const int nView = take(strTask, "-View-").toInt();
-        lstSaid.append(QStringLiteral("%1/%2/%3/%4")
-                           .arg(strName)
-                           .arg(nKernel)
-                           .arg(nView)
-                           .arg(take(strTask, "-DataSource-")));
-        for (QString strItem = take(strTask, "-TaskItem-"); !strItem.isEmpty();
-             strItem = take(strTask, "-TaskItem-")) {
-            QStringList lstField(QString::number(take(strItem, "-MaxExeTimes-").toInt()));
-            for (const char *szField :
-                 {"-ArithmID-", "-OptionStr-", "-ClassName-", "-ArithmName-", "-Describe-"})
-                lstField.append(take(strItem, szField));
-            lstSaid.append(lstField.join(','));
-        }
-    }
-    return lstSaid;
-}
-
-/// The same of what the manager holds after it has read the text.
 QStringList read(const QString &strText)
 {
-    TaskMgr *pcManager = TaskMgr::getInstance();
-    pcManager->fromString(strText);
-    QStringList lstSaid;
-    for (int nPos = 0; nPos < pcManager->getTaskNum(); ++nPos) {
-        TaskInfo &cTask = *pcManager->getTask(nPos);
-        lstSaid.append(QStringLiteral("%1/%2/%3/%4")
-                           .arg(cTask.getName())
-                           .arg(cTask.m_nWhichKernel)
-                           .arg(cTask.m_nWhichView)
-                           .arg(cTask.m_strDataSourceConfigString));
-        for (const TaskItem &cItem : qAsConst(cTask.getTaskItem()))
-            lstSaid.append(
-                QStringList({QString::number(cItem.m_nMaxExeTimes), cItem.m_strArithmID, cItem.m_strOptionStr,
-                             cItem.m_strClassName, cItem.m_strArithmName, cItem.m_strDescribe})
-                    .join(','));
-    }
-    return lstSaid;
+    TaskMgr::getInstance()->fromString(strText);
+    return PlainReader::held();
 }
 
 /// Random text in which markers stand whole, in other letter cases, torn apart by further soup, alone
@@ -177,7 +129,7 @@ marker in a value     <=TaskInfo=><-TaskName->a<-View->3</-TaskName-><-View->4</
             const QString strSoup = MarkerSoup(nSeed).cook(4);
             for (const QString &strText : {strSoup, "<=TaskInfo=>" + strSoup + "</=TaskInfo=>"}) {
                 const QStringList lstSaid = read(strText);
-                QVERIFY2(lstSaid == readPlainly(strText), qPrintable(strText));
+                QVERIFY2(lstSaid == PlainReader::read(strText), qPrintable(strText));
                 nSaid += lstSaid.size();
             }
         }
