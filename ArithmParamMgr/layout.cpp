@@ -52,8 +52,8 @@ PINNED(ParamAreas::Area, seedy, 24);
 
 // A QList keeps small records in place only when their type is declared movable or primitive. These
 // are not: a plug-in that declares them as the plain records that they are would misread the lists.
-static_assert(QTypeInfo<ParamPoints::Point>::isStatic && QTypeInfo<ParamPolys::Point>::isStatic &&
-                  QTypeInfo<ParamPolys::Poly>::isStatic,
+static_assert(QTypeInfo<ParamPoints::Point>::isStatic != 0 && QTypeInfo<ParamPolys::Point>::isStatic != 0 &&
+                  QTypeInfo<ParamPolys::Poly>::isStatic != 0,
               "the nodes of a list changed");
 
 PINNED_SIZE(ArithmParamMgr, 96);
