@@ -8,15 +8,6 @@
 #include "configtext.h"
 #include "dialogs.h"
 
-namespace
-{
-QString tagged(const QString &strTag, const QString &strValue)
-{
-    return QLatin1Char('<') + strTag + QLatin1Char('>') + strValue + QStringLiteral("</") + strTag +
-           QLatin1Char('>');
-}
-} // namespace
-
 DlgDataSource::DlgDataSource(QMap<QString, DataSource::DataSourceInfo *> *pmapDataSourceInfo,
                              ArithmParamMgr *pcAPM, QString strConfig, QWidget *pcParent)
     : QDialog(pcParent),
@@ -83,8 +74,8 @@ void DlgDataSource::on_btnSetting_clicked()
     const QString strKind = pcKind->text();
     // The kind's own text stands there without its tag: the instance gets it afterwards.
     std::unique_ptr<DataSource::DataSourceInstance> pcInstance(
-        DataSource::getInstance()->createDataSourceFromConfigString(
-            m_pcAPM, tagged(QStringLiteral("DSName"), strKind) + m_strSubConfigString));
+        DataSource::getInstance()->createDataSourceFromConfigString(m_pcAPM, tagged("DSName", strKind) +
+                                                                                 m_strSubConfigString));
     if (!pcInstance) {
         warnUser(this, QStringLiteral("创建数据源实例失败."));
         return;
@@ -122,12 +113,9 @@ void DlgDataSource::on_btnOK_clicked()
     m_pcDSI->setNameAndDescribe(strName, strDescribe);
     const int nDataID = pictureID(strType);
     m_pcDSI->setDataID(nDataID);
-    m_strConfigString = tagged(QStringLiteral("DSName"), ui->edtSelectedSource->text()) +
-                        tagged(QStringLiteral("OutputName"), strName) +
-                        tagged(QStringLiteral("OutputDescribe"), strDescribe) +
-                        tagged(QStringLiteral("OutputType"), strType) +
-                        tagged(QStringLiteral("OutputID"), QString::number(nDataID)) +
-                        tagged(QStringLiteral("Config"), m_strSubConfigString);
+    m_strConfigString = tagged("DSName", ui->edtSelectedSource->text()) + tagged("OutputName", strName) +
+                        tagged("OutputDescribe", strDescribe) + tagged("OutputType", strType) +
+                        tagged("OutputID", QString::number(nDataID)) + tagged("Config", m_strSubConfigString);
     accept();
 }
 

@@ -19,7 +19,7 @@ class OCULINEXQTSTANDALONE_EXPORT DlgDataSource : public QDialog
 public:
     /// The kinds and the store stay the caller's and outlive the dialog.
     DlgDataSource(QMap<QString, DataSource::DataSourceInfo *> *pmapDataSourceInfo, ArithmParamMgr *pcAPM,
-                  QString strConfig, QWidget *pcParent);
+                  QString strConfig, QWidget *pcParent = nullptr);
     ~DlgDataSource() override;
 
     /// The data-source config string: as given, until the dialog was accepted.
@@ -29,7 +29,7 @@ public:
 
     void done(int nResult) override;
 
-private slots:
+public slots:
     void on_btnSetting_clicked();
     void on_btnOK_clicked();
     void on_btnCancel_clicked();
@@ -37,6 +37,7 @@ private slots:
 private:
     int pictureID(const QString &strType);
 
+public:
     Ui::DlgDataSource *ui;
     int m_nDataID = -1; ///< the picture of the given config string
     DataSource::DataSourceInstance *m_pcDSI = nullptr;

@@ -25,7 +25,7 @@ class OCULINEXQTSTANDALONE_EXPORT DlgDrawingConfig : public QDialog
 
 public:
     /// The config string is that of the step, without the view.
-    DlgDrawingConfig(QString strConfig, ArithmParamMgr *pcAPM, QWidget *pcParent);
+    DlgDrawingConfig(QString strConfig, ArithmParamMgr *pcAPM, QWidget *pcParent = nullptr);
     ~DlgDrawingConfig() override;
 
     /// The config string once the dialog was accepted, before that the settings alone.
@@ -33,7 +33,7 @@ public:
     /// Shows the settings in the widgets of their tab.
     void parseConfigString();
 
-private slots:
+public slots:
     void on_btnSelectElement_clicked();
     void on_btnOK_clicked();
     void on_btnCancel_clicked();
@@ -48,6 +48,7 @@ private:
     Tab tab(int nDataType);
     void showSelected(const Tab &cTab);
 
+public:
     Ui::DlgDrawingConfig *ui;
     QString m_strConfigStr;
     int m_nCurrentRow;              ///< of the selected parameter in its table, -1 when none is

@@ -21,7 +21,7 @@ class OCULINEXQTSTANDALONE_EXPORT DlgLoadFile : public QDialog
     Q_OBJECT
 
 public:
-    DlgLoadFile(QString strConfig, ArithmParamMgr *pcAPM, QWidget *pcParent);
+    DlgLoadFile(QString strConfig, ArithmParamMgr *pcAPM, QWidget *pcParent = nullptr);
     ~DlgLoadFile() override;
 
     QString getConfigString();        ///< as given, until one was created
@@ -29,12 +29,12 @@ public:
     void parseConfigString();         ///< shows the config string in the widgets
     void setCurFile(QString strPath); ///< takes the file if the step can load it, else tells the user
 
-private slots:
+public slots:
     void on_btnOK_clicked();
     void on_btnCancel_clicked();
     void on_btnBrowser_clicked();
 
-private:
+public:
     Ui::DlgLoadFile *ui;
     int m_nOutputPicType; ///< kind of the picture in the store: 0 colour, 1 grey
     int m_nOutputPicID;   ///< its ID, -1 while there is none

@@ -63,9 +63,8 @@ void DlgMemoryDiskConfig::on_btnOK_clicked()
         warnUser(this, QStringLiteral("未选择输入变量."));
         return;
     }
-    m_strConfigStr = QStringLiteral("<MemDisk>") + QString::number(ui->cmbMemDisk->currentIndex()) +
-                     QStringLiteral("</MemDisk><InputID>") + QString::number(m_nInputDataID) +
-                     QStringLiteral("</InputID><InputType>") + m_strDataType + QStringLiteral("</InputType>");
+    m_strConfigStr = tagged("MemDisk", QString::number(ui->cmbMemDisk->currentIndex())) +
+                     tagged("InputID", QString::number(m_nInputDataID)) + tagged("InputType", m_strDataType);
     accept();
 }
 

@@ -24,13 +24,13 @@ class OCULINEXQTSTANDALONE_EXPORT DlgMemoryDiskConfig : public QDialog
     Q_OBJECT
 
 public:
-    DlgMemoryDiskConfig(QString strConfig, ArithmParamMgr *pcAPM, QWidget *pcParent);
+    DlgMemoryDiskConfig(QString strConfig, ArithmParamMgr *pcAPM, QWidget *pcParent = nullptr);
     ~DlgMemoryDiskConfig() override;
 
     /// The config string: as given, until the dialog was accepted.
     QString getConfigString();
 
-private slots:
+public slots:
     void on_tblRGB_doubleClicked(const QModelIndex &cIndex);
     void on_tblGray8_doubleClicked(const QModelIndex &cIndex);
     void on_btnOK_clicked();
@@ -39,6 +39,7 @@ private slots:
 private:
     void choose(const QTableWidget *pcTable, const QMap<int, int> &mapID, int nRow, const QString &strType);
 
+public:
     Ui::DlgMemoryDiskConfig *ui;
     QString m_strConfigStr;
     QMap<int, int> m_mapDIBParamID; ///< row -> ID, as the next

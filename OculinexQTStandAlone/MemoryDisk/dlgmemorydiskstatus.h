@@ -21,10 +21,10 @@ class OCULINEXQTSTANDALONE_EXPORT DlgMemoryDiskStatus : public QDialog
     Q_OBJECT
 
 public:
-    explicit DlgMemoryDiskStatus(QWidget *pcParent);
+    explicit DlgMemoryDiskStatus(QWidget *pcParent = nullptr);
     ~DlgMemoryDiskStatus() override;
 
-private slots:
+public slots:
     void OnTimer();
     void on_cmbMemDisk0_currentIndexChanged(int nIndex);
     void on_cmbMemDisk1_currentIndexChanged(int nIndex);
@@ -47,6 +47,7 @@ private:
     void selectDisk(int nGroup, int nIndex);
     void empty(int nGroup);
 
+public:
     Ui::DlgMemoryDiskStatus *ui;
     QTimer *m_pcTimer;
     int m_anDataType[GROUP_NUM] = {0, 0, 0}; ///< 0 colour, 1 grey

@@ -20,14 +20,14 @@ class OCULINEXQTSTANDALONE_EXPORT DlgSaveFile : public QDialog
     Q_OBJECT
 
 public:
-    DlgSaveFile(QString strConfig, ArithmParamMgr *pcAPM, QWidget *pcParent);
+    DlgSaveFile(QString strConfig, ArithmParamMgr *pcAPM, QWidget *pcParent = nullptr);
     ~DlgSaveFile() override;
 
     QString getConfigString(); ///< as given, until one was created
     bool createConfigString(); ///< false, after telling the user why, when something is missing
     void parseConfigString();  ///< shows the config string in the widgets
 
-private slots:
+public slots:
     void on_btnOK_clicked();
     void on_btnCancel_clicked();
     void on_btnBrowser_clicked();
@@ -37,6 +37,7 @@ private slots:
 private:
     bool isFromStore() const;
 
+public:
     Ui::DlgSaveFile *ui;
     QString m_strConfigStr;
     int m_nCurrentRow;                   ///< not used

@@ -19,17 +19,17 @@ class OCULINEXQTSTANDALONE_EXPORT DlgSelectPic : public QDialog
     Q_OBJECT
 
 public:
-    DlgSelectPic(ArithmParamMgr *pcAPM, QWidget *pcParent);
+    DlgSelectPic(ArithmParamMgr *pcAPM, QWidget *pcParent = nullptr);
     ~DlgSelectPic() override;
 
     int getID();   ///< of the chosen picture, -1 while none was chosen
     int getType(); ///< 0 colour, 1 grey
 
-private slots:
+public slots:
     void on_btnOK_clicked();
     void on_btnCancel_clicked();
 
-private:
+public:
     Ui::DlgSelectPic *ui;
     int m_nID;
     int m_nType;
