@@ -8,9 +8,9 @@
 
 #include <QImage>
 
+#include "common/viewprogress.h"
 #include "options.h"
 #include "picturewriter.h"
-#include "common/viewprogress.h"
 
 /// Reads views while the tasks run and hands every complete update to the writer.
 ///
