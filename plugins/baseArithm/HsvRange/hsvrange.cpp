@@ -106,12 +106,12 @@ private:
             cv::v_uint8x16 cH;
             cv::v_uint8x16 cS;
             cv::v_uint8x16 cV;
-            cv::v_load_deinterleave(puchHsv + 3 * n, cH, cS, cV);
+            cv::v_load_deinterleave(puchHsv + 3L * n, cH, cS, cV);
             cv::v_store(puchMask + n, (cHue(cH) & cSaturation(cS) & cValue(cV)) ^ cv::v_setall_u8(uchNot));
         }
 #endif
         for (; n < nPixels; ++n) {
-            const unsigned char *puch = puchHsv + 3 * n;
+            const unsigned char *puch = puchHsv + 3L * n;
             puchMask[n] =
                 static_cast<unsigned char>((cHue(puch[0]) & cSaturation(puch[1]) & cValue(puch[2])) ^ uchNot);
         }
