@@ -9,6 +9,7 @@
 #include <QImageReader>
 #include <QImageWriter>
 #include <QSet>
+#include <QtEndian>
 
 namespace
 {
@@ -22,6 +23,34 @@ qint64 availableMemory()
         if (achLine.startsWith("MemAvailable:"))
             return achLine.simplified().split(' ').at(1).toLongLong() * 1024;
     return 0;
+}
+
+QByteArray bytesAt(QFile &cFile, qint64 nOffset, int nCount)
+{
+    const qint64 nOld = cFile.pos();
+    const QByteArray achBytes = cFile.seek(nOffset) ? cFile.read(nCount) : QByteArray();
+    cFile.seek(nOld);
+    return achBytes.leftJustified(nCount, '\0');
+}
+
+/// The size of the picture that will be decoded. What a reader tells may be that of a part: a GIF
+/// file's first frame on a larger screen, or what an icon's list of contents says of a PNG file in it.
+QSize decodedSize(QFile &cFile, const QImageReader &cReader)
+{
+    const QSize cTold = cReader.size();
+    if (cReader.format() == "gif") {
+        const QByteArray achScreen = bytesAt(cFile, 6, 4);
+        return cTold.expandedTo({qFromLittleEndian<quint16>(achScreen.constData()),
+                                 qFromLittleEndian<quint16>(achScreen.constData() + 2)});
+    }
+    if (cReader.format() == "ico" || cReader.format() == "cur") {
+        const quint32 nFile = qFromLittleEndian<quint32>(bytesAt(cFile, 18, 4).constData());
+        const QByteArray achPng = bytesAt(cFile, nFile, 24);
+        if (achPng.startsWith("\x89PNG"))
+            return cTold.expandedTo({qFromBigEndian<qint32>(achPng.constData() + 16),
+                                     qFromBigEndian<qint32>(achPng.constData() + 20)});
+    }
+    return cTold;
 }
 
 /// Whether a picture of that size can be decoded and stored. A file of a few bytes may announce any.
@@ -97,8 +126,9 @@ QImage PictureFile::read(const QString &strPath, bool bGrey, QString &strError)
         return QImage();
     }
     const QSize cSize = cReader.size();
-    if (cSize.isValid() && !fits(cSize, bGrey)) {
-        strError = QStringLiteral("%1 x %2 pixels are too many").arg(cSize.width()).arg(cSize.height());
+    const QSize cDecoded = decodedSize(cFile, cReader);
+    if (cDecoded.isValid() && !fits(cDecoded, bGrey)) {
+        strError = QStringLiteral("%1 x %2 pixels are too many").arg(cDecoded.width()).arg(cDecoded.height());
         return QImage();
     }
     // Decoders fill a picture of the right kind in place, and some leave out what a file lacks.

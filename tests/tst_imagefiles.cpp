@@ -164,6 +164,11 @@ private slots:
                                   "xmlns:xlink='http://www.w3.org/1999/xlink'>";
         row("fits no colour picture", QByteArray("#define a_width 32767\n#define a_height 32767\n"
                                                  "static char a_bits[] = {0x00};"));
+        // One that says 1 x 1 of its first part, and 30000 x 30000 further on.
+        row("large screen", QByteArray::fromBase64("R0lGODlhMHUwdYAAAAUEBAAAACwAAAAAAQABAAACAkQBADs="));
+        row("large picture in an icon",
+            QByteArray::fromBase64("AAABAAEAAQEAAAEAIAA5AAAAFgAAAIlQTkcNChoKAAAADUlIRFIAAHUwAAB1MAEAAAAATlzF"
+                                   "FwAAAAxJREFUeJxjYGBgAAAABAAB9hc4VQ=="));
         row("needs fonts", achSvg + "<text x='1' y='9'>a</text></svg>");
         row("reads a pipe", achSvg + "<image width='9' height='9' xlink:href='" +
                                 QFile::encodeName(path("pipe")) + "'/></svg>");
