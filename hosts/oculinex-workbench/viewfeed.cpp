@@ -210,8 +210,10 @@ void ViewFeed::handOver()
         return cImage.isNull() || cImage.isDetached();
     });
     if (cCopy.size() == m_cBack.size() && cCopy.isDetached()) {
+#ifndef __SANITIZE_THREAD__ // which knows no fences
         // Pairs with the release of the last other holder.
         std::atomic_thread_fence(std::memory_order_acquire);
+#endif
         memcpy(cCopy.bits(), m_cBack.constBits(), static_cast<size_t>(m_cBack.sizeInBytes()));
     } else {
         cCopy = m_cBack.copy();
