@@ -11,6 +11,8 @@
 #include "arithmMgr/arithmregister.h"
 #include "language.h"
 #include "mainwindow.h"
+#include "operatormode.h"
+#include "screenshots.h"
 
 namespace
 {
@@ -19,6 +21,8 @@ constexpr int BAD_USAGE = 2;
 struct Options {
     QString m_strFile;
     QString m_strLanguage;
+    bool m_bOperator = false;
+    QString m_strScreenshots; ///< folder; empty: none are taken
 };
 
 int refuse(const QString &strReason)
@@ -38,12 +42,23 @@ bool parse(int &nArgc, char **ppchArgv, Options &cOptions, int &nExitCode)
                                        QStringLiteral("Captions in zh or en; the locale's otherwise."),
                                        QStringLiteral("zh|en"));
     cParser.addOption(cLanguage);
+    const QCommandLineOption cOperator(
+        QStringLiteral("operator"),
+        QStringLiteral("Show nothing but the operator view of FILE; leaving it ends the program."));
+    cParser.addOption(cOperator);
+    const QCommandLineOption cScreenshots(
+        QStringLiteral("screenshot"),
+        QStringLiteral("Write pictures of the windows, with FILE running, into a folder, and end."),
+        QStringLiteral("folder"));
+    cParser.addOption(cScreenshots);
     const QCommandLineOption cHelp = cParser.addHelpOption();
     const QCommandLineOption cVersion = cParser.addVersionOption();
     cParser.addPositionalArgument(QStringLiteral("FILE"), QStringLiteral("Tasks file to open."),
                                   QStringLiteral("[FILE]"));
     const bool bParsed = cParser.parse(QCoreApplication::arguments());
     cOptions.m_strLanguage = cParser.value(cLanguage);
+    cOptions.m_bOperator = cParser.isSet(cOperator);
+    cOptions.m_strScreenshots = cParser.value(cScreenshots);
     cOptions.m_strFile = cParser.positionalArguments().value(0);
     if (cParser.isSet(cHelp)) {
         fputs(qUtf8Printable(cParser.helpText()), stdout);
@@ -58,6 +73,9 @@ bool parse(int &nArgc, char **ppchArgv, Options &cOptions, int &nExitCode)
         nExitCode = refuse(QStringLiteral("--lang is zh or en."));
     } else if (cParser.positionalArguments().size() > 1) {
         nExitCode = refuse(QStringLiteral("One tasks file at a time. See --help."));
+    } else if (cOptions.m_strFile.isEmpty() &&
+               (cOptions.m_bOperator || !cOptions.m_strScreenshots.isEmpty())) {
+        nExitCode = refuse(QStringLiteral("--operator and --screenshot need a tasks file. See --help."));
     } else {
         return true;
     }
@@ -97,14 +115,23 @@ int main(int argc, char **argv)
     QApplication::setApplicationDisplayName(QString());
     chooseLanguage(cOptions.m_strLanguage);
 
+    if (!cOptions.m_strScreenshots.isEmpty()) {
+        const QString strError = takeScreenshots(cOptions.m_strFile, cOptions.m_strScreenshots);
+        return strError.isEmpty() ? 0 : refuse(strError);
+    }
     MainWindow cWindow;
-    cWindow.show();
+    if (!cOptions.m_bOperator)
+        cWindow.show();
     QTimer::singleShot(0, &cWindow, [&] {
         // On this thread, so that a plug-in that can't be loaded is told in a box.
         ArithmFactory::getInstance();
         DataSource::getInstance();
         if (!cOptions.m_strFile.isEmpty())
             cWindow.openFile(cOptions.m_strFile);
+        if (cOptions.m_bOperator && cWindow.document().taskCount() > 0)
+            cWindow.operatorMode().open(OperatorMode::Leaving::EndsProgram);
+        else
+            cWindow.show();
     });
     return QApplication::exec();
 }

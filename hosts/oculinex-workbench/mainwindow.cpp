@@ -22,6 +22,7 @@
 #include "icons.h"
 #include "logpane.h"
 #include "memorydiskdock.h"
+#include "operatormode.h"
 #include "storepane.h"
 #include "taskMgr/taskMgr.h"
 #include "tasklist.h"
@@ -104,6 +105,7 @@ MainWindow::~MainWindow()
 {
     // The panes go before the tasks and the document that they know.
     m_cTick.stop();
+    delete m_pcOperator;
     for (QDockWidget *pcDock : findChildren<QDockWidget *>())
         delete pcDock;
     delete takeCentralWidget();
@@ -184,6 +186,8 @@ void MainWindow::makeActions()
     for (const QDockWidget *pcDock : findChildren<QDockWidget *>())
         pcView->addAction(pcDock->toggleViewAction());
     pcView->addAction(pcBar->toggleViewAction());
+    pcView->addSeparator();
+    pcView->addActions(m_pcOperator->actions());
     menuBar()->addMenu(tr("&Help"))->addAction(tr("&About…"), this, &MainWindow::about);
 }
 
@@ -222,6 +226,9 @@ void MainWindow::makeDocks()
     setCorner(Qt::BottomRightCorner, Qt::RightDockWidgetArea);
     resizeDocks({pcTasks, apcView[0]}, {300, 420}, Qt::Horizontal);
     resizeDocks({apcView[0], apcView[1], pcLog}, {320, 320, 200}, Qt::Vertical);
+    m_pcOperator = new OperatorMode(m_cDocument, m_lstView, *pcLogPane, this);
+    connect(m_pcOperator, &OperatorMode::startRequested, this, &MainWindow::startAll);
+    connect(m_pcOperator, &OperatorMode::stopRequested, this, &MainWindow::stopAll);
     connect(m_pcFlow, &FlowPane::ranHere, this, [this, pcStore](TaskInfo *pcTask) {
         m_pcStore->showStore(pcTask);
         pcStore->show();

@@ -10,6 +10,7 @@
 #include "document.h"
 
 class FlowPane;
+class OperatorMode;
 class StorePane;
 class TaskList;
 class ViewPane;
@@ -30,6 +31,7 @@ public:
 
     Document &document() { return m_cDocument; }
     Control &control() { return m_cControl; }
+    OperatorMode &operatorMode() { return *m_pcOperator; }
 
 protected:
     void closeEvent(QCloseEvent *pcEvent) override;
@@ -78,6 +80,7 @@ private:
     TaskList *m_pcTasks;
     FlowPane *m_pcFlow;
     StorePane *m_pcStore = nullptr;
+    OperatorMode *m_pcOperator = nullptr;
     QList<ViewPane *> m_lstView;
     QMenu *m_pcRecent = nullptr;
     QAction *m_pcUndo = nullptr;

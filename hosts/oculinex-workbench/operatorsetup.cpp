@@ -26,8 +26,8 @@ QString endOf(const QString &strTag)
 
 QJsonObject OperatorPick::toJson() const
 {
-    return {{"tag", m_strTag}, {"name", m_strName},       {"min", m_dMin},
-            {"max", m_dMax},   {"decimals", m_nDecimals}, {"initial", m_dInitial}};
+    return {{"tag", m_strTag},         {"name", m_strName}, {"min", m_dMin},        {"max", m_dMax},
+            {"decimals", m_nDecimals}, {"odd", m_bOdd},     {"initial", m_dInitial}};
 }
 
 OperatorPick OperatorPick::fromJson(const QJsonObject &cJson)

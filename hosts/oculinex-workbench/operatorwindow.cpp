@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include <QCloseEvent>
 #include <QDoubleSpinBox>
 #include <QFormLayout>
 #include <QGridLayout>
@@ -213,9 +214,10 @@ void OperatorWindow::applyField(const Field &cField, double dValue)
     emit edited(cField.m_nTask, tr("Set %1").arg(cField.m_cPick.m_strName));
 }
 
-void OperatorWindow::closeEvent(QCloseEvent *)
+void OperatorWindow::closeEvent(QCloseEvent *pcEvent)
 {
-    emit closed();
+    pcEvent->ignore();
+    emit leaving();
 }
 
 void OperatorWindow::keyPressEvent(QKeyEvent *pcEvent)

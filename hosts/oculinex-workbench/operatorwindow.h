@@ -37,7 +37,7 @@ signals:
     void startRequested();
     void stopRequested();
     void edited(int nTask, const QString &strWhat); ///< a setting of that task was changed
-    void closed();
+    void leaving(); ///< the user wants to; whoever owns the window lets it go
 
 protected:
     void closeEvent(QCloseEvent *pcEvent) override;

@@ -1,0 +1,114 @@
+#include "operatormode.h"
+
+#include <QAction>
+#include <QJsonArray>
+
+#include "dlgoperator.h"
+#include "document.h"
+#include "logpane.h"
+#include "operatorwindow.h"
+#include "taskMgr/taskMgr.h"
+#include "viewpane.h"
+
+namespace
+{
+const QString PANE = QStringLiteral("operator");
+const QString KEY_PICKS = QStringLiteral("operator"); ///< of a step
+} // namespace
+
+OperatorMode::OperatorMode(Document &cDocument, const QList<ViewPane *> &lstView, LogPane &cLog,
+                           QWidget *pcMain)
+    : QObject(pcMain), m_cDocument(cDocument), m_lstView(lstView), m_cLog(cLog), m_pcMain(pcMain)
+{
+    const auto fnAction = [&](const QString &strText, const QKeySequence &cKeys, const QString &strTip,
+                              const auto &fnDo) {
+        auto *const pcAction = new QAction(strText, this);
+        pcAction->setShortcut(cKeys);
+        pcAction->setStatusTip(strTip);
+        connect(pcAction, &QAction::triggered, this, fnDo);
+        m_lstAction.append(pcAction);
+    };
+    fnAction(tr("&Operator view"), QKeySequence(tr("F11")),
+             tr("Show what the operator sees, on the whole screen"), [this] { open(); });
+    fnAction(tr("What the operator &sees…"), {}, tr("Choose view, verdict and settings of the operator view"),
+             [this] { configure(); });
+}
+
+OperatorMode::~OperatorMode()
+{
+    delete m_pcWindow;
+}
+
+OperatorWindow *OperatorMode::open(Leaving eLeaving)
+{
+    if (m_pcWindow)
+        return m_pcWindow;
+    const OperatorSetup cSetup = setup();
+    ViewPane *const pcView = m_lstView[cSetup.m_nView];
+    m_pcWindow = new OperatorWindow(cSetup);
+    m_pcWindow->setAttribute(Qt::WA_QuitOnClose, false); // the main window ends the program
+    connect(&m_cLog, &LogPane::printed, m_pcWindow, &OperatorWindow::printed);
+    connect(m_pcWindow, &OperatorWindow::startRequested, this, &OperatorMode::startRequested);
+    connect(m_pcWindow, &OperatorWindow::stopRequested, this, &OperatorMode::stopRequested);
+    connect(m_pcWindow, &OperatorWindow::edited, this,
+            [this](int nTask, const QString &strWhat) { m_cDocument.noticeEdit(nTask, strWhat); });
+    connect(m_pcWindow, &OperatorWindow::leaving, m_pcMain, [this, pcView, eLeaving] {
+        if (eLeaving == Leaving::EndsProgram) { // unless the main window has questions
+            m_pcMain->close();
+            return;
+        }
+        pcView->setMirror(nullptr);
+        m_pcMain->show();
+        m_pcWindow->hide();
+        m_pcWindow->deleteLater();
+        m_pcWindow.clear();
+    });
+    pcView->setMirror(m_pcWindow->pictureView());
+    m_pcWindow->showFullScreen();
+    m_pcMain->hide();
+    return m_pcWindow;
+}
+
+void OperatorMode::configure()
+{
+    DlgOperator cDialog(setup(), m_pcMain);
+    if (cDialog.exec() == QDialog::Accepted)
+        setSetup(cDialog.setup());
+}
+
+OperatorSetup OperatorMode::setup() const
+{
+    OperatorSetup cSetup = OperatorSetup::fromJson(m_cDocument.paneSide(PANE));
+    for (int nTask = 0; nTask < m_cDocument.taskCount(); ++nTask) {
+        const TaskInfo *const pcTask = Document::task(nTask);
+        for (int nStep = 0; pcTask && nStep < pcTask->m_lstArithm.size(); ++nStep) {
+            OperatorSetup::Step cStep{nTask, nStep, {}};
+            for (const QJsonValue &cPick : m_cDocument.stepSide(nTask, nStep)[KEY_PICKS].toArray())
+                cStep.m_lstPick.append(OperatorPick::fromJson(cPick.toObject()));
+            if (!cStep.m_lstPick.isEmpty())
+                cSetup.m_lstStep.append(cStep);
+        }
+    }
+    return cSetup;
+}
+
+void OperatorMode::setSetup(const OperatorSetup &cSetup)
+{
+    m_cDocument.setPaneSide(PANE, cSetup.toJson());
+    for (int nTask = 0; nTask < m_cDocument.taskCount(); ++nTask) {
+        const TaskInfo *const pcTask = Document::task(nTask);
+        for (int nStep = 0; pcTask && nStep < pcTask->m_lstArithm.size(); ++nStep) {
+            QJsonArray cPicks;
+            for (const OperatorSetup::Step &cStep : cSetup.m_lstStep)
+                for (const OperatorPick &cPick : cStep.m_lstPick)
+                    if (cStep.m_nTask == nTask && cStep.m_nStep == nStep)
+                        cPicks.append(cPick.toJson());
+            QJsonObject cSide = m_cDocument.stepSide(nTask, nStep);
+            if (cPicks.isEmpty())
+                cSide.remove(KEY_PICKS);
+            else
+                cSide[KEY_PICKS] = cPicks;
+            m_cDocument.setStepSide(nTask, nStep, cSide, tr("Choose what the operator sees"));
+        }
+    }
+}
