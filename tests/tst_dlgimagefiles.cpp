@@ -150,6 +150,12 @@ private slots:
                           fnVisible,
                           DialogUser::set("cmbWnd=4"),
                           fnVisible,
+                          [&](QWidget &cDialog) {
+                              for (const int nIndex : {2, 4})
+                                  QMetaObject::invokeMethod(&cDialog, "on_cmbWnd_currentIndexChanged",
+                                                            Q_ARG(int, nIndex)),
+                                      fnVisible(cDialog);
+                          },
                           OK,
                           DialogUser::read(strBox), // no ID
                           fnSelect,
@@ -170,7 +176,7 @@ private slots:
                           OK,
                           OK});
         const QString strConfig = save(QString(), &cStore);
-        QCOMPARE(strShown, "000111RGB|-1|Gray|4|Gray|4|");
+        QCOMPARE(strShown, "000111000111RGB|-1|Gray|4|Gray|4|");
         QCOMPARE(strBox, "警告: 错误的图像ID. 1\n警告: 错误的图像ID. 1\n");
         QVERIFY2(strConfig.endsWith("<Wnd>4</Wnd><PicType>RGB</PicType><PicID>6</PicID>"),
                  qPrintable(strConfig));

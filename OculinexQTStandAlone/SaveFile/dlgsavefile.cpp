@@ -120,9 +120,9 @@ void DlgSaveFile::on_btnBrowser_clicked()
         ui->edtBasePath->setText(strPath);
 }
 
-void DlgSaveFile::on_cmbWnd_currentIndexChanged(int)
+void DlgSaveFile::on_cmbWnd_currentIndexChanged(int nIndex)
 {
-    const bool bFromStore = isFromStore();
+    const bool bFromStore = nIndex == ui->cmbWnd->count() - 1;
     ui->btnSelectPic->setVisible(bFromStore);
     ui->edtPicType->setVisible(bFromStore);
     ui->edtSelectedPicID->setVisible(bFromStore);
