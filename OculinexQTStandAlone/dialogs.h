@@ -31,14 +31,24 @@ QString configFromDialog(const char *pchConfig, ArithmParamMgr *pcAPM)
     return cDialog.exec() == QDialog::Accepted ? cDialog.getConfigString() : QString();
 }
 
-/// Tells the user why the dialog stays open. A slot returns right after it: the dialog may be gone
-/// with its parent.
+/// Runs a dialog made for a parent and hands it over once it is closed, unless it went with its parent
+/// meanwhile.
+template <typename Dialog, typename Take>
+void runChild(Dialog *pcNew, const Take &fnTake)
+{
+    const QPointer<Dialog> pcDialog(pcNew);
+    pcDialog->exec();
+    if (pcDialog)
+        fnTake(*pcDialog);
+    delete pcDialog;
+}
+
+/// Tells the user what is wrong. The dialog may be gone with its parent afterwards.
 inline void warnUser(QWidget *pcDialog, const QString &strText)
 {
-    const QPointer<QMessageBox> pcBox =
-        new QMessageBox(QMessageBox::Information, QStringLiteral("警告"), strText, QMessageBox::Ok, pcDialog);
-    pcBox->exec();
-    delete pcBox;
+    runChild(
+        new QMessageBox(QMessageBox::Information, QStringLiteral("警告"), strText, QMessageBox::Ok, pcDialog),
+        [](const QMessageBox &) {});
 }
 
 #endif

@@ -8,6 +8,7 @@
 #include <QDialogButtonBox>
 #include <QPushButton>
 
+#include "Drawing/dlgdrawingconfig.h"
 #include "Drawing/drawing.h"
 #include "arithmparammgr.h"
 #include "datatable.h"
@@ -216,6 +217,20 @@ private slots:
         QCOMPARE(strShown, shown);
         QCOMPARE(strMade, made.isEmpty() ? QString() : config(made.left(1).toInt(), 3, made.mid(2)));
         QVERIFY(cUser.isContent());
+    }
+
+    /// A host's own dialog goes with its parent, also while a box or another dialog of it is open.
+    void goesMeanwhile_data() { addRows("row     strButton\nbox     btnOK\ncolour  btnColorLines"); }
+    void goesMeanwhile()
+    {
+        QFETCH(QString, strButton);
+        Store cStore;
+        const QPointer<QWidget> pcParent = new QWidget;
+        auto *pcDialog = new DlgDrawingConfig(config(4, 0, QString()), &cStore, pcParent);
+        pcDialog->open();
+        const QByteArray achButton = strButton.toUtf8();
+        DialogUser cUser({DialogUser::press(achButton), [&](QWidget &) { delete pcParent; }});
+        QTRY_VERIFY(!pcParent && cUser.isContent());
     }
 
     /// The store may die while the dialog is open, and nothing opens where no window can.

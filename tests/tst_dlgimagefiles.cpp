@@ -6,8 +6,10 @@
 #include <QFileDialog>
 #include <QTemporaryDir>
 
+#include "LoadFile/dlgloadfile.h"
 #include "LoadFile/loading.h"
 #include "OculinexQTStandAloneInQt.h"
+#include "SaveFile/dlgsavefile.h"
 #include "SaveFile/saving.h"
 #include "arithmparammgr.h"
 #include "datatable.h"
@@ -181,6 +183,31 @@ private slots:
         QVERIFY2(strConfig.endsWith("<Wnd>4</Wnd><PicType>RGB</PicType><PicID>6</PicID>"),
                  qPrintable(strConfig));
         QVERIFY(cUser.isContent());
+    }
+
+    /// A host's own dialog goes with its parent, also while another dialog or a box of it is open.
+    void goesMeanwhile_data()
+    {
+        addRows("row      dialog  button\n"
+                "picture  save    btnSelectPic\n"
+                "folder   save    btnBrowser\n"
+                "box      save    btnOK\n"
+                "file     load    btnBrowser\n"
+                "no file  load    btnOK");
+    }
+    void goesMeanwhile()
+    {
+        QFETCH(QString, dialog);
+        QFETCH(QString, button);
+        const QByteArray achButton = button.toUtf8();
+        ArithmParamMgr cStore;
+        const QPointer<QWidget> pcParent = new QWidget;
+        if (dialog == "save")
+            (new DlgSaveFile("<Wnd>4</Wnd>", &cStore, pcParent))->open();
+        else
+            (new DlgLoadFile(QString(), &cStore, pcParent))->open();
+        DialogUser cUser({DialogUser::press(achButton), [&](QWidget &) { delete pcParent; }});
+        QTRY_VERIFY(!pcParent && cUser.isContent());
     }
 
     void showsTheStringsAndBrowses()

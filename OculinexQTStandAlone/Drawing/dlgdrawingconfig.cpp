@@ -93,7 +93,8 @@ void setColour(QPushButton *pcButton, QRgb nColour)
 /// A cancelled colour dialog hands out a colour too: black.
 void chooseColour(QPushButton *pcButton, QWidget *pcParent)
 {
-    setColour(pcButton, QColorDialog::getColor(Qt::white, pcParent, QString()).rgb());
+    runChild(new QColorDialog(Qt::white, pcParent),
+             [pcButton](const QColorDialog &cDialog) { setColour(pcButton, cDialog.selectedColor().rgb()); });
 }
 
 Setting colour(const char *szTag, QPushButton *pcButton)
@@ -289,7 +290,10 @@ void DlgDrawingConfig::on_btnOK_clicked()
     const int nID = cTab.m_pmapID ? cTab.m_pmapID->value(m_nCurrentRow) : 0;
     if (nID < 1) {
         m_strConfigStr.clear();
+        const QPointer<DlgDrawingConfig> pcThis(this);
         warnUser(this, QStringLiteral("所选择的数据对象不存在!"));
+        if (!pcThis)
+            return;
     } else {
         m_strConfigStr = tagged("DataType", QString::number(nType)) + tagged("DataID", QString::number(nID)) +
                          tagged("Config", m_strConfigStr);

@@ -8,7 +8,7 @@
 #include "LoadFile/ui_dlgloadfile.h"
 #include "arithmparammgr.h"
 #include "configtext.h"
-#include "logging.h"
+#include "dialogs.h"
 #include "picturefile.h"
 
 namespace
@@ -128,9 +128,11 @@ void DlgLoadFile::on_btnCancel_clicked()
 
 void DlgLoadFile::on_btnBrowser_clicked()
 {
-    const QString strPath =
-        QFileDialog::getOpenFileName(this, QStringLiteral("打开图像文件"), QStringLiteral("."),
+    auto *pcDialog = new QFileDialog(this, QStringLiteral("打开图像文件"), QStringLiteral("."),
                                      QStringLiteral("Images (*.png *.bmp *.jpg)"));
-    if (!strPath.isEmpty())
-        setCurFile(strPath);
+    pcDialog->setFileMode(QFileDialog::ExistingFile);
+    runChild(pcDialog, [this](const QFileDialog &cDialog) {
+        if (cDialog.result() == Accepted && !cDialog.selectedFiles().isEmpty())
+            setCurFile(cDialog.selectedFiles().constFirst());
+    });
 }

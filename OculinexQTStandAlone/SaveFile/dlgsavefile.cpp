@@ -6,6 +6,7 @@
 #include "SaveFile/dlgselectpic.h"
 #include "SaveFile/ui_dlgsavefile.h"
 #include "configtext.h"
+#include "dialogs.h"
 #include "parametertable.h"
 
 namespace
@@ -115,9 +116,13 @@ void DlgSaveFile::on_btnCancel_clicked()
 
 void DlgSaveFile::on_btnBrowser_clicked()
 {
-    const QString strPath = QFileDialog::getExistingDirectory(this, QStringLiteral("选取目录"));
-    if (!strPath.isEmpty())
-        ui->edtBasePath->setText(strPath);
+    auto *pcDialog = new QFileDialog(this, QStringLiteral("选取目录"));
+    pcDialog->setFileMode(QFileDialog::Directory);
+    pcDialog->setOption(QFileDialog::ShowDirsOnly);
+    runChild(pcDialog, [this](const QFileDialog &cDialog) {
+        if (cDialog.result() == Accepted && !cDialog.selectedFiles().isEmpty())
+            ui->edtBasePath->setText(cDialog.selectedFiles().constFirst());
+    });
 }
 
 void DlgSaveFile::on_cmbWnd_currentIndexChanged(int nIndex)
@@ -130,9 +135,10 @@ void DlgSaveFile::on_cmbWnd_currentIndexChanged(int nIndex)
 
 void DlgSaveFile::on_btnSelectPic_clicked()
 {
-    DlgSelectPic cDialog(m_pcAPM, this);
-    if (cDialog.exec() != Accepted)
-        return;
-    ui->edtPicType->setText(cDialog.getType() == 0 ? QStringLiteral("RGB") : QStringLiteral("Gray"));
-    ui->edtSelectedPicID->setText(QString::number(cDialog.getID()));
+    runChild(new DlgSelectPic(m_pcAPM, this), [this](DlgSelectPic &cDialog) {
+        if (cDialog.result() != Accepted)
+            return;
+        ui->edtPicType->setText(cDialog.getType() == 0 ? QStringLiteral("RGB") : QStringLiteral("Gray"));
+        ui->edtSelectedPicID->setText(QString::number(cDialog.getID()));
+    });
 }
