@@ -31,6 +31,10 @@ QString configFromDialog(const char *pchConfig, ArithmParamMgr *pcAPM)
     return cDialog.exec() == QDialog::Accepted ? cDialog.getConfigString() : QString();
 }
 
+/// Whether a task that runs uses the store. Its steps have parameters in hand: none may be removed.
+/// The task manager, which knows, defines it.
+bool isStoreInUse(const ArithmParamMgr *pcAPM);
+
 /// Runs a dialog made for a parent and hands it over once it is closed, unless it went with its parent
 /// meanwhile.
 template <typename Dialog, typename Take>

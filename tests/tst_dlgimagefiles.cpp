@@ -300,6 +300,22 @@ private slots:
         QVERIFY(cUser.isContent() && cNoStore.isContent());
     }
 
+    /// The host may start the task while the dialog is open: its steps have the picture in hand.
+    void taskIsStartedMeanwhile()
+    {
+        TaskInfo cTask("t", nullptr);
+        cTask.fromString("<-TaskItem-><-MaxExeTimes->-1</-MaxExeTimes-><-ArithmID->KQ_Loading"
+                         "</-ArithmID-><-OptionStr->" +
+                         loading("图.png", 0, 1) + "</-OptionStr-></-TaskItem->");
+        const ParamDIB *pcPicture = cTask.m_pcAPM->getParamDIB(1);
+        DialogUser cUser({[&](QWidget &) { cTask.m_bRunning = true; }, DialogUser::set("rbGray=1"), OK});
+        cTask.showConfigWindow(0);
+        cTask.m_bRunning = false;
+        QCOMPARE(cTask.m_pcAPM->requestParamDIBMap()->value(1), pcPicture);
+        QCOMPARE(cTask.m_lstArithm.at(0).m_strOptionStr, loading("图.png", 0, 1));
+        QVERIFY(cUser.isContent());
+    }
+
     /// Another tasks file may replace the task while the dialog, which then uses its store, is open.
     void tasksFileIsOpenedMeanwhile()
     {

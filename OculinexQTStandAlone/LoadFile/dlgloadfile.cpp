@@ -91,7 +91,8 @@ bool DlgLoadFile::createConfigString()
     }
 
     const int nPicType = ui->rbGray->isChecked() ? Grey : Colour;
-    if (m_nOutputPicType != nPicType && m_nOutputPicID >= 0) {
+    // A host may have started the task meanwhile: then the old picture stays, and so does the config.
+    if (m_nOutputPicType != nPicType && m_nOutputPicID >= 0 && !isStoreInUse(m_pcAPM)) {
         if (m_nOutputPicType == Grey)
             m_pcAPM->removeParamGray8(m_nOutputPicID);
         else

@@ -8,6 +8,7 @@
 
 #include <QElapsedTimer>
 
+#include "dialogs.h"
 #include "taskMgr/taskMgr.h"
 
 namespace
@@ -143,6 +144,15 @@ std::shared_ptr<TaskRecord> TaskRecord::of(const TaskInfo *pcTask)
     const std::lock_guard<std::mutex> cGuard(cTable.m_cLock);
     const auto itRecord = cTable.m_mapRecord.find(pcTask);
     return itRecord == cTable.m_mapRecord.end() ? nullptr : itRecord->second;
+}
+
+bool isStoreInUse(const ArithmParamMgr *pcAPM)
+{
+    RecordTable &cTable = records();
+    const std::lock_guard<std::mutex> cGuard(cTable.m_cLock);
+    return std::any_of(cTable.m_mapRecord.begin(), cTable.m_mapRecord.end(), [&](const auto &cEntry) {
+        return cEntry.first->m_pcAPM == pcAPM && cEntry.first->IsRunning();
+    });
 }
 
 void TaskRecord::enterThread()
