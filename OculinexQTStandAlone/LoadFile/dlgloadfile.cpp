@@ -50,13 +50,13 @@ void DlgLoadFile::parseConfigString()
     const ConfigText cConfig(m_strConfigStr);
     const bool bGrey = cConfig.number("BeGray") == 1;
     (bGrey ? ui->rbGray : ui->rbRGB)->setChecked(true); // decides how large a picture may be
-    setCurFile(cConfig.text("FilePath"));
     ui->edtOutputName->setText(cConfig.text("OutputName"));
     ui->edtPicDescribe->setText(cConfig.text("Describe"));
     m_nOutputPicType = cConfig.number("PicType") == Grey ? Grey : Colour;
     bool bNumber = false;
     const int nID = cConfig.number("PicID", &bNumber);
     m_nOutputPicID = bNumber ? nID : -1;
+    setCurFile(cConfig.text("FilePath")); // last: its box may outlive the dialog
 }
 
 void DlgLoadFile::setCurFile(QString strPath)
