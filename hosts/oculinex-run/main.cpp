@@ -6,6 +6,7 @@
 #include <QGuiApplication>
 
 #include "OculinexQTStandAloneInQt.h"
+#include "common/taskcheck.h"
 #include "options.h"
 #include "picturewriter.h"
 #include "registrylist.h"
@@ -13,7 +14,6 @@
 #include "runner.h"
 #include "taskMgr/taskMgr.h"
 #include "taskcallbacks.h"
-#include "taskcheck.h"
 #include "tryout.h"
 
 namespace

@@ -10,6 +10,7 @@
 #include <QStringList>
 
 #include "arithmparammgr.h"
+#include "common/taskcheck.h"
 #include "taskMgr/taskstatus.h"
 
 /// What a task and its steps are called in everything that is printed.
@@ -33,15 +34,6 @@ struct ViewSummary {
     qint64 m_nFailed = 0;
     QString m_strFirst; ///< the first file that was written, empty when there is none
     QString m_strLast;
-};
-
-/// Something about a tasks file that loading keeps silent.
-struct Finding {
-    int m_nTask = -1;    ///< position, -1 for the file itself
-    QString m_strTask;   ///< name
-    int m_nStep = -1;    ///< position in the flow, -1 for the task itself
-    QString m_strArithm; ///< name of the step's algorithm
-    QString m_strText;
 };
 
 /// One algorithm or data source that the library knows.

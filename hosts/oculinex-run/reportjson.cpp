@@ -5,7 +5,7 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 
-#include "storeaccess.h"
+#include "common/storeaccess.h"
 
 namespace
 {

@@ -4,7 +4,7 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
-#include "storeaccess.h"
+#include "common/storeaccess.h"
 #include "texttable.h"
 
 namespace
@@ -160,15 +160,8 @@ void TextReport::summary(const QList<TaskSummary> &lstTask, const QList<ViewSumm
 
 void TextReport::findings(const QList<Finding> &lstFinding)
 {
-    for (const Finding &cFinding : lstFinding) {
-        QString strWhere;
-        if (cFinding.m_nTask >= 0)
-            strWhere = cFinding.m_strTask.isEmpty() ? QString("task %1").arg(cFinding.m_nTask + 1)
-                                                    : QString("task '%1'").arg(cFinding.m_strTask);
-        if (cFinding.m_nStep >= 0)
-            strWhere += QString(" step %1 (%2)").arg(cFinding.m_nStep + 1).arg(cFinding.m_strArithm);
-        line(stdout, strWhere.isEmpty() ? cFinding.m_strText : strWhere + ": " + cFinding.m_strText);
-    }
+    for (const Finding &cFinding : lstFinding)
+        line(stdout, findingText(cFinding));
 }
 
 void TextReport::tried(const TriedStep &cStep)

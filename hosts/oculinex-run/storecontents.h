@@ -4,7 +4,7 @@
 #include <QImage>
 #include <QStringList>
 
-#include "storeaccess.h"
+#include "common/storeaccess.h"
 
 /// Parameters of a store as pictures and as texts, for people to look at. The store is the caller's
 /// alone.

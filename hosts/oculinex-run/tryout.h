@@ -8,9 +8,9 @@
 #include <QPair>
 
 #include "arithmMgr/arithms.h"
+#include "common/storeaccess.h"
 #include "options.h"
 #include "report.h"
-#include "storeaccess.h"
 
 /// Runs algorithms on pictures without a task: one after the other on one store, as the steps of a
 /// flow, but whatever they command.

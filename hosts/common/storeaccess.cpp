@@ -1,4 +1,4 @@
-#include "storeaccess.h"
+#include "common/storeaccess.h"
 
 #include <algorithm>
 #include <iterator>

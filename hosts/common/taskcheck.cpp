@@ -1,4 +1,4 @@
-#include "taskcheck.h"
+#include "common/taskcheck.h"
 
 #include <QMap>
 #include <QRegularExpression>
@@ -6,8 +6,8 @@
 
 #include "DataSource/datasource.h"
 #include "arithmMgr/arithmregister.h"
+#include "common/storeaccess.h"
 #include "globalfunction.h"
-#include "storeaccess.h"
 #include "taskMgr/taskMgr.h"
 
 namespace
@@ -270,4 +270,15 @@ QList<Finding> checkTasks(const QString &strTasks, int &nTasks)
     const QList<Finding> lstFinding = cChecker.check(strTasks);
     nTasks = cChecker.m_nTasks;
     return lstFinding;
+}
+
+QString findingText(const Finding &cFinding)
+{
+    QString strWhere;
+    if (cFinding.m_nTask >= 0)
+        strWhere = cFinding.m_strTask.isEmpty() ? QString("task %1").arg(cFinding.m_nTask + 1)
+                                                : QString("task '%1'").arg(cFinding.m_strTask);
+    if (cFinding.m_nStep >= 0)
+        strWhere += QString(" step %1 (%2)").arg(cFinding.m_nStep + 1).arg(cFinding.m_strArithm);
+    return strWhere.isEmpty() ? cFinding.m_strText : strWhere + ": " + cFinding.m_strText;
 }
