@@ -33,18 +33,19 @@ FlowPane::FlowPane(Document &cDocument, Control &cControl, QWidget *pcParent)
 {
     m_pcAdd = addAction(tr("&Add step…"),
                         tr("Add a step: before the selected one, or at the end when none is selected"),
-                        tr("Ins"), &FlowPane::addStep);
+                        QStringLiteral("Ins"), &FlowPane::addStep);
     m_pcConfigure = addAction(tr("&Configure step…"), tr("Open the window of the selected step"),
-                              tr("Ctrl+E"), &FlowPane::configureStep);
+                              QStringLiteral("Ctrl+E"), &FlowPane::configureStep);
     m_pcDelete = addAction(tr("&Delete step…"), tr("Delete the selected step; undo brings it back"),
-                           tr("Del"), &FlowPane::deleteStep);
-    m_pcUp = addAction(tr("Move step &up"), tr("Move the selected step up"), tr("Alt+Up"), &FlowPane::moveUp);
-    m_pcDown = addAction(tr("Move step d&own"), tr("Move the selected step down"), tr("Alt+Down"),
+                           QStringLiteral("Del"), &FlowPane::deleteStep);
+    m_pcUp = addAction(tr("Move step &up"), tr("Move the selected step up"), QStringLiteral("Alt+Up"),
+                       &FlowPane::moveUp);
+    m_pcDown = addAction(tr("Move step d&own"), tr("Move the selected step down"), QStringLiteral("Alt+Down"),
                          &FlowPane::moveDown);
     m_pcSwitch = addAction(tr("&Switch step on or off"), tr("A step that is off keeps its limit for later"),
-                           tr("Ctrl+/"), &FlowPane::switchStep);
-    m_pcHere = addAction(tr("Run to &here"), tr("Run the flow once, up to the selected step"), tr("F6"),
-                         &FlowPane::runHere);
+                           QStringLiteral("Ctrl+/"), &FlowPane::switchStep);
+    m_pcHere = addAction(tr("Run to &here"), tr("Run the flow once, up to the selected step"),
+                         QStringLiteral("F6"), &FlowPane::runHere);
     const Icon aeIcon[] = {Icon::Add, Icon::Configure, Icon::Remove, Icon::Up, Icon::Down};
     for (int nAction = 0; nAction < 5; ++nAction)
         m_lstAction[nAction]->setIcon(icon(aeIcon[nAction]));

@@ -18,11 +18,6 @@ constexpr auto KEY_TASKS = "tasks";
 constexpr auto KEY_STEPS = "steps";
 constexpr auto KEY_PANES = "panes";
 
-QString tr(const char *szText)
-{
-    return QCoreApplication::translate("SideFile", szText);
-}
-
 void syncOne(const QString &strPath)
 {
     const int nFile = open(QFile::encodeName(strPath).constData(), O_RDONLY | O_CLOEXEC);
@@ -49,9 +44,10 @@ QString SideFile::read(const QString &strTasksFile)
     QJsonParseError cError{};
     const QJsonDocument cDocument = QJsonDocument::fromJson(cFile.readAll(), &cError);
     if (!cDocument.isObject())
-        return QStringLiteral("%1: %2").arg(cFile.fileName(), cError.error == QJsonParseError::NoError
-                                                                  ? tr("it holds no object")
-                                                                  : cError.errorString());
+        return QStringLiteral("%1: %2").arg(
+            cFile.fileName(), cError.error == QJsonParseError::NoError
+                                  ? QCoreApplication::translate("SideFile", "it holds no object")
+                                  : cError.errorString());
     const QJsonObject cRoot = cDocument.object();
     for (const QJsonValue cTask : cRoot[KEY_TASKS].toArray()) {
         QVector<QJsonObject> lstStep;

@@ -49,8 +49,8 @@ StepTable::StepTable(QWidget *pcParent)
     pcHeader->moveSection(On, 0);
     pcHeader->setStretchLastSection(true);
     pcHeader->setHighlightSections(false);
-    const int nDigits = fontMetrics().horizontalAdvance(QStringLiteral("0000.00")) + 12;
-    const int anWidth[] = {190, nDigits, nDigits, 34, nDigits, nDigits, nDigits};
+    const int nDigits = fontMetrics().horizontalAdvance(QStringLiteral("0000.0")) + 10;
+    const int anWidth[] = {170, nDigits, nDigits, 34, nDigits, nDigits, nDigits};
     for (int nColumn = 0; nColumn < Result; ++nColumn)
         m_pcTable->setColumnWidth(nColumn, std::max(anWidth[nColumn], pcHeader->sectionSizeHint(nColumn)));
     m_pcTable->installEventFilter(this);

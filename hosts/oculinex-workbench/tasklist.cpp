@@ -53,20 +53,21 @@ TaskList::TaskList(Document &cDocument, const Control &cControl, QWidget *pcPare
     m_pcTable->horizontalHeader()->setStretchLastSection(true);
     m_pcTable->horizontalHeader()->setHighlightSections(false);
     m_pcTable->horizontalHeader()->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
-    m_pcTable->setColumnWidth(Name, 110);
-    m_pcTable->setColumnWidth(PerSecond, 60);
+    m_pcTable->setColumnWidth(Name, 90);
+    m_pcTable->setColumnWidth(State, 86);
+    m_pcTable->setColumnWidth(PerSecond, 56);
 
-    addAction(tr("&Add task"), tr("Add a task at the end"), tr("Ctrl+Shift+N"), &TaskList::add);
+    addAction(tr("&Add task"), tr("Add a task at the end"), QStringLiteral("Ctrl+Shift+N"), &TaskList::add);
     m_pcDuplicate = addAction(tr("&Duplicate task"), tr("Add a copy of this task at the end"),
-                              tr("Ctrl+Shift+D"), &TaskList::duplicate);
-    m_pcRename =
-        addAction(tr("Re&name task"), tr("Give this task another name"), tr("F2"), &TaskList::rename);
+                              QStringLiteral("Ctrl+Shift+D"), &TaskList::duplicate);
+    m_pcRename = addAction(tr("Re&name task"), tr("Give this task another name"), QStringLiteral("F2"),
+                           &TaskList::rename);
     m_pcRemove = addAction(tr("&Remove task"), tr("Remove this task; undo brings it back"), QKeySequence(),
                            &TaskList::remove);
-    m_pcUp = addAction(tr("Move task &up"), tr("Move this task up in the list"), tr("Ctrl+Shift+Up"),
-                       &TaskList::moveUp);
-    m_pcDown = addAction(tr("Move task d&own"), tr("Move this task down in the list"), tr("Ctrl+Shift+Down"),
-                         &TaskList::moveDown);
+    m_pcUp = addAction(tr("Move task &up"), tr("Move this task up in the list"),
+                       QStringLiteral("Ctrl+Shift+Up"), &TaskList::moveUp);
+    m_pcDown = addAction(tr("Move task d&own"), tr("Move this task down in the list"),
+                         QStringLiteral("Ctrl+Shift+Down"), &TaskList::moveDown);
     const Icon aeIcon[] = {Icon::Add, Icon::Duplicate, Icon::Rename, Icon::Remove, Icon::Up, Icon::Down};
     auto *pcBar = new QToolBar;
     pcBar->setIconSize(QSize(16, 16));
