@@ -8,6 +8,7 @@
 #include <QScopedValueRollback>
 
 #include "OculinexQTStandAloneInQt.h"
+#include "common/taskcheck.h"
 #include "control.h"
 #include "globalfunction.h"
 #include "sidefile.h"
@@ -138,6 +139,18 @@ QString Document::open(const QString &strPath, QString &strWarning)
     emit tasksChanged();
     emit stateChanged();
     return {};
+}
+
+QStringList Document::findings() const
+{
+    QFile cFile(m_strPath);
+    if (!cFile.open(QFile::ReadOnly))
+        return {};
+    int nTasks = 0;
+    QStringList lstText;
+    for (const Finding &cFinding : checkTasks(QString::fromUtf8(cFile.readAll().constData()), nTasks))
+        lstText.append(findingText(cFinding));
+    return lstText;
 }
 
 QString Document::save(const QString &strPath)

@@ -37,6 +37,8 @@ public:
     /// Of a side file that can't be read strWarning tells the reason.
     QString open(const QString &strPath, QString &strWarning);
     QString save(const QString &strPath);
+    /// What the file holds that loading keeps silent, a line each.
+    QStringList findings() const;
 
     int taskCount() const { return m_lstState.size(); }
     static TaskInfo *task(int nTask); ///< null for a position without a task

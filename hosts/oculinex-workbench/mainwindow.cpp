@@ -35,6 +35,7 @@ constexpr int RECENT_FILES = 8;
 constexpr int VIEWS = 3;      ///< that a host can read
 constexpr int NOTE_MS = 6000; ///< for how long the status bar shows a note
 constexpr QSize DEFAULT_VIEW(640, 480);
+constexpr int FINDINGS = 100; ///< that the log shows of a file
 const QString KEY_WIDTH = QStringLiteral("width");
 const QString KEY_HEIGHT = QStringLiteral("height");
 const QString KEY_ZOOM = QStringLiteral("zoom");
@@ -335,6 +336,14 @@ void MainWindow::load(const QString &strPath)
     noteRecent(m_cDocument.path());
     applyViewSettings();
     m_pcTasks->setCurrent(0);
+    const QStringList lstFinding = m_cDocument.findings();
+    for (const QString &strFinding : lstFinding.mid(0, FINDINGS))
+        qWarning("%s: %s", qUtf8Printable(m_cDocument.name()), qUtf8Printable(strFinding));
+    if (lstFinding.size() > FINDINGS)
+        qWarning("%s: oculinex-run --check lists %d more", qUtf8Printable(m_cDocument.name()),
+                 lstFinding.size() - FINDINGS);
+    if (!lstFinding.isEmpty())
+        statusBar()->showMessage(tr("The log tells what is odd about this file."), NOTE_MS);
     if (!strWarning.isEmpty())
         QMessageBox::warning(
             this, tr("Open"),

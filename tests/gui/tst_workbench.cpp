@@ -12,11 +12,13 @@
 #include <QSettings>
 #include <QTableWidget>
 #include <QTemporaryDir>
+#include <QTreeView>
 
 #include "datatable.h"
 #include "dialoguser.h"
 #include "flowpage.h"
 #include "flowpane.h"
+#include "logmodel.h"
 #include "mainwindow.h"
 #include "steptable.h"
 #include "taskMgr/taskMgr.h"
@@ -203,6 +205,21 @@ private slots:
         QVERIFY(!cBench.isWindowModified());
         for (int nUndo = 0; nUndo < 5; ++nUndo)
             QVERIFY(!cBench.trigger("Undo"));
+    }
+
+    /// What loading keeps silent about a file is told in the log.
+    void tellsWhatIsOdd()
+    {
+        write(m_strFile, contents(m_strFile).replace("<-MaxExeTimes->5<", "<-MaxExeTimes->five<"));
+        Bench cBench(m_strFile);
+        const auto *pcLines = cBench.findChild<QTreeView *>("lines")->model();
+        const auto fnTold = [&] {
+            for (int nRow = 0; nRow < pcLines->rowCount(); ++nRow)
+                if (pcLines->index(nRow, LogModel::Text).data().toString().contains("holds 'five'"))
+                    return true;
+            return false;
+        };
+        QTRY_VERIFY(fnTold());
     }
 
     void undoesAndRedoes_data()
