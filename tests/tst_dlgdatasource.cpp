@@ -161,7 +161,10 @@ private slots:
     }
 
     /// Nothing survives, however the dialog is left.
-    void cancels_data() { addRows("row  strHow\n1  button\n2  key\n3  closed inside the kind's window"); }
+    void cancels_data()
+    {
+        addRows("row  strHow\n1  button\n2  key\n3  closed inside the kind's window\n4  pressed inside it");
+    }
     void cancels()
     {
         QFETCH(QString, strHow);
@@ -169,7 +172,14 @@ private slots:
         QString strConfig = "<DSName>gone</DSName><Config>old</Config>";
         const QString strKept = strConfig;
         std::list<DialogUser::Act> lstAct = {use("假"), use("假")};
-        if (strHow == "button")
+        const bool bNested = strHow == "pressed inside it";
+        if (bNested)
+            s_fnWindow = [] {
+                if (s_lstCall.filter("show").size() == 1)
+                    QMetaObject::invokeMethod(QApplication::activeModalWidget(), "on_btnSetting_clicked");
+                return "new";
+            };
+        if (strHow == "button" || bNested)
             lstAct.push_back(CANCEL);
         else if (strHow == "key")
             lstAct.push_back([](QWidget &cDialog) { QTest::keyClick(&cDialog, Qt::Key_Escape); });
@@ -186,8 +196,8 @@ private slots:
         QVERIFY(!DataSource::getInstance()->newDataSource(&cStore, strConfig));
         QVERIFY(cUser.isContent());
         QCOMPARE(strConfig, strKept);
-        QCOMPARE(s_lstCall.filter("show").size(), 2);
-        QCOMPARE(s_lstCall.filter("remove").size(), 2);
+        QCOMPARE(s_lstCall.filter("show").size(), bNested ? 3 : 2);
+        QCOMPARE(s_lstCall.filter("remove").size(), s_lstCall.filter("show").size());
         QVERIFY(!s_lstCall.join(' ').contains("takes input"));
         QVERIFY(cStore.requestParamDIBMap()->isEmpty());
     }

@@ -93,7 +93,7 @@ void DlgDataSource::on_btnSetting_clicked()
     if (!pcInstance->getConfigString().isEmpty())
         m_strSubConfigString = pcInstance->getConfigString();
     ui->edtSelectedSource->setText(strKind);
-    m_pcDSI = pcInstance.release();
+    delete std::exchange(m_pcDSI, pcInstance.release()); // the window may have led here once more
 }
 
 void DlgDataSource::on_btnOK_clicked()
