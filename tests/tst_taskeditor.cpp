@@ -383,7 +383,16 @@ private slots:
     void offTheGuiThread()
     {
         QTest::ignoreMessage(QtWarningMsg, "No arithm have been selected.");
-        std::thread([] { TaskInfo(QString(), nullptr).modifyOption(); }).join();
+        QTableWidget cTable;
+        bool bMenu = true;
+        std::thread([&] {
+            TaskInfo cTask(QString(), nullptr);
+            cTask.m_pcTaskFlow = &cTable;
+            cTask.modifyOption();
+            cTask.showContextmenu(QPoint());
+            bMenu = cTask.m_pcMenu;
+        }).join();
+        QVERIFY(!bMenu);
     }
 
     void widgetsGoFirst()
@@ -408,6 +417,15 @@ private slots:
         cTask.showContextmenu(QPoint());
         QVERIFY(!cTask.m_pcMenu);
         QVERIFY(cTask.m_mapArithm.isEmpty());
+    }
+
+    void menuGoesWithItsTask()
+    {
+        Bench cBench;
+        cBench.algorithm();
+        const QPointer<QMenu> pcMenu = cBench.m_pcTask->m_pcMenu;
+        delete std::exchange(cBench.m_pcTask, nullptr);
+        QTRY_VERIFY(!pcMenu);
     }
 
     void tasksGoWhileABoxIsOpen()

@@ -203,7 +203,7 @@ void TaskInfo::disconnectEvents()
 void TaskInfo::showContextmenu(QPoint cPos)
 {
     QTableWidget *pcTable = tableOf(*this);
-    if (m_hThread != 0 || !pcTable)
+    if (m_hThread != 0 || !pcTable || !isGuiThread())
         return;
     if (!m_pcMenu) {
         m_pcMenu = new QMenu(pcTable);

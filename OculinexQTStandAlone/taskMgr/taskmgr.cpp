@@ -3,6 +3,7 @@
 #include <memory>
 
 #include <QComboBox>
+#include <QMenu>
 
 #include "Drawing/drawing.h"
 #include "arithmparammgr.h"
@@ -118,6 +119,8 @@ TaskInfo::~TaskInfo()
 {
     stopForDestruction(this);
     disconnectEvents();
+    if (m_pcMenu)
+        m_pcMenu->deleteLater(); // it may be the menu whose action deletes the task
     delete m_pcDS;
     Drawing::disarm(m_pcAPM);
     ArithmParamMgr::deleteInstance(m_pcAPM);
