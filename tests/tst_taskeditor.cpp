@@ -379,7 +379,26 @@ private slots:
         QVERIFY(cBoxes.m_strSeen.isEmpty() && s_lstError.isEmpty());
     }
 
-    /// Nobody could answer a box there.
+    /// A message that a step prints may lead the host anywhere, also to the slots that edit the flow.
+    void notInTheMiddleOfARun()
+    {
+        Bench cBench;
+        static TaskInfo *s_pcTask;
+        s_pcTask = cBench.m_pcTask;
+        s_pcTask->getTaskItem()[0].m_strOptionStr = "<Result><CMD>print:x</CMD></Result>";
+        s_pcTask->setPrintCallBack([](QString) {
+            s_pcTask->delArithm();
+            s_pcTask->modifyOption();
+        });
+        cBench.m_cTable.selectRow(0);
+        Boxes cBoxes({"Yes"});
+        const QString strBefore = s_pcTask->toString();
+        s_pcTask->runTaskOnce();
+        QCOMPARE(s_pcTask->toString(), strBefore);
+        QCOMPARE(cBoxes.m_strSeen, "");
+    }
+
+    /// Nobody could answer a box there, and nobody use a menu.
     void offTheGuiThread()
     {
         QTest::ignoreMessage(QtWarningMsg, "No arithm have been selected.");

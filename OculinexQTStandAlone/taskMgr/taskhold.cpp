@@ -15,7 +15,7 @@ TaskHold::~TaskHold()
 
 bool TaskHold::mayEdit() const
 {
-    return m_pcTask && !m_pcRecord->isToGo() && !m_pcTask->IsRunning();
+    return m_pcTask && !m_pcRecord->isToGo() && !m_pcRecord->isBusy();
 }
 
 void TaskHold::destroy(TaskInfo *pcTask)

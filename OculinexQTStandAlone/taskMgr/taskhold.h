@@ -22,8 +22,8 @@ public:
     TaskHold(const TaskHold &) = delete;
     TaskHold &operator=(const TaskHold &) = delete;
 
-    /// False when the task runs, is gone or about to go: then it is left alone, and what a dialog
-    /// says is dropped.
+    /// False when steps of the task run, or it is gone or about to go: then it is left alone, and what
+    /// a dialog says is dropped.
     bool mayEdit() const;
 
     /// Deletes a task that stands in no map any more, once it is held no more. Null is ignored.

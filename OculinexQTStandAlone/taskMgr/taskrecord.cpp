@@ -151,8 +151,13 @@ bool isStoreInUse(const ArithmParamMgr *pcAPM)
     RecordTable &cTable = records();
     const std::lock_guard<std::mutex> cGuard(cTable.m_cLock);
     return std::any_of(cTable.m_mapRecord.begin(), cTable.m_mapRecord.end(), [&](const auto &cEntry) {
-        return cEntry.first->m_pcAPM == pcAPM && cEntry.first->IsRunning();
+        return cEntry.first->m_pcAPM == pcAPM && cEntry.second->isBusy();
     });
+}
+
+bool TaskRecord::isBusy() const
+{
+    return m_pcTask->IsRunning() || m_nCallersRuns > 0;
 }
 
 void TaskRecord::enterThread()

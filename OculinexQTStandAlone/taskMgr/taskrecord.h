@@ -83,6 +83,9 @@ public:
     std::shared_ptr<RunFigures> renewFigures(int nSteps);
     std::shared_ptr<RunFigures> figures() const;
 
+    /// Whether steps of the task run, on its own thread or on a caller's.
+    bool isBusy() const;
+
     TaskInfo *const m_pcTask;
     std::atomic<int> m_nCallersRuns{0}; ///< runs of the task on the threads that asked for them
 
