@@ -85,7 +85,8 @@ void TestPluginTables::settings()
 
     const PluginSetting cBlock = setting(table("OCX_Threshold"), "Block");
     QCOMPARE(cBlock.m_strWhenTag, QString("Method"));
-    QCOMPARE(cBlock.m_strWhenValue, QString("Adaptive"));
+    QCOMPARE(cBlock.m_lstWhenValue, QStringList{"Adaptive"});
+    QCOMPARE(setting(table("OCX_Compare"), "UpperLimit").m_lstWhenValue, (QStringList{"Between", "Outside"}));
     QCOMPARE(setting(table("OCX_Blobs"), "AreasID").m_strPrefix, QString("Areas"));
     QCOMPARE(setting(table("OCX_Blobs"), "Label").m_strInitial, QString("objects"));
 }

@@ -125,7 +125,7 @@ bool isInForce(const PluginSetting &cSetting, const PluginTable &cTable, const Q
     for (const PluginSetting &cOther : cTable.m_lstSetting)
         if (strChosen.isEmpty() && cOther.m_strTag == cSetting.m_strWhenTag)
             strChosen = cOther.m_strInitial;
-    return strChosen.compare(cSetting.m_strWhenValue, Qt::CaseInsensitive) == 0;
+    return cSetting.m_lstWhenValue.contains(strChosen, Qt::CaseInsensitive);
 }
 
 bool isStoreAccessKnown(const QString &strArithmID)

@@ -52,7 +52,8 @@ PluginSetting setting(const QJsonValue &cValue)
     cSetting.m_strName = cValue["name"].toString();
     cSetting.m_strDescribe = cValue["describe"].toString();
     cSetting.m_strWhenTag = cValue["when"]["tag"].toString();
-    cSetting.m_strWhenValue = cValue["when"]["value"].toString();
+    for (const QJsonValue cWhen : cValue["when"]["values"].toArray())
+        cSetting.m_lstWhenValue += cWhen.toString();
     return cSetting;
 }
 /// The table that the exported function of that name returns.

@@ -2,7 +2,7 @@
 #define PLUGINTABLE_H
 
 #include <QList>
-#include <QString>
+#include <QStringList>
 
 #include "sdk/description.h"
 
@@ -39,8 +39,8 @@ struct PluginSetting {
     QString m_strName;             ///< of an output: counts while those are missing
     QString m_strDescribe;
 
-    QString m_strWhenTag; ///< counts only while this choice is m_strWhenValue; empty: always
-    QString m_strWhenValue;
+    QString m_strWhenTag; ///< counts only while this choice is one of m_lstWhenValue; empty: always
+    QStringList m_lstWhenValue;
 
     bool isInput() const { return m_eKind == Plugin::SettingKind::Input; }
     bool isOutput() const { return m_eKind == Plugin::SettingKind::Output; }

@@ -50,15 +50,18 @@ QJsonArray kinds(const Setting &cSetting)
     return cKinds;
 }
 
-/// The option that the choice has to have, for a setting that depends on one.
+/// The options of which the choice has to have one, for a setting that depends on it.
 QJsonObject condition(const Setting &cSetting, const PluginDescription &cPlugin)
 {
     const std::string_view strTag = cSetting.m_szWhenTag;
     const Setting *pcChoice = std::find_if(cPlugin.begin(), cPlugin.end(), [=](const Setting &cOther) {
         return cOther.m_eKind == SettingKind::Choice && strTag == cOther.m_szTag;
     });
-    return {{"tag", cSetting.m_szWhenTag},
-            {"value", pcChoice->m_pcOptions[cSetting.m_nWhenOption].m_szValue}};
+    QJsonArray cValues;
+    for (int n = 0; n < pcChoice->m_nOptions; ++n)
+        if (cSetting.m_nWhenOptions >> n & 1)
+            cValues += pcChoice->m_pcOptions[n].m_szValue;
+    return {{"tag", cSetting.m_szWhenTag}, {"values", cValues}};
 }
 
 QString initialText(const Setting &cSetting)

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <iterator>
 #include <string_view>
+#include <type_traits>
 
 #include "arithmparammgr.h"
 
@@ -67,13 +68,13 @@ struct Setting {
     int m_nOptions = 0;
     unsigned m_nKinds = 0;        ///< of a parameter: the kinds that it may have (kindBit)
     Kind m_eUsual = Kind::DIB;    ///< that one which it has when m_szTypeTag is missing
-    int m_nWhenOption = 0;        ///< with m_szWhenTag
+    unsigned m_nWhenOptions = 0;  ///< with m_szWhenTag: a bit for each option
     const char *m_szTypeTag = ""; ///< the tag that tells which ("RGB" …); "" if there is one kind only
     const char *m_szPrefix = "";  ///< of an output: before its tags "Name" and "Describe"
     const char *m_szName = "";    ///< of an output: its name and description when these are missing
     const char *m_szDescribe = "";
 
-    const char *m_szWhenTag = ""; ///< counts only while the choice of this tag has m_nWhenOption; "" always
+    const char *m_szWhenTag = ""; ///< counts only while this choice is in m_nWhenOptions; "" always
 };
 
 constexpr unsigned kindBit(Kind eKind)
@@ -109,13 +110,15 @@ struct Described : Setting {
         cSelf.m_cHelp = cHelp;
         return cSelf;
     }
-    /// Counts only while that choice has this option.
-    template <typename Choice>
-    constexpr Self when(const Choice &cChoice, typename Choice::Value eOption) const
+    /// Counts only while that choice has one of these options.
+    template <typename Choice, typename... Options>
+    constexpr Self when(const Choice &cChoice, Options... eOptions) const
     {
+        static_assert(sizeof...(Options) > 0 && (std::is_same_v<typename Choice::Value, Options> && ...),
+                      "A setting depends on options of the choice.");
         Self cSelf = self();
         cSelf.m_szWhenTag = cChoice.m_szTag;
-        cSelf.m_nWhenOption = static_cast<int>(eOption);
+        cSelf.m_nWhenOptions = ((1U << static_cast<unsigned>(eOptions)) | ...);
         return cSelf;
     }
     constexpr Self unit(Caption cUnit) const

@@ -119,12 +119,14 @@ constexpr bool isProper(const Setting &cSetting)
 /// Numbers begin within their range, and a setting depends only on a choice of the same table.
 constexpr bool hasProperValues(const Setting *pcSettings, size_t nSettings)
 {
+    constexpr int WHEN_BITS = 32; // of Setting::m_nWhenOptions
     for (size_t n = 0; n < nSettings; ++n) {
         const std::string_view strWhen = pcSettings[n].m_szWhenTag;
         bool bThere = strWhen.empty();
         for (size_t nOther = 0; nOther < nSettings; ++nOther)
-            bThere = bThere || (pcSettings[nOther].m_eKind == SettingKind::Choice &&
-                                strWhen == pcSettings[nOther].m_szTag);
+            bThere = bThere ||
+                     (pcSettings[nOther].m_eKind == SettingKind::Choice &&
+                      pcSettings[nOther].m_nOptions <= WHEN_BITS && strWhen == pcSettings[nOther].m_szTag);
         if (!bThere || !isProper(pcSettings[n]))
             return false;
     }
@@ -150,7 +152,7 @@ constexpr bool checkTable()
                   "A setting has no tag, a tag with other than letters and digits, or one twice.");
     static_assert(hasProperValues(Author::SETTINGS, SETTINGS_NUM),
                   "A setting's initial value is outside of its range, or it depends on a choice that is "
-                  "not in the table.");
+                  "not in the table or has more than 32 options.");
     static_assert(!bSource || !hasParameters(Author::SETTINGS, SETTINGS_NUM),
                   "A data source has no parameters of the store among its settings.");
     return true;

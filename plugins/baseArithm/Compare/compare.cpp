@@ -80,6 +80,7 @@ public:
     static constexpr Plugin::Real LIMIT{"Limit", {"界限", "Limit"}, 1, -LARGEST, LARGEST};
     static constexpr auto UPPER =
         Plugin::Real("UpperLimit", {"上限", "Upper limit"}, 1, -LARGEST, LARGEST)
+            .when(CONDITION, BETWEEN, OUTSIDE)
             .help({"只用于之间和之外；两个界限都算在之间。",
                    "For between and outside only; both limits themselves are between."});
     static constexpr auto TRUE =

@@ -313,12 +313,15 @@ void SettingsWindow::makeEditor(QFormLayout *pcForm, Row &cRow)
 bool SettingsWindow::counts(const Row &cRow) const
 {
     const Setting &cSetting = *cRow.m_pcSetting;
+    if (!*cSetting.m_szWhenTag)
+        return true;
     for (const Row &cOther : m_lstRow)
-        if (*cSetting.m_szWhenTag && cOther.m_pcEditor &&
-            utf8(cOther.m_pcSetting->m_szTag) == utf8(cSetting.m_szWhenTag))
-            return cOther.m_pcEditor->value() ==
-                   utf8(cOther.m_pcSetting->m_pcOptions[cSetting.m_nWhenOption].m_szValue);
-    return true;
+        if (cOther.m_pcEditor && utf8(cOther.m_pcSetting->m_szTag) == utf8(cSetting.m_szWhenTag))
+            for (int n = 0; n < cOther.m_pcSetting->m_nOptions; ++n)
+                if (cSetting.m_nWhenOptions >> n & 1 &&
+                    cOther.m_pcEditor->value() == utf8(cOther.m_pcSetting->m_pcOptions[n].m_szValue))
+                    return true;
+    return false;
 }
 
 /// The kind of a parameter as it is chosen now: an output follows the input that shares its type.
