@@ -2,7 +2,6 @@
 #define PLUGINFIXTURE_H
 
 #include <memory>
-#include <utility>
 
 #include <QImage>
 #include <QtTest>
@@ -73,9 +72,6 @@ inline bool same(const cv::Mat &cA, const cv::Mat &cB)
 {
     return cA.size() == cB.size() && cA.type() == cB.type() && cv::norm(cA, cB, cv::NORM_INF) == 0;
 }
-
-/// Sizes of pictures that nobody thinks of, the empty one first.
-constexpr std::pair<int, int> ODD_SIZES[] = {{0, 0}, {1, 1}, {5, 3}, {4096, 3000}};
 
 /// A test whose cases each begin with an empty store.
 class PluginTest : public QObject

@@ -1,5 +1,4 @@
 #include <cmath>
-#include <ctime>
 
 #include <QLine>
 #include <QTemporaryDir>
@@ -420,15 +419,9 @@ private slots:
         QTest::addColumn<QString>("strConfig");
         QTest::addColumn<QString>("strError");
         const QString strLines = "<InputID>1</InputID><LinesID>1</LinesID>";
-        const QString strCorners = "<InputID>1</InputID><PointsID>1</PointsID>";
         const QString strPicture = "<Template>Picture</Template>";
-        row("no picture", "OCX_Corners", "<InputID>9</InputID><PointsID>1</PointsID>",
-            "Input picture 9 is empty.");
-        row("no list", "OCX_Lines", "<InputID>1</InputID>", "Setting LinesID is missing.");
         row("region outside", "OCX_Lines", strLines + "<Region>61,0,5,5</Region>",
             "The region lies outside of the picture.");
-        row("quality of 0", "OCX_Corners", strCorners + "<Quality>0</Quality>",
-            "Setting Quality is \"0\", wanted is a number from 0.0001 to 1.");
         row("radii exchanged", "OCX_CircleMeasure",
             CIRCLE + "<MinRadius>80</MinRadius><MaxRadius>40</MaxRadius>",
             "Setting MinRadius is 80, above MaxRadius, which is 40.");
@@ -455,57 +448,6 @@ private slots:
         fill(m_pcStore->getParamGray8(1), 1);
         put(m_pcStore->getParamGray8(3), cv::Mat(3, 5, CV_8UC1, cv::Scalar(9)));
         QCOMPARE(run(strID, strConfig), strError);
-    }
-
-    void survivesOddPictures_data()
-    {
-        QTest::addColumn<QString>("strID");
-        QTest::addColumn<QString>("strConfig");
-        row("lines", "OCX_Lines", "<LinesID>1</LinesID><Low>0</Low><High>0</High><AngleStep>10</AngleStep>");
-        row("lines, edges", "OCX_Lines",
-            "<LinesID>1</LinesID><Content>Edges</Content><Votes>1</Votes><MinLength>1</MinLength>"
-            "<MaxGap>10000</MaxGap><AngleStep>10</AngleStep>");
-        row("corners", "OCX_Corners",
-            "<PointsID>1</PointsID><SubPixel>1</SubPixel><Quality>0.0001</Quality><Distance>0</Distance>"
-            "<MaxCount>20000</MaxCount><Block>31</Block>");
-        row("template, all", "OCX_TemplateMatch",
-            "<TemplateID>2</TemplateID><AreasID>1</AreasID><ScoresID>1</ScoresID><Template>Picture</Template>"
-            "<Matches>All</Matches><Score>0.01</Score><Overlap>90</Overlap><MaxCount>100000</MaxCount>");
-        row("circle", "OCX_CircleMeasure",
-            CIRCLE + "<MinRadius>3</MinRadius><Contrast>1</Contrast><Rays>1440</Rays>"
-                     "<Tolerance>50</Tolerance><Coverage>10</Coverage>");
-    }
-
-    void survivesOddPictures()
-    {
-        QFETCH(QString, strID);
-        QFETCH(QString, strConfig);
-        cv::Mat cPart(3, 3, CV_8UC1, cv::Scalar(0));
-        cPart.at<uchar>(1, 1) = 255;
-        put(m_pcStore->getParamGray8(2), cPart);
-        const cv::Size acSize[] = {{1, 1}, {5, 3}, {3, 5}, {1, 500}, {4096, 3000}};
-        for (const cv::Size cSize : acSize)
-            for (const bool bPlain : {true, false}) {
-                if (bPlain && cSize.width > 1000)
-                    continue;
-                ParamGray8 *pcPicture = m_pcStore->getParamGray8(1);
-                fill(pcPicture, 5, cSize.width, cSize.height);
-                if (bPlain)
-                    header(pcPicture) = 255;
-                const std::clock_t nBegin = std::clock(); // of the processor: others may use it as well
-                const QString strError = run(strID, "<InputID>1</InputID>" + strConfig);
-                const std::clock_t nSeconds = (std::clock() - nBegin) / CLOCKS_PER_SEC;
-                const QString strWhere = QString("%1 x %2: %3 s %4")
-                                             .arg(cSize.width)
-                                             .arg(cSize.height)
-                                             .arg(nSeconds)
-                                             .arg(strError);
-                // A sentence of the plug-in's own, not OpenCV's.
-                QVERIFY2(strError.isEmpty() || (strError.endsWith('.') && !strError.contains("OpenCV")),
-                         qPrintable(strWhere));
-                constexpr int PATIENCE_SECONDS = 30;
-                QVERIFY2(nSeconds < PATIENCE_SECONDS, qPrintable(strWhere));
-            }
     }
 };
 

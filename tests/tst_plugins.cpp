@@ -7,7 +7,6 @@
 
 #include "OculinexQTStandAloneInQt.h"
 #include "fixtures/row.h"
-#include "fixtures/together.h"
 #include "pluginfixture.h"
 
 namespace
@@ -202,59 +201,6 @@ private slots:
             run("OCX_Blobs", "<InputID>0</InputID><AreasID>1</AreasID><StringsID>1</StringsID>" + strConfig),
             strResult);
         QCOMPARE(m_pcStore->getParamStrings(1)->getStrings(), QList<QString>{strCount});
-    }
-
-    void refuses_data()
-    {
-        QTest::addColumn<QString>("strID");
-        QTest::addColumn<QString>("strConfig");
-        QTest::addColumn<QString>("strError");
-        const QString strIDs =
-            "<InputID>1</InputID><OutputID>2</OutputID><AreasID>1</AreasID><StringsID>1</StringsID>";
-        row("no picture", "OCX_ToGray", "<InputID>3</InputID><OutputID>2</OutputID>",
-            "Input picture 3 is empty.");
-        row("nothing set", "OCX_Blur", "", "Setting InputID is missing.");
-        row("id below 0", "OCX_Threshold", "<InputID>1</InputID><OutputID>-1</OutputID>",
-            "Setting OutputID is \"-1\", wanted is a whole number from 0 to 2147483647.");
-        row("even block", "OCX_Threshold", strIDs + "<Method>Adaptive</Method><Block>10</Block>",
-            "Setting Block is \"10\", wanted is an odd number.");
-        row("no number", "OCX_Blobs", strIDs + "<MinSize>12x</MinSize>",
-            "Setting MinSize is \"12x\", wanted is a whole number from 0 to 2147483647.");
-        row("unknown choice", "OCX_Blur", strIDs + "<Method>Sharpen</Method>",
-            "Setting Method is \"Sharpen\", wanted is one of Gaussian, Box, Median.");
-        row("no command", "OCX_Blobs", strIDs + "<WhenInside>skip:far</WhenInside>",
-            "Setting WhenInside is \"skip:far\", wanted is skip:NUMBER, stop:TEXT or print:TEXT.");
-        row("stray end tag", "OCX_ToGray", "</InputID><InputID>1</InputID><OutputID>2</OutputID>",
-            "Setting InputID is missing.");
-    }
-
-    void refuses()
-    {
-        QFETCH(QString, strID);
-        QFETCH(QString, strConfig);
-        QFETCH(QString, strError);
-        fill(m_pcStore->getParamGray8(1), 1);
-        QCOMPARE(run(strID, strConfig), strError);
-    }
-
-    void runsInSeveralTasksAtOnce()
-    {
-        std::atomic<int> nFaults{0};
-        together(4, [&](int nThread) {
-            ArithmParamMgr cStore;
-            fillBinary(cStore.getParamGray8(1), nThread, 20 + nThread * 10, 100 + nThread, 50);
-            const QString strConfig =
-                "<InputID>1</InputID><AreasID>1</AreasID><StringsID>1</StringsID><Print>1</Print>";
-            const QString strFirst = runPlugin("OCX_Blobs", strConfig, &cStore);
-            const QString strFault = QString("<InputID>%1</InputID>").arg(nThread + 10);
-            for (int nRun = 0; nRun < 100; ++nRun)
-                if (runPlugin("OCX_Blobs", strConfig, &cStore) != strFirst ||
-                    runPlugin("OCX_ToGray", strFault, &cStore) !=
-                        QString("Input picture %1 is empty.").arg(nThread + 10) ||
-                    !runPlugin("OCX_Blur", "<InputID>1</InputID><OutputID>2</OutputID>", &cStore).isEmpty())
-                    ++nFaults;
-        });
-        QCOMPARE(nFaults.load(), 0);
     }
 
     void countsOnThePhotographs()

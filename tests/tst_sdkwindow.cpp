@@ -9,7 +9,6 @@
 #include <QComboBox>
 #include <QDir>
 #include <QLabel>
-#include <QLibrary>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
@@ -192,8 +191,6 @@ private slots:
     void closesWhileThePreviewComputes();
     void sourceWindow();
     void keysGoDownTheWindow();
-    void windowsOfThePlugins_data();
-    void windowsOfThePlugins();
 
 private:
     ArithmParamMgr *store() { return m_pcStore.get(); }
@@ -465,58 +462,6 @@ void TstSdkWindow::keysGoDownTheWindow()
         QCOMPARE(Tidy::fault(pcWindow), QString());
         click(pcWindow, "btnCancel");
     });
-}
-
-void TstSdkWindow::windowsOfThePlugins_data()
-{
-    QTest::addColumn<QString>("strPath");
-    const QString strRoot = QStringLiteral(OCULINEX_BINARY_DIR "/bin/");
-    for (const char *szFolder : {"baseArithm", "DataSource"})
-        for (const QFileInfo &cFile : QDir(strRoot + szFolder).entryInfoList({"*.so"}, QDir::Files))
-            QTest::newRow(qPrintable(cFile.baseName())) << cFile.filePath();
-}
-
-void TstSdkWindow::windowsOfThePlugins()
-{
-    QFETCH(QString, strPath);
-    QLibrary cLibrary(strPath);
-    QVERIFY2(cLibrary.load(), qPrintable(cLibrary.errorString()));
-    using Edit = char *(*)(char *, ArithmParamMgr *, bool);
-    using EditSource = char *(*)(char *, bool);
-    using Execute = char *(*)(char *, ArithmParamMgr *);
-    const auto fnEdit = reinterpret_cast<Edit>(cLibrary.resolve("showConfigWindow"));
-    const auto fnEditSource = reinterpret_cast<EditSource>(cLibrary.resolve("showConfigDlg"));
-    const auto fnExecute = reinterpret_cast<Execute>(cLibrary.resolve("execute"));
-    QVERIFY(fnEditSource || (fnEdit && fnExecute));
-
-    store()->getParamPoints(1)->setPoints({{3, 4}});
-    store()->getParamLines(1)->setLines({{0, 0, 9, 9}});
-    store()->getParamPolys(1)->setPolys({{{{1, 1}, {9, 1}, {9, 9}}}});
-    store()->getParamAreas(1)->setAreas({{4, {1, 2, 1, 2}, 1, 1}});
-    store()->getParamStrings(1)->setStrings({"24 coins"});
-    store()->getParamLongs(1)->addLong(24);
-    store()->getParamDoubles(1)->addDouble(2.5);
-    store()->getParamBools(1)->addBool(true);
-    const auto fnShow = [&](QByteArray achConfig, const char *szButton) {
-        QTimer::singleShot(0, qApp, [=] {
-            // A class of the plug-in's own.
-            auto *pcWindow = qobject_cast<QDialog *>(QApplication::activeModalWidget());
-            QVERIFY(pcWindow);
-            QCOMPARE(Tidy::fault(pcWindow), QString());
-            click(pcWindow, szButton);
-            QVERIFY(!pcWindow->isVisible());
-        });
-        return QByteArray(fnEdit ? fnEdit(achConfig.data(), store(), true)
-                                 : fnEditSource(achConfig.data(), true));
-    };
-    QByteArray achConfig = fnShow({}, "btnOK");
-    QVERIFY(achConfig.startsWith('<'));
-    if (fnExecute) {
-        const QByteArray achResult = fnExecute(achConfig.data(), store());
-        QVERIFY2(!achResult.startsWith("Setting "), achResult);
-    }
-    QCOMPARE(fnShow(achConfig, "btnOK"), achConfig);
-    QCOMPARE(fnShow(achConfig, "btnCancel"), fnEdit ? QByteArray() : achConfig);
 }
 
 QTEST_MAIN(TstSdkWindow)

@@ -1,0 +1,375 @@
+// What holds for every plug-in: its README agrees with its table, its window gives back what it got, and
+// nothing that it is given makes it crash, hang or speak of its insides.
+
+#include <ctime>
+
+#include <QFile>
+#include <QRegularExpression>
+
+#include <opencv2/imgproc.hpp>
+
+#include "dialoguser.h"
+#include "everyplugin.h"
+#include "fixtures/row.h"
+#include "pluginfixture.h"
+#include "tidy.h"
+
+using namespace EveryPlugin;
+
+namespace
+{
+/// Everything that a plug-in may read, under ID 1; the picture in each kind.
+std::unique_ptr<ArithmParamMgr> filledStore(const cv::Mat &cGrey)
+{
+    auto pcStore = std::make_unique<ArithmParamMgr>();
+    if (!cGrey.empty()) {
+        cv::Mat cColour;
+        cv::cvtColor(cGrey, cColour, cv::COLOR_GRAY2BGR);
+        put(pcStore->getParamDIB(1), cColour);
+        put(pcStore->getParamGray8(1), cGrey);
+        pcStore->getParamGray16(1)->resize(cGrey.cols, cGrey.rows);
+    }
+    pcStore->getParamPoints(1)->setPoints({{3, 4}});
+    pcStore->getParamLines(1)->setLines({{0, 0, 9, 9}});
+    pcStore->getParamPolys(1)->setPolys({{{{1, 1}, {9, 1}, {9, 9}}}});
+    pcStore->getParamAreas(1)->setAreas({{4, {1, 2, 1, 2}, 1, 1}});
+    pcStore->getParamStrings(1)->setStrings({"24 coins"});
+    pcStore->getParamLongs(1)->addLong(24);
+    pcStore->getParamDoubles(1)->addDouble(2.5);
+    pcStore->getParamBools(1)->addBool(true);
+    return pcStore;
+}
+
+cv::Mat noise(cv::Size cSize)
+{
+    cv::Mat cPicture(cSize, CV_8UC1);
+    if (!cPicture.empty())
+        cv::randu(cPicture, 0, 256);
+    return cPicture;
+}
+
+/// What an algorithm or a data source says to a configuration, and that it did not take long.
+QString told(const PluginTable &cTable, const QString &strConfig, ArithmParamMgr *pcStore)
+{
+    // Sanitizers and tests that run at the same time take their share.
+    constexpr int PATIENCE_SECONDS = 10;
+    const std::clock_t nBegin = std::clock(); // of the processor
+    QString strResult;
+    if (ArithmFactory::getInstance()->getArithm(cTable.m_strID)) {
+        strResult = runPlugin(cTable.m_strID, strConfig, pcStore);
+    } else {
+        DataSource &cSources = *DataSource::getInstance();
+        const std::unique_ptr<DataSource::DataSourceInstance> pcSource(
+            cSources.m_mapDataSourceInfo[cTable.m_strID]->newInstance(strConfig, pcStore));
+        pcSource->setDataType("RGB");
+        pcSource->setDataID(1);
+        pcSource->start();
+        pcSource->execute();
+        strResult = pcSource->getLastError();
+        pcSource->stop();
+    }
+    const auto nMilliseconds = (std::clock() - nBegin) * 1000 / CLOCKS_PER_SEC;
+    return nMilliseconds > PATIENCE_SECONDS * 1000L ? strConfig + " took long" : strResult;
+}
+
+/// Nothing, commands, or a sentence of the plug-in's own.
+bool isProper(const QString &strResult)
+{
+    static const QRegularExpression s_cSentence("^(<CMD>.*</CMD>|[^\n]*\\.)?$");
+    return s_cSentence.match(strResult).hasMatch() && !strResult.contains("OpenCV") &&
+           !strResult.contains("Assertion");
+}
+
+/// The initial values; each option of each choice; all numbers at either end and each by itself.
+QList<Values> variants(const PluginTable &cTable)
+{
+    QList<Values> lstValues{{}};
+    Values ahashEnds[2];
+    for (const PluginSetting &cSetting : cTable.m_lstSetting) {
+        QStringList lstValue;
+        for (const PluginOption &cOption : cSetting.m_lstOption)
+            lstValue << cOption.m_strValue;
+        if (cSetting.m_eKind == SettingKind::Flag)
+            lstValue << "0"
+                     << "1";
+        if (cSetting.m_eKind == SettingKind::Integer || cSetting.m_eKind == SettingKind::Real)
+            for (const bool bMax : {false, true}) {
+                lstValue << QString::number(bMax ? cSetting.m_dMax : cSetting.m_dMin, 'g', 15);
+                ahashEnds[bMax][cSetting.m_strTag] = lstValue.last();
+            }
+        for (const Kind eKind : cSetting.isInput() ? cSetting.m_lstKind : QList<Kind>())
+            if (!cSetting.m_strTypeTag.isEmpty())
+                lstValues << Values{{cSetting.m_strTypeTag, Plugin::kindName(eKind)}};
+        for (const QString &strValue : qAsConst(lstValue)) {
+            lstValues << inForce(cSetting);
+            lstValues.last()[cSetting.m_strTag] = strValue;
+        }
+    }
+    return lstValues << ahashEnds[0] << ahashEnds[1];
+}
+
+/// Values that are none of the setting's.
+QStringList nonsense(const PluginSetting &cSetting)
+{
+    const QStringList lstNoNumber{"abc", "12x",    "nan", "inf", "-inf", "1e999", "99999999999999999999",
+                                  "-",   "\u4e09", "1,5", "0x10"};
+    QStringList lstValue;
+    switch (cSetting.m_eKind) {
+    case SettingKind::Integer:
+    case SettingKind::Real:
+        lstValue << lstNoNumber << QString::number(cSetting.m_dMin - 1, 'g', 15)
+                 << QString::number(cSetting.m_dMax + 1, 'g', 15);
+        if (cSetting.m_bOdd)
+            lstValue << QString::number(cSetting.m_dMin + 1, 'g', 15);
+        return lstValue;
+    case SettingKind::Input:
+    case SettingKind::Output:
+        return lstNoNumber + QStringList{"-1", "2.5"};
+    case SettingKind::Flag:
+        return lstNoNumber + QStringList{"-1", "2"};
+    case SettingKind::Choice:
+        return {"0", "Nonsense", "-1"};
+    case SettingKind::Command:
+        return {"jump:1", "skip:far", "skip:", "stop", "99999999999999999999"};
+    case SettingKind::Colour:
+        return {"red", "#12345", "#gg0000"};
+    case SettingKind::ColourRange:
+        return {"abc",          "1,2,3", "0,0,0,180,255,255", "0,0,0,10,256,255", "-1,0,0,10,255,255",
+                "0,0,0,1,1,1,1"};
+    case SettingKind::Region:
+        return {"abc", "1,2,3", "1,2,0,4", "1,2,3,-4", "1,2,3,99999999999999999999", "1,2,3,4,5"};
+    default:
+        return {}; // any text will do
+    }
+}
+
+/// The settings of a README's table: what it says of the values and the default of each tag.
+QMap<QString, QPair<QString, QString>> readmeTable(const QString &strReadme)
+{
+    QMap<QString, QPair<QString, QString>> mapRow;
+    for (const QString &strLine : strReadme.split('\n')) {
+        const QStringList lstCell = strLine.split(" | ");
+        if (!strLine.startsWith("| ") || lstCell.size() < 4 || strLine.startsWith("| setting"))
+            continue;
+        const QStringList lstTag = lstCell[0].mid(2).split(", ");
+        const QStringList lstDefault = lstCell[2].split(", ");
+        for (int nTag = 0; nTag < lstTag.size(); ++nTag)
+            mapRow[lstTag[nTag]] = {lstCell[1],
+                                    lstTag.size() == 1 ? lstCell[2] : lstDefault.value(nTag, lstCell[2])};
+    }
+    return mapRow;
+}
+
+/// What the README has to say there; empty: as the author likes.
+QString writtenValues(const PluginSetting &cSetting)
+{
+    QStringList lstOption;
+    for (const PluginOption &cOption : cSetting.m_lstOption)
+        lstOption << cOption.m_strValue;
+    switch (cSetting.m_eKind) {
+    case SettingKind::Integer:
+    case SettingKind::Real:
+        return QString::number(cSetting.m_dMin, 'g', 12) +
+               (cSetting.m_dMax == 0x7fffffff ? " and more"
+                                              : " to " + QString::number(cSetting.m_dMax, 'g', 12)) +
+               (cSetting.m_bOdd ? ", odd" : "");
+    case SettingKind::Flag:
+        return "0, 1";
+    case SettingKind::Choice:
+        return lstOption.join(", ");
+    case SettingKind::Input:
+    case SettingKind::Output:
+        return "0 and more";
+    default:
+        return {};
+    }
+}
+
+QString writtenDefault(const PluginSetting &cSetting)
+{
+    switch (cSetting.m_eKind) {
+    case SettingKind::Command:
+        return "none";
+    case SettingKind::Region:
+        return "whole picture";
+    default:
+        return cSetting.m_strInitial == "2147483647" ? "no limit" : cSetting.m_strInitial;
+    }
+}
+} // namespace
+
+class TestEveryPlugin : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void readme_data() { rows(algorithms() + dataSources()); }
+    void readme();
+    void window_data() { rows(algorithms() + dataSources()); }
+    void window();
+    void oddPictures_data() { rows(algorithms()); }
+    void oddPictures();
+    void missingInputs_data() { rows(algorithms()); }
+    void missingInputs();
+    void nonsenseSettings_data() { rows(algorithms() + dataSources()); }
+    void nonsenseSettings();
+
+private:
+    static void rows(const QList<PluginTable> &lstTable)
+    {
+        QTest::addColumn<QString>("strID");
+        for (const PluginTable &cTable : lstTable)
+            row(qPrintable(cTable.m_strID), cTable.m_strID);
+    }
+};
+
+void TestEveryPlugin::readme()
+{
+    QFETCH(QString, strID);
+    const PluginTable cTable = table(strID);
+    const bool bAlgorithm = ArithmFactory::getInstance()->getArithm(strID);
+    const QString strName = strID.mid(bAlgorithm ? strlen("OCX_") : 0).remove(' ');
+    const QString strFolder = QStringLiteral(OCULINEX_SOURCE_DIR "/plugins/") +
+                              (bAlgorithm ? "baseArithm/" : "DataSource/") + strName + '/';
+    QFile cFile(strFolder + "README.md");
+    QVERIFY2(cFile.open(QIODevice::ReadOnly), qPrintable(cFile.fileName()));
+    const QString strReadme = cFile.readAll();
+    if (bAlgorithm) {
+        QVERIFY(strReadme.contains("ID `" + strID + "`, " + cTable.m_strClass + " / " + cTable.m_strName));
+        QVERIFY(
+            strReadme.contains(QRegularExpression("\noculinex-run (.*\\\\\n)*.*--try " + strName + "\\b")));
+        QVERIFY(strReadme.contains("](example.png)") && QFile::exists(strFolder + "example.png"));
+    }
+    auto mapRow = readmeTable(strReadme);
+    for (const PluginSetting &cSetting : cTable.m_lstSetting) {
+        QVERIFY2(mapRow.contains(cSetting.m_strTag), qPrintable(cSetting.m_strTag));
+        const auto [strValues, strDefault] = mapRow.take(cSetting.m_strTag);
+        if (!writtenValues(cSetting).isEmpty())
+            QCOMPARE(strValues, writtenValues(cSetting));
+        if (!writtenDefault(cSetting).isEmpty())
+            QCOMPARE(strDefault, writtenDefault(cSetting));
+        mapRow.remove(cSetting.m_strTypeTag);
+        for (const char *szTag : {"Name", "Describe"})
+            QVERIFY2(!cSetting.isOutput() || mapRow.remove(cSetting.m_strPrefix + szTag),
+                     qPrintable(cSetting.m_strPrefix + szTag));
+    }
+    QCOMPARE(mapRow.keys(), QStringList());
+}
+
+/// On a store with the results of the steps before it.
+void TestEveryPlugin::window()
+{
+    QFETCH(QString, strID);
+    ArithmParamMgr cStore;
+    put(cStore.getParamDIB(1), photograph("rocket.jpg"));
+    Arithm *const pcArithm = ArithmFactory::getInstance()->getArithm(strID);
+    QString strGiven = config(table(strID), {});
+    QVERIFY(!flow().isEmpty());
+    for (const Step &cStep : flow()) {
+        if (cStep.m_cTable.m_strID == strID) {
+            strGiven = cStep.m_strConfig;
+            break;
+        }
+        const QString strResult = runPlugin(cStep.m_cTable.m_strID, cStep.m_strConfig, &cStore);
+        QVERIFY2(strResult.isEmpty() || strResult.startsWith("<CMD>"), qPrintable(strResult));
+    }
+    const auto fnShow = [&](const QString &strConfig, const char *szButton) {
+        QString strFault;
+        const DialogUser cUser({[&](QWidget &cTop) {
+            strFault = Tidy::fault(&cTop);
+            // A folder for pictures of the windows, to be looked at.
+            const QString strShots = qEnvironmentVariable("OCULINEX_SHOTS");
+            if (!strShots.isEmpty()) {
+                constexpr int PREVIEW_MS = 1500;
+                QTest::qWait(PREVIEW_MS);
+                cTop.grab().save(strShots + '/' + strID + ".png");
+            }
+            DialogUser::click(cTop, szButton);
+        }});
+        const QString strEdited =
+            pcArithm ? pcArithm->showConfigWindow(strConfig, &cStore)
+                     : DataSource::getInstance()->m_mapDataSourceInfo[strID]->showConfigWindow(strConfig);
+        return cUser.isContent() && strFault.isEmpty() ? strEdited : "The window is untidy: " + strFault;
+    };
+    QVERIFY(fnShow({}, "btnOK").startsWith('<'));
+    const QString strConfig = fnShow(strGiven, "btnOK");
+    QVERIFY2(strConfig.startsWith('<'), qPrintable(strConfig));
+    if (pcArithm) {
+        const QString strResult = runPlugin(strID, strConfig, &cStore);
+        QVERIFY2(strResult.isEmpty() || strResult.startsWith("<CMD>"), qPrintable(strResult));
+    }
+    QCOMPARE(fnShow(strConfig, "btnOK"), strConfig);
+    QCOMPARE(fnShow(strConfig, "btnCancel"), pcArithm ? QString() : strConfig);
+}
+
+void TestEveryPlugin::oddPictures()
+{
+    QFETCH(QString, strID);
+    const PluginTable cTable = table(strID);
+    const cv::Size acSize[] = {{0, 0}, {1, 1}, {5, 3}, {3, 5}, {1, 500}, {97, 64}};
+    for (const cv::Size cSize : acSize)
+        for (const Values &hashValue : variants(cTable))
+            for (const bool bPlain : {false, true}) {
+                const cv::Mat cPicture = bPlain ? cv::Mat(cSize, CV_8UC1, cv::Scalar(255)) : noise(cSize);
+                const QString strConfig = config(cTable, hashValue);
+                const QString strResult = told(cTable, strConfig, filledStore(cPicture).get());
+                QVERIFY2(isProper(strResult), qPrintable(strConfig + '\n' + strResult));
+            }
+    const cv::Mat cLarge = noise({4096, 3000});
+    const QString strResult = told(cTable, config(cTable, {}), filledStore(cLarge).get());
+    QVERIFY2(isProper(strResult), qPrintable(strResult));
+}
+
+/// An input that is not there, or of a kind that the plug-in does not read.
+void TestEveryPlugin::missingInputs()
+{
+    QFETCH(QString, strID);
+    const PluginTable cTable = table(strID);
+    const auto pcStore = filledStore(noise({97, 64}));
+    for (const PluginSetting &cSetting : cTable.m_lstSetting) {
+        if (!cSetting.isInput())
+            continue;
+        for (const Kind eKind : cSetting.m_lstKind) {
+            Values hashValue = inForce(cSetting);
+            hashValue[cSetting.m_strTag] = "77";
+            if (!cSetting.m_strTypeTag.isEmpty())
+                hashValue[cSetting.m_strTypeTag] = Plugin::kindName(eKind);
+            const QString strResult = told(cTable, config(cTable, hashValue), pcStore.get());
+            QVERIFY2(isProper(strResult) && strResult.startsWith("Input ") && strResult.contains(" 77 "),
+                     qPrintable(strResult));
+        }
+        if (cSetting.m_strTypeTag.isEmpty())
+            continue;
+        const QString strResult =
+            told(cTable, config(cTable, {{cSetting.m_strTypeTag, "Pictures"}}), pcStore.get());
+        QVERIFY2(
+            strResult.startsWith("Setting " + cSetting.m_strTypeTag + " is \"Pictures\", wanted is one of "),
+            qPrintable(strResult));
+    }
+}
+
+void TestEveryPlugin::nonsenseSettings()
+{
+    QFETCH(QString, strID);
+    const PluginTable cTable = table(strID);
+    const auto pcStore = filledStore(noise({97, 64}));
+    for (const PluginSetting &cSetting : cTable.m_lstSetting) {
+        Values hashValue = inForce(cSetting);
+        const QStringList lstNonsense = nonsense(cSetting);
+        // What may pass for a value is looked at only by what comes of it.
+        for (const QString &strValue : lstNonsense + QStringList{"", " ", "abc", "/", "-7,-7,3,3",
+                                                                 "99999,0,2147483647,2147483647", "<b>"}) {
+            hashValue[cSetting.m_strTag] = strValue;
+            const QString strResult = told(cTable, config(cTable, hashValue), pcStore.get());
+            QVERIFY2(isProper(strResult),
+                     qPrintable(cSetting.m_strTag + " = " + strValue + '\n' + strResult));
+            QVERIFY2(!lstNonsense.contains(strValue) ||
+                         strResult.startsWith("Setting " + cSetting.m_strTag + " is \"" + strValue +
+                                              "\", wanted is "),
+                     qPrintable(cSetting.m_strTag + " = " + strValue + '\n' + strResult));
+        }
+    }
+}
+
+QTEST_MAIN(TestEveryPlugin)
+#include "tst_everyplugin.moc"
