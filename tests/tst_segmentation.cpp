@@ -269,6 +269,39 @@ private slots:
         QCOMPARE(run(strID, strConfig), strError);
     }
 
+    void treeIsThatOfOpenCV()
+    {
+        for (int nSeed = 1; nSeed <= 15; ++nSeed) {
+            fill(m_pcStore->getParamGray8(1), nSeed);
+            cv::Mat cPicture = header(m_pcStore->getParamGray8(1));
+            cv::threshold(cPicture, cPicture, 30 + nSeed * 13, 255, cv::THRESH_BINARY);
+            std::vector<std::vector<cv::Point>> lstContour;
+            std::vector<cv::Vec4i> lstLink;
+            cv::findContours(cPicture, lstContour, lstLink, cv::RETR_TREE, cv::CHAIN_APPROX_NONE);
+            const auto fnText = [](const auto &lstPoint) {
+                QString strText;
+                for (const auto &cPoint : lstPoint)
+                    strText += QString("%1,%2 ").arg(cPoint.x).arg(cPoint.y);
+                return strText;
+            };
+            QMap<QString, QString> mapExpected; // outline to parent
+            for (size_t n = 0; n < lstContour.size(); ++n)
+                mapExpected[fnText(lstContour[n])] =
+                    lstLink[n][3] < 0 ? QString() : fnText(lstContour[static_cast<size_t>(lstLink[n][3])]);
+
+            QCOMPARE(run("OCX_Contours", TO_LISTS + "<Which>Tree</Which><Approximation>All</Approximation>"),
+                     QString());
+            const QList<ParamPolys::Poly> lstPoly = m_pcStore->getParamPolys(2)->getPolys();
+            const QList<long> lstParent = m_pcStore->getParamLongs(3)->getLongs();
+            QMap<QString, QString> mapFound;
+            for (int n = 0; n < lstPoly.size(); ++n) {
+                const int nParent = static_cast<int>(lstParent[n]);
+                mapFound[fnText(lstPoly[n].verts)] = nParent < 0 ? "" : fnText(lstPoly[nParent].verts);
+            }
+            QCOMPARE(mapFound, mapExpected);
+        }
+    }
+
     void findsTheCoins()
     {
         put(m_pcStore->getParamGray8(1), photograph("coins.png"));

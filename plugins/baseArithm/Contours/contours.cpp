@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <limits>
+#include <numeric>
 #include <tuple>
 #include <vector>
 
@@ -142,8 +143,9 @@ public:
         const cv::Mat cInput = Plugin::input(cStep, INPUT);
         if (bDark)
             cv::compare(cInput, 0, m_cDark, cv::CMP_EQ);
-        constexpr int MODES[] = {cv::RETR_EXTERNAL, cv::RETR_LIST, cv::RETR_TREE};
-        cv::findContours(bDark ? m_cDark : cInput, m_lstContour, m_lstLink, MODES[eWhich],
+        // OpenCV's own tree takes a time that grows with the square of the number of outlines.
+        cv::findContours(bDark ? m_cDark : cInput, m_lstContour,
+                         eWhich == EXTERNAL ? cv::RETR_EXTERNAL : cv::RETR_LIST,
                          eApproximation == ALL ? cv::CHAIN_APPROX_NONE : cv::CHAIN_APPROX_SIMPLE);
         m_lstOutline.clear();
         for (size_t n = 0; n < m_lstContour.size(); ++n) {
@@ -162,7 +164,7 @@ public:
                 polygon(approximated(m_lstContour[cOutline.m_nContour], eApproximation, dTolerance)));
         cStep.write(POLYS, lstPoly);
         if (eWhich == TREE)
-            cStep.write(PARENTS, parents());
+            cStep.write(PARENTS, parents(cInput.size()));
         return {};
     }
 
@@ -178,27 +180,39 @@ private:
         return m_lstPoint;
     }
     /// Of each outline that is kept the next one around it that is kept too.
-    QList<long> parents()
+    ///
+    /// Paints them with their numbers, the larger ones first: each finds the number of the one around it
+    /// where it is going to be painted.
+    QList<long> parents(cv::Size cPicture)
     {
-        m_lstNumber.assign(m_lstContour.size(), -1);
-        for (size_t n = 0; n < m_lstOutline.size(); ++n)
-            m_lstNumber[m_lstOutline[n].m_nContour] = static_cast<int>(n);
-        QList<long> lstParent;
-        for (const Outline &cOutline : m_lstOutline) {
-            constexpr int PARENT = 3;
-            int nAround = m_lstLink[cOutline.m_nContour][PARENT];
-            while (nAround >= 0 && m_lstNumber[static_cast<size_t>(nAround)] < 0)
-                nAround = m_lstLink[static_cast<size_t>(nAround)][PARENT];
-            lstParent.append(nAround < 0 ? -1 : m_lstNumber[static_cast<size_t>(nAround)]);
+        m_lstOrder.resize(m_lstOutline.size());
+        std::iota(m_lstOrder.begin(), m_lstOrder.end(), 0);
+        std::sort(m_lstOrder.begin(), m_lstOrder.end(), [this](int nA, int nB) {
+            return m_lstOutline[static_cast<size_t>(nA)].m_dPixels >
+                   m_lstOutline[static_cast<size_t>(nB)].m_dPixels;
+        });
+        m_cNumbers.create(cPicture, CV_32SC1);
+        m_cNumbers.setTo(-1);
+        m_lstParent.resize(m_lstOutline.size());
+        for (const int nOutline : m_lstOrder) {
+            const Outline &cOutline = m_lstOutline[static_cast<size_t>(nOutline)];
+            const Contour &lstPoint = m_lstContour[cOutline.m_nContour];
+            const int nAround = m_cNumbers.at<int>(cOutline.m_cFirst);
+            m_lstParent[static_cast<size_t>(nOutline)] = nAround;
+            cv::fillPoly(m_cNumbers, lstPoint, nOutline);
+            // The pixels around a hole are the object's.
+            if (cOutline.m_bHole)
+                cv::polylines(m_cNumbers, lstPoint, true, nAround);
         }
-        return lstParent;
+        return {m_lstParent.cbegin(), m_lstParent.cend()};
     }
 
     cv::Mat m_cDark; ///< the picture the other way round
     std::vector<Contour> m_lstContour;
-    std::vector<cv::Vec4i> m_lstLink; ///< of each contour: next, previous, first child, parent
     std::vector<Outline> m_lstOutline;
-    std::vector<int> m_lstNumber; ///< of each contour: its place among those that are kept, or -1
+    cv::Mat m_cNumbers;          ///< for each pixel the outline that is painted there, or -1
+    std::vector<int> m_lstOrder; ///< the outlines, largest first
+    std::vector<int> m_lstParent;
     Contour m_lstPoint;
 };
 } // namespace
