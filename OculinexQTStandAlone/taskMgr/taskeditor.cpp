@@ -15,6 +15,7 @@
 #include "logging.h"
 #include "taskMgr/flowtable.h"
 #include "taskMgr/taskhold.h"
+#include "taskMgr/taskrecord.h"
 #include "taskMgr/taskwidgets.h"
 
 namespace
@@ -392,7 +393,7 @@ void TaskInfo::TaskFlowTblCellChanged(int nRow, int nColumn)
     const QTableWidgetItem *pcCell = pcTable ? pcTable->item(nRow, nColumn) : nullptr;
     if (!pcCell || nRow < 0 || nRow >= m_lstArithm.size())
         return;
-    if (!m_bRunning)
+    if (!TaskRecord::of(this)->isBusy())
         m_lstArithm.detach();
     // In place: a cell that is being edited hands its text over when the start of the task disables
     // the table, and the task's thread is in the list by then.
