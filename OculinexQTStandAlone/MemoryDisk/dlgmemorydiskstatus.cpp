@@ -31,11 +31,30 @@ DlgMemoryDiskStatus::DlgMemoryDiskStatus(QWidget *pcParent)
     : QDialog(pcParent), ui(new Ui::DlgMemoryDiskStatus), m_pcTimer(new QTimer(this))
 {
     ui->setupUi(this);
+    connectSelectors();
     setWindowFlags(windowFlags() | Qt::WindowStaysOnTopHint);
     for (int nGroup = 0; nGroup < GROUP_NUM; ++nGroup)
         group(nGroup).show(RECORD_NUM, 0, 0);
     connect(m_pcTimer, &QTimer::timeout, this, &DlgMemoryDiskStatus::OnTimer);
     m_pcTimer->start(REFRESH_MS);
+}
+
+/// By hand: looking for a widget for each slot, Qt would warn of the selector of the interval.
+void DlgMemoryDiskStatus::connectSelectors()
+{
+    using Self = DlgMemoryDiskStatus;
+    const auto fnConnect = [this](QComboBox *pcBox, void (Self::*fnSlot)(int)) {
+        connect(pcBox, QOverload<int>::of(&QComboBox::currentIndexChanged), this, fnSlot);
+    };
+    fnConnect(ui->cmbMemDisk0, &Self::on_cmbMemDisk0_currentIndexChanged);
+    fnConnect(ui->cmbMemDisk1, &Self::on_cmbMemDisk1_currentIndexChanged);
+    fnConnect(ui->cmbMemDisk2, &Self::on_cmbMemDisk2_currentIndexChanged);
+    fnConnect(ui->cmbDataType0, &Self::on_cmbDataType0_currentIndexChanged);
+    fnConnect(ui->cmbDataType1, &Self::on_cmbDataType1_currentIndexChanged);
+    fnConnect(ui->cmbDataType2, &Self::on_cmbDataType2_currentIndexChanged);
+    connect(ui->btnClear0, &QPushButton::clicked, this, &Self::on_btnClear0_clicked);
+    connect(ui->btnClear1, &QPushButton::clicked, this, &Self::on_btnClear1_clicked);
+    connect(ui->btnClear2, &QPushButton::clicked, this, &Self::on_btnClear2_clicked);
 }
 
 DlgMemoryDiskStatus::~DlgMemoryDiskStatus()

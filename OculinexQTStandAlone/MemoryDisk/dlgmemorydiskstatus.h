@@ -44,6 +44,7 @@ private:
     struct Group;
 
     Group group(int nGroup) const;
+    void connectSelectors();
     void selectDisk(int nGroup, int nIndex);
     void empty(int nGroup);
 

@@ -115,8 +115,11 @@ void DlgOperator::fillSteps(const OperatorSetup &cSetup)
     }
     m_pcSteps->expandAll();
     m_pcSteps->setColumnWidth(Setting, fontMetrics().averageCharWidth() * 30);
-    for (int nColumn = Name; nColumn < ColumnNum; ++nColumn)
+    for (int nColumn = Name; nColumn < ColumnNum; ++nColumn) {
         m_pcSteps->resizeColumnToContents(nColumn);
+        m_pcSteps->setColumnWidth(nColumn,
+                                  m_pcSteps->columnWidth(nColumn) + 2 * fontMetrics().averageCharWidth());
+    }
     // The tag and the value are only shown.
     m_pcSteps->setEditTriggers(QAbstractItemView::NoEditTriggers);
     connect(m_pcSteps, &QTreeWidget::itemDoubleClicked, this, [this](QTreeWidgetItem *pcItem, int nColumn) {

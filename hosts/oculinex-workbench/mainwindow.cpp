@@ -220,13 +220,14 @@ void MainWindow::makeDocks()
     auto *pcStore = fnDock(tr("Store"), QStringLiteral("storeDock"), m_pcStore, Qt::BottomDockWidgetArea);
     auto *pcDisks = new MemoryDiskDock(this);
     addDockWidget(Qt::BottomDockWidgetArea, pcDisks);
-    tabifyDockWidget(pcLog, pcStore);
+    splitDockWidget(pcLog, pcStore, Qt::Horizontal);
     tabifyDockWidget(pcStore, pcDisks);
-    pcLog->raise();
+    pcStore->raise();
     setTabPosition(Qt::AllDockWidgetAreas, QTabWidget::North);
     setCorner(Qt::BottomRightCorner, Qt::RightDockWidgetArea);
-    resizeDocks({pcTasks, apcView[0]}, {300, 420}, Qt::Horizontal);
-    resizeDocks({apcView[0], apcView[1], pcLog}, {320, 320, 200}, Qt::Vertical);
+    resizeDocks({pcTasks, apcView[0]}, {335, 400}, Qt::Horizontal);
+    resizeDocks({pcLog, pcStore}, {420, 600}, Qt::Horizontal);
+    resizeDocks({apcView[0], apcView[1], pcLog}, {320, 320, 270}, Qt::Vertical);
     m_pcOperator = new OperatorMode(m_cDocument, m_lstView, *pcLogPane, this);
     connect(m_pcOperator, &OperatorMode::startRequested, this, &MainWindow::startAll);
     connect(m_pcOperator, &OperatorMode::stopRequested, this, &MainWindow::stopAll);
@@ -241,7 +242,7 @@ void MainWindow::restoreLayout()
 {
     const QSettings cSettings;
     if (!restoreGeometry(cSettings.value(KEY_GEOMETRY).toByteArray()))
-        resize(1360, 820);
+        resize(1440, 860);
     restoreState(cSettings.value(KEY_STATE).toByteArray());
 }
 

@@ -18,7 +18,8 @@
 namespace
 {
 constexpr int LOOK_INTERVAL = 100; // ms
-constexpr int SIDE_WIDTH = 22;     // of the column beside the picture, in letters
+constexpr int LINES = 32;          // of text that fit below each other, without the settings
+constexpr int SIDE_PERCENT = 27;   // of the width, for the column beside the picture
 
 bool anyTaskRuns()
 {
@@ -44,13 +45,10 @@ OperatorWindow::OperatorWindow(const OperatorSetup &cSetup, QWidget *pcParent)
       m_pcVerdict(new QLabel(this)),
       m_pcWhy(new QLabel(this)),
       m_pcStart(new QPushButton(tr("Start"), this)),
-      m_pcStop(new QPushButton(tr("Stop"), this))
+      m_pcStop(new QPushButton(tr("Stop"), this)),
+      m_pcSide(new QWidget(this))
 {
     setWindowTitle(tr("Operator view"));
-    // Read from a distance.
-    QFont cFont = font();
-    cFont.setPointSizeF(cFont.pointSizeF() * 1.5);
-    setFont(cFont);
     m_pcPicture->setObjectName(QStringLiteral("picture"));
     m_pcVerdict->setObjectName(QStringLiteral("lblVerdict"));
     m_pcVerdict->setAlignment(Qt::AlignCenter);
@@ -62,10 +60,7 @@ OperatorWindow::OperatorWindow(const OperatorSetup &cSetup, QWidget *pcParent)
     m_pcStop->setObjectName(QStringLiteral("btnStop"));
 
     auto *const pcSide = new QVBoxLayout;
-    pcSide->setSpacing(fontMetrics().height() / 2);
-    m_pcVerdict->setMinimumHeight(fontMetrics().height() * 5);
     pcSide->addWidget(m_pcVerdict);
-    m_pcWhy->setMinimumHeight(fontMetrics().height() * 2);
     pcSide->addWidget(m_pcWhy);
 
     auto *const pcCounters = new QFormLayout;
@@ -107,21 +102,17 @@ OperatorWindow::OperatorWindow(const OperatorSetup &cSetup, QWidget *pcParent)
     pcSide->addStretch();
 
     auto *const pcButtons = new QHBoxLayout;
-    for (QPushButton *const pcButton : {m_pcStart, m_pcStop}) {
-        pcButton->setMinimumHeight(fontMetrics().height() * 3);
-        pcButtons->addWidget(pcButton);
-    }
+    pcButtons->addWidget(m_pcStart);
+    pcButtons->addWidget(m_pcStop);
     pcSide->addLayout(pcButtons);
     auto *const pcLeave = new QPushButton(tr("Leave (Esc)"), this);
     pcLeave->setObjectName(QStringLiteral("btnLeave"));
     pcSide->addWidget(pcLeave);
 
-    auto *const pcSideBox = new QWidget(this);
-    pcSideBox->setLayout(pcSide);
-    pcSideBox->setFixedWidth(fontMetrics().averageCharWidth() * SIDE_WIDTH * 3 / 2);
+    m_pcSide->setLayout(pcSide);
     auto *const pcLayout = new QHBoxLayout(this);
     pcLayout->addWidget(m_pcPicture, 1);
-    pcLayout->addWidget(pcSideBox);
+    pcLayout->addWidget(m_pcSide);
 
     connect(m_pcStart, &QPushButton::clicked, this, [this] {
         judge(Verdict::None, QString());
@@ -202,7 +193,6 @@ void OperatorWindow::judge(Verdict eVerdict, const QString &strWhy)
     }
     m_pcVerdict->setPalette(cPalette);
     m_pcWhy->setText(strWhy);
-    fitVerdict();
 }
 
 void OperatorWindow::applyField(const Field &cField, double dValue)
@@ -230,14 +220,23 @@ void OperatorWindow::keyPressEvent(QKeyEvent *pcEvent)
 
 void OperatorWindow::resizeEvent(QResizeEvent *)
 {
-    fitVerdict();
+    fit();
 }
 
-/// As large as its place allows.
-void OperatorWindow::fitVerdict()
+/// All is as large as the screen allows: it is read from a distance.
+void OperatorWindow::fit()
 {
+    const int nLine = std::max(14, height() / (LINES + 2 * m_lstField.size()));
     QFont cFont = font();
+    cFont.setPixelSize(nLine * 4 / 5);
+    setFont(cFont);
+    m_pcSide->setMinimumWidth(width() * SIDE_PERCENT / 100);
+    m_pcSide->layout()->setSpacing(nLine / 2);
+    m_pcWhy->setMinimumHeight(nLine * 2);
+    for (QPushButton *const pcButton : {m_pcStart, m_pcStop})
+        pcButton->setMinimumHeight(nLine * 3);
     cFont.setBold(true);
-    cFont.setPixelSize(std::max(8, m_pcVerdict->minimumHeight() * 3 / 5));
+    cFont.setPixelSize(nLine * 4);
     m_pcVerdict->setFont(cFont);
+    m_pcVerdict->setMinimumHeight(nLine * 7);
 }

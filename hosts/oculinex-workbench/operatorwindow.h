@@ -37,7 +37,7 @@ signals:
     void startRequested();
     void stopRequested();
     void edited(int nTask, const QString &strWhat); ///< a setting of that task was changed
-    void leaving(); ///< the user wants to; whoever owns the window lets it go
+    void leaving();                                 ///< the user wants to; whoever owns the window lets it go
 
 protected:
     void closeEvent(QCloseEvent *pcEvent) override;
@@ -56,7 +56,7 @@ private:
     void look();
     void judge(Verdict eVerdict, const QString &strWhy);
     void applyField(const Field &cField, double dValue);
-    void fitVerdict();
+    void fit();
 
     const OperatorSetup m_cSetup;
     Verdict m_eVerdict = Verdict::None;
@@ -75,6 +75,7 @@ private:
     QLabel *m_pcFailures;
     QPushButton *m_pcStart;
     QPushButton *m_pcStop;
+    QWidget *m_pcSide; ///< the column beside the picture
     QTimer m_cTimer;
 };
 

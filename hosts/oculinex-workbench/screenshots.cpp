@@ -3,24 +3,29 @@
 #include <functional>
 
 #include <QAbstractButton>
+#include <QAction>
 #include <QApplication>
 #include <QDialog>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QEventLoop>
+#include <QFileInfo>
 #include <QRegularExpression>
 #include <QSettings>
 #include <QTemporaryDir>
 #include <QTimer>
+#include <QTreeWidget>
 
 #include "MemoryDisk/dlgmemorydiskstatus.h"
 #include "OculinexQTStandAloneInQt.h"
 #include "dlgoperator.h"
+#include "flowpage.h"
 #include "flowpane.h"
 #include "logpane.h"
 #include "mainwindow.h"
 #include "operatormode.h"
 #include "operatorwindow.h"
+#include "steptable.h"
 #include "storepane.h"
 #include "taskMgr/taskMgr.h"
 #include "tasklist.h"
@@ -29,10 +34,15 @@
 namespace
 {
 constexpr int SHOWN_TASK = 1;
+constexpr int SHOWN_STEP = 7;   ///< of that task
+constexpr int SHOWN_ENTRY = 3;  ///< of its store
 constexpr int PATIENCE = 20000; // ms
 /// Until a window that has opened shows all, previews included, in ms.
 constexpr int SETTLE = 1500;
+/// Until the figures of tasks that work are steady, in ms.
+constexpr int WORKING = 4000;
 constexpr QSize VIEW_SIZE(720, 480);
+constexpr QSize SCREEN(1280, 720);
 
 void wait(int nMs)
 {
@@ -132,14 +142,19 @@ bool startAndWait(MainWindow &cWindow, const std::function<void()> &fnStart)
     return bDrawn;
 }
 
-void stopAndWait(MainWindow &cWindow)
+void waitIdle(MainWindow &cWindow)
 {
-    for (int nTask = 0; nTask < cWindow.document().taskCount(); ++nTask)
-        cWindow.control().post(Control::Action::Stop, nTask);
     QElapsedTimer cSince;
     cSince.start();
     while (!cWindow.control().isIdle() && cSince.elapsed() < PATIENCE)
         wait(20);
+}
+
+void stopAndWait(MainWindow &cWindow)
+{
+    for (int nTask = 0; nTask < cWindow.document().taskCount(); ++nTask)
+        cWindow.control().post(Control::Action::Stop, nTask);
+    waitIdle(cWindow);
 }
 
 /// The shown task on the pictures of the first, so that each of its steps can be prepared by itself.
@@ -172,43 +187,63 @@ int stepOf(const Shot &cShot, QList<TaskItem> &lstStep)
     }
     return nStep;
 }
-} // namespace
-
-QString takeScreenshots(const QString &strTasksFile, const QString &strFolder)
+/// The tasks in a file of the same name whose first task shows one picture again and again. Its path.
+QString makeEndless(const QString &strTasksFile, const QString &strFolder)
 {
-    // The user's own layout and list of files stay as they are.
-    const QTemporaryDir cSettings;
-    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, cSettings.path());
-    if (!QDir().mkpath(strFolder))
-        return strFolder + QStringLiteral(" can't be made.");
-    Photographer cCamera(strFolder);
+    QFile cFile(strTasksFile);
+    if (!cFile.open(QFile::ReadOnly))
+        return {};
+    QString strText = QString::fromUtf8(cFile.readAll());
+    strText.replace(QStringLiteral("<Path>examples/pictures</Path><Fps>1</Fps>"),
+                    QStringLiteral("<Path>examples/pictures/coins.png</Path><Loop>1</Loop><Fps>5</Fps>"));
+    QFile cCopy(QDir(strFolder).filePath(QFileInfo(strTasksFile).fileName()));
+    if (!cCopy.open(QFile::WriteOnly) || cCopy.write(strText.toUtf8()) < 0)
+        return {};
+    return cCopy.fileName();
+}
 
-    MainWindow cWindow;
-    cWindow.resize(1280, 800);
-    cWindow.show();
-    cWindow.openFile(strTasksFile);
-    if (cWindow.document().taskCount() <= SHOWN_TASK)
-        return strTasksFile + QStringLiteral(" has no task to show.");
+/// The main window at work: the store after a run to a step, then everything running.
+void photographWork(MainWindow &cWindow, Photographer &cCamera)
+{
     for (ViewPane *const pcView : cWindow.findChildren<ViewPane *>())
         pcView->setViewSize(VIEW_SIZE);
+    cWindow.control().post(Control::Action::RunOnce, 0); // a picture for the shown task
+    waitIdle(cWindow);
     cWindow.findChild<TaskList *>()->setCurrent(SHOWN_TASK);
+    auto *const pcFlow = cWindow.findChild<FlowPane *>();
+    pcFlow->page()->steps().select(SHOWN_STEP);
+    pcFlow->stepActions().constLast()->trigger(); // runs to it
+    auto *const pcStore = cWindow.findChild<StorePane *>()->findChild<QTreeWidget *>(QStringLiteral("list"));
+    pcStore->setCurrentItem(pcStore->topLevelItem(std::min(SHOWN_ENTRY, pcStore->topLevelItemCount() - 1)));
     const auto fnStartAll = [&] {
         for (int nTask = 0; nTask < cWindow.document().taskCount(); ++nTask)
             cWindow.control().post(Control::Action::Start, nTask);
     };
     if (!startAndWait(cWindow, fnStartAll))
         cCamera.fail(QStringLiteral("The tasks draw nothing."));
+    wait(WORKING);
     cCamera.take(cWindow, QStringLiteral("workbench"));
+    {
+        DlgMemoryDiskStatus cStatus(nullptr);
+        cStatus.show();
+        wait(SETTLE);
+        cCamera.take(cStatus, QStringLiteral("dialog-memory-disk-status"));
+    }
     stopAndWait(cWindow);
+}
 
+void photographOperator(MainWindow &cWindow, Photographer &cCamera)
+{
     OperatorSetup cSetup;
     cSetup.m_nTask = SHOWN_TASK;
+    cSetup.m_strGood = QStringLiteral("24 coins");
+    cSetup.m_strBad = QStringLiteral("There should");
     const QList<TaskItem> &lstStep = cWindow.document().task(SHOWN_TASK)->getTaskItem();
     for (int nStep = 0; nStep < lstStep.size() && cSetup.m_lstStep.isEmpty(); ++nStep)
         if (lstStep[nStep].m_strArithmID == QLatin1String("OCX_Threshold"))
             cSetup.m_lstStep.append(
                 {SHOWN_TASK, nStep,
-                 pickableNumbers(lstStep[nStep].m_strArithmID, lstStep[nStep].m_strOptionStr)});
+                 pickableNumbers(lstStep[nStep].m_strArithmID, lstStep[nStep].m_strOptionStr).mid(1)});
     cWindow.operatorMode().setSetup(cSetup);
     {
         DlgOperator cDialog(cWindow.operatorMode().setup());
@@ -217,14 +252,18 @@ QString takeScreenshots(const QString &strTasksFile, const QString &strFolder)
         cCamera.take(cDialog, QStringLiteral("operator-setup"));
     }
     OperatorWindow *const pcOperator = cWindow.operatorMode().open();
-    pcOperator->showNormal();
-    pcOperator->resize(1200, 720);
+    pcOperator->resize(SCREEN); // some displays have no one to make it as large as the screen
+    wait(200);
     if (!startAndWait(cWindow, [&] { pcOperator->findChild<QAbstractButton *>("btnStart")->click(); }))
         cCamera.fail(QStringLiteral("The operator's window starts nothing."));
+    wait(WORKING);
     cCamera.take(*pcOperator, QStringLiteral("operator"));
     pcOperator->close();
     stopAndWait(cWindow);
+}
 
+void photographDialogs(Photographer &cCamera)
+{
     const int nTask = addTaskOnPictures();
     TaskInfo *const pcTask = TaskMgr::getInstance()->getTask(nTask);
     cCamera.takeModal({"dialog-data-source", nullptr, nullptr, nullptr, nullptr},
@@ -235,18 +274,25 @@ QString takeScreenshots(const QString &strTasksFile, const QString &strFolder)
         if (cShot.m_szConfig)
             pcTask->getTaskItem().removeAt(nStep);
     }
-    {
-        DlgMemoryDiskStatus cStatus(nullptr);
-        cStatus.show();
-        wait(SETTLE);
-        cCamera.take(cStatus, QStringLiteral("dialog-memory-disk-status"));
-    }
-    StorePane cStore;
-    cStore.resize(640, 560);
-    cStore.show();
-    cStore.showStore(pcTask);
-    wait(200);
-    cCamera.take(cStore, QStringLiteral("store"));
     TaskMgr::getInstance()->removeTask(nTask);
+}
+} // namespace
+
+QString takeScreenshots(const QString &strTasksFile, const QString &strFolder)
+{
+    // The user's own layout and list of files stay as they are.
+    const QTemporaryDir cOwn;
+    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, cOwn.path());
+    if (!QDir().mkpath(strFolder))
+        return strFolder + QStringLiteral(" can't be made.");
+    Photographer cCamera(strFolder);
+    MainWindow cWindow;
+    cWindow.show();
+    cWindow.openFile(makeEndless(strTasksFile, cOwn.path()));
+    if (cWindow.document().taskCount() <= SHOWN_TASK)
+        return strTasksFile + QStringLiteral(" has no task to show.");
+    photographWork(cWindow, cCamera);
+    photographOperator(cWindow, cCamera);
+    photographDialogs(cCamera);
     return cCamera.error();
 }

@@ -43,6 +43,11 @@ StepTable::StepTable(QWidget *pcParent)
     m_pcTable->setEditTriggers(QTableWidget::DoubleClicked | QTableWidget::EditKeyPressed);
     m_pcTable->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     m_pcTable->setWordWrap(false);
+    QPalette cPalette = m_pcTable->palette(); // what runs is to be read, too
+    cPalette.setBrush(QPalette::Disabled, QPalette::Text, cPalette.brush(QPalette::Active, QPalette::Text));
+    cPalette.setBrush(QPalette::Disabled, QPalette::Highlight,
+                      cPalette.brush(QPalette::Active, QPalette::Highlight));
+    m_pcTable->setPalette(cPalette);
     m_pcTable->verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 10);
     m_pcTable->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     QHeaderView *pcHeader = m_pcTable->horizontalHeader();
@@ -50,7 +55,7 @@ StepTable::StepTable(QWidget *pcParent)
     pcHeader->setStretchLastSection(true);
     pcHeader->setHighlightSections(false);
     const int nDigits = fontMetrics().horizontalAdvance(QStringLiteral("0000.0")) + 10;
-    const int anWidth[] = {170, nDigits, nDigits, 34, nDigits, nDigits, nDigits};
+    const int anWidth[] = {200, nDigits, nDigits, 34, nDigits, nDigits, nDigits};
     for (int nColumn = 0; nColumn < Result; ++nColumn)
         m_pcTable->setColumnWidth(nColumn, std::max(anWidth[nColumn], pcHeader->sectionSizeHint(nColumn)));
     m_pcTable->installEventFilter(this);
@@ -104,8 +109,6 @@ QTableWidgetItem *StepTable::cell(int nRow, int nColumn)
         pcCell->setFlags(Qt::ItemIsEnabled | Qt::ItemIsUserCheckable);
     else if (nColumn > Limit)
         pcCell->setFlags(pcCell->flags() & ~Qt::ItemIsEditable);
-    if (nColumn >= Last)
-        pcCell->setForeground(palette().brush(QPalette::Active, QPalette::Text)); // while disabled, too
     m_pcTable->setItem(nRow, nColumn, pcCell);
     return pcCell;
 }
@@ -118,7 +121,6 @@ void StepTable::fill(const QList<TaskItem> &lstStep)
         const TaskItem &cStep = lstStep[nRow];
         cell(nRow, Name)
             ->setText(cStep.m_strDescribe.isEmpty() ? cStep.m_strArithmName : cStep.m_strDescribe);
-        cell(nRow, Name)->setToolTip(cStep.m_strArithmName);
         cell(nRow, Limit)->setText(QString::number(cStep.m_nMaxExeTimes));
         cell(nRow, TestRun)->setText(QString());
     }
@@ -131,6 +133,7 @@ void StepTable::showFigures(const QList<TaskItem> &lstStep, const TaskStatus &cS
         const StepStatus cStep = cStatus.m_lstStep.value(nRow);
         const bool bHangs = nRow == cStatus.m_nCurrentStep && cStatus.m_nCurrentStepNs > HANGS_NS;
         const bool bRan = cStep.m_nExecutions > 0;
+        cell(nRow, Name)->setToolTip(cell(nRow, Name)->text() + '\n' + lstStep[nRow].m_strArithmName);
         cell(nRow, On)->setCheckState(lstStep[nRow].m_nMaxExeTimes == 0 ? Qt::Unchecked : Qt::Checked);
         cell(nRow, Last)
             ->setText(bHangs ? duration(cStatus.m_nCurrentStepNs)

@@ -32,7 +32,8 @@ Row row(Number... nNumber)
 
 StorePane::StorePane(QWidget *pcParent)
     : QWidget(pcParent),
-      m_pcList(new QTreeWidget(this)),
+      m_pcSplitter(new QSplitter(this)),
+      m_pcList(new QTreeWidget(m_pcSplitter)),
       m_pcTitle(new QLabel(this)),
       m_pcPicture(new Plugin::PictureView(this)),
       m_pcTable(new QTableWidget(this)),
@@ -50,7 +51,7 @@ StorePane::StorePane(QWidget *pcParent)
     m_pcTable->verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 6);
     m_pcTitle->setWordWrap(true);
 
-    auto *const pcShown = new QWidget(this);
+    auto *const pcShown = new QWidget(m_pcSplitter);
     auto *const pcShownLayout = new QVBoxLayout(pcShown);
     pcShownLayout->setContentsMargins(0, 0, 0, 0);
     pcShownLayout->setSpacing(2);
@@ -61,13 +62,11 @@ StorePane::StorePane(QWidget *pcParent)
     pcShownLayout->addWidget(pcContents, 1);
     pcShownLayout->addWidget(m_pcPixel);
 
-    auto *const pcSplitter = new QSplitter(Qt::Vertical, this);
-    pcSplitter->addWidget(m_pcList);
-    pcSplitter->addWidget(pcShown);
-    pcSplitter->setStretchFactor(1, 1);
+    m_pcSplitter->setChildrenCollapsible(false);
+    m_pcSplitter->setSizes({3000, 2000}); // only their proportion counts
     auto *const pcLayout = new QVBoxLayout(this);
     pcLayout->setContentsMargins(0, 0, 0, 0);
-    pcLayout->addWidget(pcSplitter);
+    pcLayout->addWidget(m_pcSplitter);
 
     connect(m_pcList, &QTreeWidget::currentItemChanged, this, &StorePane::showChosen);
     connect(m_pcPicture, &Plugin::PictureView::hovered, this, [this](const QPoint &cPixel) {
@@ -102,6 +101,11 @@ void StorePane::clear()
     m_pcStore.reset();
     m_pcList->clear();
     showChosen();
+}
+
+void StorePane::resizeEvent(QResizeEvent *)
+{
+    m_pcSplitter->setOrientation(width() > height() ? Qt::Horizontal : Qt::Vertical);
 }
 
 void StorePane::fillList()

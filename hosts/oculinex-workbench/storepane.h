@@ -8,7 +8,7 @@
 #include "arithmparammgr.h"
 
 class QLabel;
-class QStackedWidget;
+class QSplitter;
 class QTableWidget;
 class QTreeWidget;
 class TaskInfo;
@@ -32,6 +32,9 @@ public:
     void showStore(TaskInfo *pcTask);
     void clear();
 
+protected:
+    void resizeEvent(QResizeEvent *pcEvent) override;
+
 private:
     using Kind = ArithmParamMgr::Kind;
 
@@ -47,6 +50,7 @@ private:
     std::unique_ptr<ArithmParamMgr, Deleter> m_pcStore; ///< own copy; null when nothing is shown
     Kind m_eUnderKind = Kind::DIB; ///< the picture that was chosen last, over which lists are drawn
     int m_nUnderID = -1;
+    QSplitter *m_pcSplitter;
     QTreeWidget *m_pcList;
     QLabel *m_pcTitle;
     Plugin::PictureView *m_pcPicture;

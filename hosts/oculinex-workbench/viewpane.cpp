@@ -46,7 +46,6 @@ ViewPane::ViewPane(int nView, QWidget *pcParent)
     pcLayout->setSpacing(2);
     auto *const pcTools = new QHBoxLayout;
     pcTools->setContentsMargins(2, 2, 2, 0);
-    pcTools->addWidget(new QLabel(tr("View %1").arg(nView), this));
     pcTools->addWidget(m_pcSize);
     const auto fnButton = [&](const QString &strName, const QString &strText, const QString &strTip,
                               const auto &fnClicked) {
