@@ -280,8 +280,9 @@ void TestEveryPlugin::window()
             // A folder for pictures of the windows, to be looked at.
             const QString strShots = qEnvironmentVariable("OCULINEX_SHOTS");
             if (!strShots.isEmpty()) {
-                constexpr int PREVIEW_MS = 1500;
-                QTest::qWait(PREVIEW_MS);
+                constexpr int PREVIEW_MS = 500;
+                QTest::qSleep(PREVIEW_MS);
+                QCoreApplication::sendPostedEvents(); // no timers: they are the user's next steps
                 cTop.grab().save(strShots + '/' + strID + ".png");
             }
             DialogUser::click(cTop, szButton);

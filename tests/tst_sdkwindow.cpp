@@ -41,7 +41,7 @@ constexpr Plugin::Integer LEVEL = Plugin::Integer("Level", {"阈值", "Level"}, 
                                       .when(CHOSEN, Method::Fixed)
                                       .help({"阈值的帮助", "Help for the level"});
 constexpr Plugin::Integer BLOCK = Plugin::Integer("Block", {"窗口", "Block"}, 5).range(1, 99).odd();
-constexpr Plugin::Integer LARGEST("Largest", {"最大", "Largest"}, 0x7fffffff);
+constexpr auto LARGEST = Plugin::Integer("Largest", {"最大", "Largest"}, 0x7fffffff).unit({"像素", "pixels"});
 constexpr Plugin::Real SIGMA("Sigma", {"标准差", "Sigma"}, 0.5, 0, 10);
 constexpr Plugin::Flag PRINT("Print", {"打印", "Print"});
 constexpr Plugin::Text LABEL("Label", {"标签", "Label"});
@@ -191,6 +191,7 @@ private slots:
     void closesWhileThePreviewComputes();
     void sourceWindow();
     void keysGoDownTheWindow();
+    void limitHasNoUnit();
 
 private:
     ArithmParamMgr *store() { return m_pcStore.get(); }
@@ -462,6 +463,20 @@ void TstSdkWindow::keysGoDownTheWindow()
         QCOMPARE(Tidy::fault(pcWindow), QString());
         click(pcWindow, "btnCancel");
     });
+}
+
+void TstSdkWindow::limitHasNoUnit()
+{
+    const QString strConfig = show(STEP, {}, store(), [](QDialog *pcWindow) {
+        auto *pcBox = widget<QSpinBox>(pcWindow, "Largest");
+        QCOMPARE(pcBox->text(), QStringLiteral("不限 no limit"));
+        pcBox->setFocus();
+        pcBox->selectAll();
+        QTest::keyClicks(pcBox, "57");
+        QCOMPARE(pcBox->text(), QStringLiteral("57 像素 pixels"));
+        click(pcWindow, "btnOK");
+    });
+    QVERIFY2(strConfig.contains("<Largest>57</Largest>"), qPrintable(strConfig));
 }
 
 QTEST_MAIN(TstSdkWindow)

@@ -36,9 +36,6 @@ QSlider *sliderFor(Box *pcBox, double dStep)
     pcSlider->setRange(0, nSteps);
     pcSlider->setPageStep(std::max(1, nSteps / 10));
     pcSlider->setMinimumWidth(120);
-    // Boxes below each other are of one width.
-    constexpr int BOX_WIDTH = 140;
-    pcBox->setMinimumWidth(BOX_WIDTH);
     QObject::connect(pcSlider, &QSlider::valueChanged, pcBox, [=](int nStep) {
         // Not when the slider only follows the box, whose value may lie between two steps.
         if (qRound((pcBox->value() - dMin) / dStep) != nStep)
@@ -68,8 +65,8 @@ public:
         m_pcBox->setRange(bOdd && nMin % 2 == 0 ? nMin + 1 : nMin, bOdd && nMax % 2 == 0 ? nMax - 1 : nMax);
         if (bOdd)
             m_pcBox->setOdd();
-        m_pcBox->setSuffix(suffixOf(cSetting));
         m_pcBox->setValue(static_cast<int>(cSetting.m_dInitial));
+        m_pcBox->setUnit(suffixOf(cSetting));
         if (cSetting.m_dMax - cSetting.m_dMin <= MAX_SLIDER_RANGE)
             add(sliderFor(m_pcBox, bOdd ? 2 : 1), "Slider", 1);
         add(m_pcBox);

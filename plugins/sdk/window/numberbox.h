@@ -21,6 +21,13 @@ public:
         m_bOdd = true;
         setSingleStep(2);
     }
+    /// Shown behind each number, but not behind "no limit".
+    void setUnit(const QString &strUnit)
+    {
+        const auto fnShow = [this, strUnit] { setSuffix(value() == NO_LIMIT ? QString() : strUnit); };
+        connect(this, qOverload<int>(&QSpinBox::valueChanged), this, fnShow);
+        fnShow();
+    }
     /// What setValue() is to be given for a number near nValue.
     int allowed(int nValue) const
     {
@@ -32,12 +39,11 @@ public:
 protected:
     QString textFromValue(int nValue) const override
     {
-        return nValue == std::numeric_limits<int>::max() ? noLimit() : QString::number(nValue);
+        return nValue == NO_LIMIT ? noLimit() : QString::number(nValue);
     }
     int valueFromText(const QString &strText) const override
     {
-        return strText.contains(noLimit()) ? std::numeric_limits<int>::max()
-                                           : QSpinBox::valueFromText(strText);
+        return strText.contains(noLimit()) ? NO_LIMIT : QSpinBox::valueFromText(strText);
     }
     QValidator::State validate(QString &strText, int &nPos) const override
     {
@@ -55,6 +61,7 @@ protected:
     }
 
 private:
+    static constexpr int NO_LIMIT = std::numeric_limits<int>::max();
     static QString noLimit() { return QStringLiteral("不限 no limit"); }
 
     bool m_bOdd = false;

@@ -34,7 +34,8 @@ QWidget *SettingsWindow::makePreviewSide()
     m_pcResult->setWordWrap(true);
     m_pcResult->setAlignment(Qt::AlignTop | Qt::AlignLeft);
     m_pcResult->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    m_pcResult->setMinimumHeight(3 * fontMetrics().lineSpacing());
+    constexpr int RESULT_WIDTH = 200;
+    m_pcResult->setMinimumSize(RESULT_WIDTH, 3 * fontMetrics().lineSpacing());
     pcLayout->addWidget(m_pcShown);
     pcLayout->addWidget(m_pcView, 1);
     pcLayout->addWidget(m_pcResult);

@@ -17,6 +17,7 @@
 #include <QScreen>
 #include <QScrollArea>
 #include <QScrollBar>
+#include <QSlider>
 
 #include "sdk/settings.h"
 #include "sdk/window/editor.h"
@@ -70,6 +71,19 @@ QGroupBox *group(const QString &strTitle, QFormLayout *&pcForm)
     pcForm->setLabelAlignment(Qt::AlignLeft | Qt::AlignVCenter);
     pcForm->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
     return pcGroup;
+}
+
+/// Makes the boxes beside sliders equally wide, so that the sliders are so too.
+void alignSliders(const QWidget &cForm)
+{
+    QList<QAbstractSpinBox *> lstBox;
+    int nWidth = 140;
+    for (const QSlider *pcSlider : cForm.findChildren<QSlider *>()) {
+        lstBox << pcSlider->parentWidget()->findChild<QAbstractSpinBox *>();
+        nWidth = std::max(nWidth, lstBox.last()->sizeHint().width());
+    }
+    for (QAbstractSpinBox *pcBox : qAsConst(lstBox))
+        pcBox->setMinimumWidth(nWidth);
 }
 
 QPushButton *button(const QString &strText, const QString &strName)
@@ -168,6 +182,7 @@ QWidget *SettingsWindow::makeForm()
         nLabelWidth = std::max(nLabelWidth, cRow.m_pcLabel->sizeHint().width());
     for (const Row &cRow : m_lstRow)
         cRow.m_pcLabel->setMinimumWidth(nLabelWidth);
+    alignSliders(*pcContent);
     for (QFormLayout *pcForm : {pcInputs, pcSettings, pcOutputs})
         pcForm->parentWidget()->setVisible(pcForm->rowCount() > 0);
 
@@ -189,12 +204,14 @@ QWidget *SettingsWindow::makeForm()
                                                       ? pcScroll->verticalScrollBar()->sizeHint().width()
                                                       : 0));
     pcScroll->setMinimumHeight(std::min(cContent.height(), nHighest));
+    pcScroll->setMaximumHeight(cContent.height());
 
     auto *pcSide = new QWidget;
     auto *pcSideLayout = new QVBoxLayout(pcSide);
     pcSideLayout->setContentsMargins(0, 0, 0, 0);
     pcSideLayout->addWidget(pcScroll, 1);
     pcSideLayout->addWidget(m_pcHelp);
+    pcSideLayout->addStretch();
     return pcSide;
 }
 
