@@ -84,13 +84,19 @@ bool canDrawText()
 class Brush
 {
 public:
-    explicit Brush(QImage *pcTarget) : m_cPainter(pcTarget), m_cView(pcTarget->rect()) {}
+    explicit Brush(QImage *pcTarget)
+        : m_cView(pcTarget->rect()),
+          m_puchPixels(canFill(*pcTarget) ? pcTarget->bits() : nullptr),
+          m_nRowBytes(pcTarget->bytesPerLine()),
+          m_cPainter(pcTarget)
+    {
+    }
 
-    void setPen(const QColor &cColour) { m_cPainter.setPen(cColour); }
+    void setPen(const QColor &cColour) { setPen(QPen(cColour)); }
     /// Width 0 is one pixel; with a negative width nothing is painted.
     void setPen(const QColor &cColour, int nWidth)
     {
-        m_cPainter.setPen(QPen(cColour, nWidth, Qt::SolidLine, Qt::SquareCap, Qt::BevelJoin));
+        setPen(QPen(cColour, nWidth, Qt::SolidLine, Qt::SquareCap, Qt::BevelJoin));
     }
     void setFontSize(int nPixels)
     {
@@ -101,7 +107,7 @@ public:
     void line(const Position &cFrom, const Position &cTo)
     {
         if (cFrom && cTo)
-            m_cPainter.drawLine(*cFrom, *cTo);
+            line(*cFrom, *cTo);
     }
     void cross(const QPoint &cCentre, int nArm)
     {
@@ -114,9 +120,9 @@ public:
         const int nWidth = m_cView.width();
         const int nHeight = m_cView.height();
         if (nY >= 0 && nY < nHeight)
-            m_cPainter.drawLine(end(qint64{nX} - nArm, nWidth), nY, end(qint64{nX} + nArm, nWidth), nY);
+            line({end(qint64{nX} - nArm, nWidth), nY}, {end(qint64{nX} + nArm, nWidth), nY});
         if (nX >= 0 && nX < nWidth)
-            m_cPainter.drawLine(nX, end(qint64{nY} - nArm, nHeight), nX, end(qint64{nY} + nArm, nHeight));
+            line({nX, end(qint64{nY} - nArm, nHeight)}, {nX, end(qint64{nY} + nArm, nHeight)});
     }
     /// One line of text whose baseline starts there.
     void text(qint64 nX, qint64 nY, const QString &strText)
@@ -127,8 +133,44 @@ public:
     }
 
 private:
-    QPainter m_cPainter;
+    /// Whether straight lines can be filled in, as the painter would at many times the cost.
+    static bool canFill(const QImage &cTarget)
+    {
+        constexpr int PAINTER_LIMIT = 32767; // the painter paints nothing beyond it
+        return cTarget.format() == QImage::Format_RGB888 && cTarget.width() <= PAINTER_LIMIT &&
+               cTarget.height() <= PAINTER_LIMIT;
+    }
+    void setPen(const QPen &cPen)
+    {
+        m_cPainter.setPen(cPen);
+        m_bThin = cPen.width() == 0 || cPen.width() == 1;
+        m_nColour = cPen.color().rgb();
+    }
+    void line(const QPoint &cFrom, const QPoint &cTo)
+    {
+        if (!m_puchPixels || !m_bThin || (cFrom.x() != cTo.x() && cFrom.y() != cTo.y())) {
+            m_cPainter.drawLine(cFrom, cTo);
+            return;
+        }
+        const int nFirst = qMax(qMin(cFrom.x(), cTo.x()), 0);
+        const int nLast = qMin(qMax(cFrom.x(), cTo.x()), m_cView.right());
+        const int nBottom = qMin(qMax(cFrom.y(), cTo.y()), m_cView.bottom());
+        for (int y = qMax(qMin(cFrom.y(), cTo.y()), 0); y <= nBottom; ++y) {
+            unsigned char *puchPixel = m_puchPixels + qint64{m_nRowBytes} * y + qint64{3} * nFirst;
+            for (int x = nFirst; x <= nLast; ++x, puchPixel += 3) {
+                puchPixel[0] = static_cast<unsigned char>(qRed(m_nColour));
+                puchPixel[1] = static_cast<unsigned char>(qGreen(m_nColour));
+                puchPixel[2] = static_cast<unsigned char>(qBlue(m_nColour));
+            }
+        }
+    }
+
     QRect m_cView;
+    unsigned char *m_puchPixels; ///< of the target; null where only the painter can draw
+    int m_nRowBytes;
+    bool m_bThin = false; ///< whether the pen is one pixel wide
+    QRgb m_nColour = 0;
+    QPainter m_cPainter;
 };
 
 bool canDraw(const QImage *pcTarget, const ArithmParamMgr *pcAPM)
