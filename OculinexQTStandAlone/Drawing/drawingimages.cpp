@@ -318,11 +318,19 @@ void Drawing::DIBDrawingOpt::draw(QImage *pcTarget, ArithmParamMgr *pcAPM)
         clearTarget(*pcTarget);
     for (int y = 0; y < m_nHeight; ++y) {
         unsigned char *puchRow = m_puchData + nRowBytes * y;
-        PixelRows::exchangeRedBlue(puchRow, m_nWidth);
         const int nRow = bCopied ? y - cOverlap.m_nSrcY : -1;
-        if (nRow >= 0 && nRow < cOverlap.m_nHeight)
-            memcpy(targetPixels(*pcTarget, cOverlap, nRow), puchRow + bytesOf(cOverlap.m_nSrcX),
-                   bytesOf(cOverlap.m_nWidth));
+        const bool bShown = nRow >= 0 && nRow < cOverlap.m_nHeight;
+        // What is shown goes to the target first and comes back from there, still in the nearest cache.
+        const int nShown = bShown ? cOverlap.m_nWidth : 0;
+        const int nLeft = bShown ? cOverlap.m_nSrcX : 0;
+        unsigned char *puchShown = puchRow + bytesOf(nLeft);
+        PixelRows::exchangeRedBlue(puchRow, nLeft);
+        if (nShown > 0) {
+            unsigned char *puchTarget = targetPixels(*pcTarget, cOverlap, nRow);
+            PixelRows::exchangeRedBlue(puchTarget, puchShown, nShown);
+            memcpy(puchShown, puchTarget, bytesOf(nShown));
+        }
+        PixelRows::exchangeRedBlue(puchShown + bytesOf(nShown), m_nWidth - nLeft - nShown);
     }
     if (!bPlaced)
         return;

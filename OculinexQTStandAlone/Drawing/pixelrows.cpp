@@ -1,16 +1,49 @@
 #include "Drawing/pixelrows.h"
 
-#include <utility>
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstring>
+
+namespace
+{
+/// Exchanges all but the pixels at both ends, and returns how many it did. The bytes of a pixel come
+/// from two places further on, from their own and from two places before; which of them is taken, by
+/// masks, repeats with a block of three vectors, so that compilers need not move bytes inside of one.
+template <int BLOCK>
+[[gnu::always_inline]] inline int exchangeBlocks(unsigned char *__restrict puchDst,
+                                                 const unsigned char *__restrict puchSrc, int nPixels)
+{
+    using Masks = std::array<std::array<unsigned char, BLOCK>, 3>;
+    static constexpr Masks s_aauchTaken = [] {
+        Masks aauchTaken{};
+        for (size_t i = 0; i < BLOCK; ++i)
+            aauchTaken[i % 3][i] = 0xFF;
+        return aauchTaken;
+    }();
+    int nDone = 0;
+    for (; nPixels - nDone >= BLOCK / 3 + 2; nDone += BLOCK / 3, puchDst += BLOCK, puchSrc += BLOCK) {
+        // The pixel before the block and the one behind it are read too.
+        for (size_t i = 0; i < BLOCK; ++i)
+            puchDst[i + 3] = static_cast<unsigned char>((puchSrc[i + 5] & s_aauchTaken[0][i]) |
+                                                        (puchSrc[i + 3] & s_aauchTaken[1][i]) |
+                                                        (puchSrc[i + 1] & s_aauchTaken[2][i]));
+    }
+    return nDone;
+}
+} // namespace
 
 // Compilers make vectors of bytes in groups of three only from SSSE3 on, which plain x86-64 lacks;
 // other processors (NEON) have instructions for it that the plain loops below compile to.
 #if defined(__x86_64__)
-#include <tmmintrin.h>
+#include <immintrin.h>
 #define OCULINEX_SSSE3 __attribute__((target("ssse3")))
+#define OCULINEX_AVX2 __attribute__((target("avx2")))
 
 namespace
 {
 const bool s_bSSSE3 = __builtin_cpu_supports("ssse3");
+const bool s_bAVX2 = __builtin_cpu_supports("avx2");
 
 OCULINEX_SSSE3 __m128i loadBytes(const unsigned char *puch)
 {
@@ -22,21 +55,30 @@ OCULINEX_SSSE3 void storeBytes(unsigned char *puch, __m128i aBytes)
     _mm_storeu_si128(reinterpret_cast<__m128i *>(puch), aBytes);
 }
 
-/// Both return how many pixels they did; the rest is the plain loop's.
-OCULINEX_SSSE3 int exchangeVectors(unsigned char *puchPixels, int nPixels)
+OCULINEX_AVX2 int exchangeWide(unsigned char *puchDst, const unsigned char *puchSrc, int nPixels)
 {
-    // Five pixels a vector; the sixteenth byte stays as it is.
-    const __m128i aOrder = _mm_setr_epi8(2, 1, 0, 5, 4, 3, 8, 7, 6, 11, 10, 9, 14, 13, 12, 15);
+    return exchangeBlocks<96>(puchDst, puchSrc, nPixels);
+}
+
+/// These return how many pixels they did; the rest is the plain loop's.
+OCULINEX_AVX2 int expandWide(unsigned char *puchDst, const unsigned char *puchGrey, int nPixels)
+{
+    const __m256i aFirst = _mm256_setr_epi8(0, 0, 0, 1, 1, 1, 2, 2, 2, 3, 3, 3, 4, 4, 4, 5, //
+                                            5, 5, 6, 6, 6, 7, 7, 7, 8, 8, 8, 9, 9, 9, 10, 10);
+    const __m256i aSecond = _mm256_setr_epi8(10, 11, 11, 11, 12, 12, 12, 13, 13, 13, 14, 14, 14, 15, 15, 15,
+                                             0, 0, 0, 1, 1, 1, 2, 2, 2, 3, 3, 3, 4, 4, 4, 5);
+    const __m256i aThird = _mm256_setr_epi8(5, 5, 6, 6, 6, 7, 7, 7, 8, 8, 8, 9, 9, 9, 10, 10, 10, 11, 11, 11,
+                                            12, 12, 12, 13, 13, 13, 14, 14, 14, 15, 15, 15);
+    const auto fnStore = [](unsigned char *puch, __m256i aBytes) OCULINEX_AVX2 {
+        _mm256_storeu_si256(reinterpret_cast<__m256i *>(puch), aBytes);
+    };
     int nDone = 0;
-    if (nPixels < 11)
-        return nDone;
-    // Each vector is loaded before its predecessor, which it overlaps by one unchanged byte, is
-    // stored: a load that follows the store would wait for it.
-    __m128i aNext = loadBytes(puchPixels);
-    for (; nPixels - nDone >= 11; nDone += 5, puchPixels += 15) {
-        const __m128i aThis = aNext;
-        aNext = loadBytes(puchPixels + 15);
-        storeBytes(puchPixels, _mm_shuffle_epi8(aThis, aOrder));
+    for (; nPixels - nDone >= 32; nDone += 32, puchDst += 96) {
+        const __m128i aLow = loadBytes(puchGrey + nDone);
+        const __m128i aHigh = loadBytes(puchGrey + nDone + 16);
+        fnStore(puchDst, _mm256_shuffle_epi8(_mm256_broadcastsi128_si256(aLow), aFirst));
+        fnStore(puchDst + 32, _mm256_shuffle_epi8(_mm256_set_m128i(aHigh, aLow), aSecond));
+        fnStore(puchDst + 64, _mm256_shuffle_epi8(_mm256_broadcastsi128_si256(aHigh), aThird));
     }
     return nDone;
 }
@@ -72,7 +114,12 @@ OCULINEX_SSSE3 int packVectors(unsigned char *puchDst, const unsigned int *punPi
 namespace
 {
 constexpr bool s_bSSSE3 = false;
-int exchangeVectors(unsigned char *, int)
+constexpr bool s_bAVX2 = false;
+int exchangeWide(unsigned char *, const unsigned char *, int)
+{
+    return 0;
+}
+int expandWide(unsigned char *, const unsigned char *, int)
 {
     return 0;
 }
@@ -87,16 +134,39 @@ int packVectors(unsigned char *, const unsigned int *, int)
 } // namespace
 #endif
 
+void PixelRows::exchangeRedBlue(unsigned char *__restrict puchDst, const unsigned char *__restrict puchSrc,
+                                int nPixels)
+{
+    const auto fnPixel = [&](std::ptrdiff_t nPixel) {
+        puchDst[3 * nPixel] = puchSrc[3 * nPixel + 2];
+        puchDst[3 * nPixel + 1] = puchSrc[3 * nPixel + 1];
+        puchDst[3 * nPixel + 2] = puchSrc[3 * nPixel];
+    };
+    if (nPixels <= 0)
+        return;
+    fnPixel(0);
+    const int nDone =
+        s_bAVX2 ? exchangeWide(puchDst, puchSrc, nPixels) : exchangeBlocks<48>(puchDst, puchSrc, nPixels);
+    for (int nPixel = nDone + 1; nPixel < nPixels; ++nPixel)
+        fnPixel(nPixel);
+}
+
 void PixelRows::exchangeRedBlue(unsigned char *puchPixels, int nPixels)
 {
-    int nDone = s_bSSSE3 ? exchangeVectors(puchPixels, nPixels) : 0;
-    for (puchPixels += 3L * nDone; nDone < nPixels; ++nDone, puchPixels += 3)
-        std::swap(puchPixels[0], puchPixels[2]);
+    constexpr int CHUNK = 512; // pixels; small enough to stay in the nearest cache
+    unsigned char auchExchanged[CHUNK * 3];
+    for (; nPixels > 0; nPixels -= CHUNK, puchPixels += sizeof auchExchanged) {
+        const int nChunk = std::min(nPixels, CHUNK);
+        exchangeRedBlue(auchExchanged, puchPixels, nChunk);
+        memcpy(puchPixels, auchExchanged, static_cast<size_t>(nChunk) * 3);
+    }
 }
 
 void PixelRows::expandGrey(unsigned char *puchDst, const unsigned char *puchGrey, int nPixels)
 {
-    int nDone = s_bSSSE3 ? expandVectors(puchDst, puchGrey, nPixels) : 0;
+    int nDone = s_bAVX2    ? expandWide(puchDst, puchGrey, nPixels)
+                : s_bSSSE3 ? expandVectors(puchDst, puchGrey, nPixels)
+                           : 0;
     for (puchDst += 3L * nDone; nDone < nPixels; ++nDone, puchDst += 3)
         puchDst[0] = puchDst[1] = puchDst[2] = puchGrey[nDone];
 }

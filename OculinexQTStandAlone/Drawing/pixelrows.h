@@ -5,7 +5,9 @@
 /// follow each other without gaps.
 namespace PixelRows
 {
-/// Exchanges the first and the third byte of each pixel in place.
+/// Copies pixels with the first and the third byte of each exchanged; the two do not overlap.
+void exchangeRedBlue(unsigned char *puchDst, const unsigned char *puchSrc, int nPixels);
+/// The same in place.
 void exchangeRedBlue(unsigned char *puchPixels, int nPixels);
 /// Writes each byte three times.
 void expandGrey(unsigned char *puchDst, const unsigned char *puchGrey, int nPixels);
