@@ -89,7 +89,6 @@ int runTable(int nArgs, char **pszArgs)
 int main(int nArgs, char **pszArgs)
 {
     setenv("QT_QPA_PLATFORM", "offscreen", 0);
-    setenv("XDG_RUNTIME_DIR", "/tmp", 0); // Qt would say that it takes one of its own
     cv::setNumThreads(1);                 // the peers have one thread where ours has one
     try {
         int nResult = Bench::runStartUp(nArgs, pszArgs);
