@@ -1,3 +1,5 @@
+#include <ctime>
+
 #include <opencv2/imgproc.hpp>
 
 #include "fixtures/row.h"
@@ -300,6 +302,20 @@ private slots:
             }
             QCOMPARE(mapFound, mapExpected);
         }
+    }
+
+    /// Hundreds of thousands of outlines: a time that grows with their square is more than anybody waits.
+    void treeOfNoise()
+    {
+        cv::Mat cNoise(1500, 2000, CV_8UC1);
+        cv::randu(cNoise, 0, 2);
+        put(m_pcStore->getParamGray8(1), cNoise);
+        const std::clock_t nBegin = std::clock(); // of the processor: others may use it as well
+        QCOMPARE(run("OCX_Contours", TO_LISTS + "<Which>Tree</Which>"), QString());
+        const double dSeconds = static_cast<double>(std::clock() - nBegin) / CLOCKS_PER_SEC;
+        QVERIFY(m_pcStore->getParamLongs(3)->getLongs().size() > 100000);
+        constexpr double PATIENCE_SECONDS = 10;
+        QVERIFY2(dSeconds < PATIENCE_SECONDS, qPrintable(QString::number(dSeconds)));
     }
 
     void findsTheCoins()
