@@ -1,6 +1,9 @@
 #ifndef EVERYPLUGIN_H
 #define EVERYPLUGIN_H
 
+#include <algorithm>
+#include <functional>
+
 #include <QHash>
 #include <QMap>
 
