@@ -1,0 +1,349 @@
+// Many threads at once, in an order that is different each time. OCULINEX_SEED repeats a row of random
+// calls (not the order of the threads); OCULINEX_STRESS_MS makes it longer.
+
+#include "fixtures/randomdelays.h"
+
+#include <dlfcn.h>
+
+#include <QApplication>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include "DataSource/datasource.h"
+#include "MemoryDisk/memorydisk.h"
+#include "OculinexQTStandAlone.h"
+#include "OculinexQTStandAloneInQt.h"
+#include "arithmMgr/arithmmgr.h"
+#include "arithmMgr/arithmregister.h"
+#include "arithmparammgr.h"
+#include "fixtures/together.h"
+#include "globalfunction.h"
+#include "taskMgr/taskMgr.h"
+
+namespace
+{
+using RandomDelays::random;
+
+const int STRESS_MS = qMax(2000, qEnvironmentVariableIntValue("OCULINEX_STRESS_MS"));
+
+std::atomic<int> s_nInside{0}; ///< steps that run now
+std::atomic<int> s_nTwice{0};  ///< steps that met another one of their own task
+
+/// Fills lists and fails now and then: in one of as many runs as its config text says, never with 0.
+char *fill(char *pchConfig, ArithmParamMgr *pcAPM)
+{
+    static std::mutex s_cMutex;
+    static QSet<ArithmParamMgr *> s_setInside;
+    static char s_szBlank[] = "";
+    static char s_szFailed[] = "failed";
+    ++s_nInside;
+    {
+        const std::lock_guard<std::mutex> cGuard(s_cMutex);
+        s_nTwice += s_setInside.contains(pcAPM);
+        s_setInside.insert(pcAPM);
+    }
+    const int nX = static_cast<int>(random(64));
+    pcAPM->getParamPoints(1)->clearPoints();
+    pcAPM->getParamPoints(1)->addPoint({nX, 5});
+    pcAPM->getParamLines(1)->clearLines();
+    pcAPM->getParamLines(1)->addLine({nX, 5, 20, nX});
+    pcAPM->getParamStrings(1)->clearStrings();
+    pcAPM->getParamStrings(1)->addString(QString::number(nX));
+    usleep(random(300));
+    {
+        const std::lock_guard<std::mutex> cGuard(s_cMutex);
+        s_setInside.remove(pcAPM);
+    }
+    --s_nInside;
+    const unsigned nOneIn = static_cast<unsigned>(atoi(pchConfig));
+    return nOneIn > 0 && random(nOneIn) == 0 ? s_szFailed : s_szBlank;
+}
+
+/// Steps apart by '|', each "ID config".
+QByteArray task(const char *szSource, const char *szType, int nView, const char *szSteps)
+{
+    QString strText = QStringLiteral("<=TaskInfo=><-TaskName->t</-TaskName-><-View->%1</-View-><-DataSource->"
+                                     "<DSName>%2</DSName><OutputType>%3</OutputType><OutputID>1</OutputID>"
+                                     "<Config><Width>60</Width><Height>40</Height></Config></-DataSource->")
+                          .arg(nView)
+                          .arg(QLatin1String(szSource), QLatin1String(szType));
+    for (const QString &strStep : QString::fromLatin1(szSteps).split(QLatin1Char('|')))
+        strText += QStringLiteral("<-TaskItem-><-MaxExeTimes->-1</-MaxExeTimes-><-ArithmID->%1</-ArithmID->"
+                                  "<-OptionStr->%2</-OptionStr-></-TaskItem->")
+                       .arg(strStep.section(QLatin1Char(' '), 0, 0), strStep.section(QLatin1Char(' '), 1));
+    return strText.toUtf8() + "</=TaskInfo=>";
+}
+
+constexpr const char *DRAW_ALL = "fill 60|KQ_Drawing <DataType>0</DataType><DataID>1</DataID>|"
+                                 "KQ_Drawing <DataType>3</DataType><DataID>1</DataID>|"
+                                 "KQ_Drawing <DataType>4</DataType><DataID>1</DataID>"
+                                 "<Config><DspLen>1</DspLen></Config>|"
+                                 "KQ_Drawing <DataType>7</DataType><DataID>1</DataID>"
+                                 "<Config><FontSize>12</FontSize></Config>";
+
+QByteArray allTasks()
+{
+    return task("Probe", "RGB", 0,
+                "fill 0|KQ_MemoryDisk <MemDisk>0</MemDisk><InputID>1</InputID><InputType>RGB</InputType>") +
+           task(
+               "Probe", "Gray8", 1,
+               "fill 90|KQ_MemoryDisk <MemDisk>1</MemDisk><InputID>1</InputID><InputType>Gray8</InputType>") +
+           task("Memory Disk 0", "RGB", 0, DRAW_ALL) + task("Probe", "RGB", 2, DRAW_ALL) +
+           task("Memory Disk 1", "Gray8", 1,
+                "KQ_Drawing <DataType>1</DataType><DataID>1</DataID>|fill 40|probe "
+                "<Result><CMD>print:p</CMD></Result>") +
+           task("Memory Disk 0", "RGB", 3,
+                "KQ_Saving "
+                "<BasePath>saved</BasePath><StringID>s</StringID><Identity>2</Identity><Format>2</"
+                "Format><Wnd>4</Wnd><PicType>RGB</PicType><PicID>1</PicID>|fill 50") +
+           task("Probe", "RGB", 2, "fill 2") + task("", "RGB", 0, "fill 2");
+}
+constexpr unsigned TASKS = 8;
+
+bool isRunning(int nTask)
+{
+    bool bRunning = false;
+    return IsTaskRunning(bRunning, nTask) && bRunning;
+}
+
+/// Other threads of the host for as long as it lives.
+class Others
+{
+public:
+    Others()
+    {
+        loop([] {
+            char szText[20];
+            getErrMsg(szText, sizeof szText);
+            getOutputMsg(szText, sizeof szText);
+        });
+        loop([] {
+            TaskStatus cStatus;
+            const int nTask = static_cast<int>(random(TASKS + 2)) - 1;
+            isRunning(nTask);
+            getTaskStatus(nTask, cStatus);
+        });
+        // Nobody waits long for a picture or a free buffer, so that a stop does not take a second.
+        loop([] {
+            unsigned char achPicture[4 * 3] = {};
+            MemoryDisk *pcColour = MemoryDisk::getInstance(0);
+            MemoryDisk *pcGrey = MemoryDisk::getInstance(1);
+            if (pcColour->getDIBPreparedNum() == 0)
+                pcColour->addDIB(achPicture, 1, 3);
+            if (pcColour->getDIBIdleNum() == 0)
+                pcColour->emptyDIBPrepared();
+            if (pcGrey->getGray8PreparedNum() == 0)
+                pcGrey->addGray8(achPicture, 4, 3);
+            if (pcGrey->getGray8IdleNum() == 0)
+                pcGrey->emptyGray8Prepared();
+        });
+        for (int nReader = 0; nReader < 2; ++nReader)
+            loop([this] {
+                std::vector<unsigned char> auchView(size_t(303) * 100);
+                m_nDrawn += getDrawingWindow(static_cast<int>(random(3)), auchView.data(),
+                                             1 + static_cast<int>(random(100)),
+                                             1 + static_cast<int>(random(100))) >= 0;
+            });
+    }
+    ~Others()
+    {
+        m_bEnd = true;
+        for (std::thread &cThread : m_lstThreads)
+            cThread.join();
+    }
+    Others(const Others &) = delete;
+    Others &operator=(const Others &) = delete;
+
+    std::atomic<int> m_nDrawn{0};
+
+private:
+    template <class Work>
+    void loop(const Work &fnWork)
+    {
+        m_lstThreads.emplace_back([this, fnWork] {
+            while (!m_bEnd) {
+                fnWork();
+                usleep(random(200));
+            }
+        });
+    }
+    std::atomic<bool> m_bEnd{false};
+    std::vector<std::thread> m_lstThreads;
+};
+
+/// The first calls of a process come from four threads at once; 0 when all meet the same objects.
+int firstUse()
+{
+    constexpr int THREADS = 4;
+    std::array<std::array<const void *, 6>, THREADS> acSeen{};
+    together(THREADS, [&](int nThread) {
+        acSeen[static_cast<size_t>(nThread)] = {
+            OculinexQtStandAlone::getInstance(), TaskMgr::getInstance(),
+            GlobalFunction::getInstance(),       ArithmMgr::getInstance()->getArithm(QStringLiteral("probe")),
+            DataSource::getInstance(),           MemoryDisk::getInstance(0)};
+    });
+    for (const auto &cSeen : acSeen)
+        if (cSeen != acSeen[0] || std::count(cSeen.begin(), cSeen.end(), nullptr) > 0)
+            return 1;
+    return 0;
+}
+} // namespace
+
+class TestRaces : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase()
+    {
+        qInfo("OCULINEX_SEED=%u", RandomDelays::s_nSeed.load());
+        QDir::setCurrent(m_cDir.path());
+        QVERIFY(QDir().mkdir(QStringLiteral("saved")));
+        ArithmFactory::getInstance()->getArithms()->append(
+            {QStringLiteral("C"), QStringLiteral("fill"),
+             new Arithm(
+                 false, [] { return "fill"; }, nullptr, fill)});
+        for (const int nView : {0, 1, 2, 3})
+            useDrawingWindow(nView, 60, 40);
+    }
+
+    void init()
+    {
+        write("all.tasks", allTasks());
+        QCOMPARE(openTasksFile(QByteArray("all.tasks").data()), "");
+    }
+    void cleanup()
+    {
+        TaskMgr::getInstance()->clear();
+        QCOMPARE(s_nInside.load(), 0);
+        QCOMPARE(s_nTwice.load(), 0);
+    }
+
+    /// One thread controls, others look on.
+    void randomCalls();
+    /// A stop and a start meet tasks that fail by themselves at that very moment.
+    void failingTasks();
+    void firstUseByManyThreads();
+    void unloadedWhileRunning();
+
+private:
+    void write(const char *szFile, const QByteArray &achText) const
+    {
+        QFile cFile(m_cDir.filePath(QLatin1String(szFile)));
+        QVERIFY(cFile.open(QIODevice::WriteOnly) && cFile.write(achText) == achText.size());
+    }
+    QTemporaryDir m_cDir;
+};
+
+void TestRaces::randomCalls()
+{
+    const auto fnTask = [] { return static_cast<int>(random(TASKS + 1)); };
+    const std::pair<unsigned, std::function<void()>> CALLS[] = {
+        {12, [&] { startTask(fnTask()); }},
+        {6, [&] { stopTask(fnTask()); }},
+        {6, [] { startAllTasks(); }},
+        {1, [] { stopAllTasks(); }},
+        {2, [&] { runTaskOnce(fnTask()); }},
+        {1, [] { openTasksFile(QByteArray("all.tasks").data()); }},
+        {2, [] { saveTasksFile(QByteArray("saved.tasks").data()); }},
+        {4, [] { useDrawingWindow(static_cast<int>(random(4)), 1 + static_cast<int>(random(90)), 40); }},
+        {1, [] { GlobalFunction::getInstance()->removeView(static_cast<int>(random(4))); }},
+        {2, [] { enableTaskStatus(random(2) == 0); }},
+        {1, [&] { TaskMgr::getInstance()->removeTask(fnTask()); }},
+        {6, [] { QCoreApplication::processEvents(); }},
+        {8, [] { usleep(random(5000)); }},
+    };
+    unsigned nWeights = 0;
+    for (const auto &cCall : CALLS)
+        nWeights += cCall.first;
+
+    auto pcOthers = std::make_unique<Others>();
+    QElapsedTimer cTimer;
+    for (cTimer.start(); cTimer.elapsed() < STRESS_MS;) {
+        unsigned nChosen = random(nWeights);
+        const auto *pcCall = std::begin(CALLS);
+        while (nChosen >= pcCall->first)
+            nChosen -= (pcCall++)->first;
+        pcCall->second();
+    }
+    stopAllTasks();
+    QCOMPARE(s_nInside.load(), 0);
+
+    // Whatever happened, all works as before and no buffer is missing.
+    openTasksFile(QByteArray("all.tasks").data());
+    useDrawingWindow(0, 60, 40);
+    startAllTasks();
+    const int nDrawn = pcOthers->m_nDrawn;
+    QTRY_VERIFY(pcOthers->m_nDrawn > nDrawn + 20);
+    stopAllTasks();
+    pcOthers.reset();
+    for (const int nDisk : {0, 1}) {
+        MemoryDisk *pcDisk = MemoryDisk::getInstance(nDisk);
+        QCOMPARE(pcDisk->getDIBIdleNum() + pcDisk->getDIBPreparedNum(), pcDisk->getDIBBuffNum());
+        QCOMPARE(pcDisk->getGray8IdleNum() + pcDisk->getGray8PreparedNum(), pcDisk->getGray8BuffNum());
+    }
+}
+
+void TestRaces::failingTasks()
+{
+    QByteArray achTasks;
+    for (int nTask = 0; nTask < 4; ++nTask)
+        achTasks += task("Probe", "RGB", 0, "fill 2");
+    write("failing.tasks", achTasks);
+    QCOMPARE(openTasksFile(QByteArray("failing.tasks").data()), "");
+    Others cOthers;
+    QElapsedTimer cTimer;
+    for (cTimer.start(); cTimer.elapsed() < STRESS_MS / 2;) {
+        startAllTasks();
+        const int nTask = static_cast<int>(random(4));
+        while (isRunning(nTask)) {
+        }
+        startTask(nTask); // in the instant of its failure
+        usleep(random(1000));
+        stopAllTasks();
+        for (int nStopped = 0; nStopped < 4; ++nStopped)
+            QVERIFY(!isRunning(nStopped));
+        QCOMPARE(s_nInside.load(), 0);
+        if (random(4) == 0)
+            QCoreApplication::processEvents(); // late news of failures
+    }
+}
+
+void TestRaces::firstUseByManyThreads()
+{
+    for (int nRound = 0; nRound < 5; ++nRound) {
+        QProcess cProcess;
+        cProcess.setProcessChannelMode(QProcess::ForwardedChannels);
+        cProcess.start(QCoreApplication::applicationFilePath(), {"--first-use"});
+        QVERIFY(cProcess.waitForFinished(60000));
+        QVERIFY(cProcess.exitStatus() == QProcess::NormalExit);
+        QCOMPARE(cProcess.exitCode(), 0);
+    }
+}
+
+void TestRaces::unloadedWhileRunning()
+{
+    write("plain.tasks", task("Probe", "RGB", 0, "probe <Sleep>1</Sleep>"));
+    Dl_info cInfo;
+    QVERIFY(dladdr(reinterpret_cast<void *>(&::startAllTasks), &cInfo) != 0);
+    QProcess cProcess;
+    cProcess.setProcessChannelMode(QProcess::ForwardedChannels);
+    cProcess.start(QCoreApplication::applicationDirPath() + QStringLiteral("/unloader"),
+                   {QFile::decodeName(cInfo.dli_fname), m_cDir.filePath(QStringLiteral("plain.tasks"))});
+    QVERIFY(cProcess.waitForFinished(60000));
+    QVERIFY(cProcess.exitStatus() == QProcess::NormalExit);
+    QCOMPARE(cProcess.exitCode(), 0);
+}
+
+int main(int argc, char **argv)
+{
+    const unsigned nGiven = qEnvironmentVariable("OCULINEX_SEED").toUInt();
+    RandomDelays::s_nSeed = nGiven != 0 ? nGiven : static_cast<unsigned>(QDateTime::currentMSecsSinceEpoch());
+    if (argc == 2 && strcmp(argv[1], "--first-use") == 0)
+        return firstUse();
+    QApplication cApp(argc, argv);
+    TestRaces cTest;
+    return QTest::qExec(&cTest, argc, argv);
+}
+#include "tst_races.moc"
