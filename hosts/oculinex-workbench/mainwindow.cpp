@@ -467,6 +467,8 @@ void MainWindow::closeEvent(QCloseEvent *pcEvent)
     cSettings.setValue(KEY_GEOMETRY, saveGeometry());
     cSettings.setValue(KEY_STATE, saveState());
     pcEvent->accept();
+    if (!isVisible()) // behind the operator's window: Qt ends the program for what was in sight only
+        QTimer::singleShot(0, qApp, &QApplication::quit);
 }
 
 void MainWindow::dragEnterEvent(QDragEnterEvent *pcEvent)

@@ -67,11 +67,8 @@ const Shot SHOTS[] = {
     {"dialog-load", "KQ_Loading", "", nullptr, nullptr},
     {"dialog-memory-disk", "KQ_MemoryDisk",
      "<MemDisk>0</MemDisk><InputID>1</InputID><InputType>RGB</InputType>", nullptr, nullptr},
-    {"plugin-blur", "OCX_Blur", nullptr, nullptr, nullptr},
     {"plugin-threshold", "OCX_Threshold", nullptr, nullptr, nullptr},
     {"plugin-blobs", "OCX_Blobs", nullptr, nullptr, nullptr},
-    {"plugin-edges", "OCX_Edges", "<InputID>2</InputID>", nullptr, nullptr},
-    {"plugin-contours", "OCX_Contours", "<InputID>3</InputID>", nullptr, nullptr},
 };
 
 class Photographer

@@ -49,6 +49,7 @@ TaskList::TaskList(Document &cDocument, const Control &cControl, QWidget *pcPare
     m_pcTable->setContextMenuPolicy(Qt::ActionsContextMenu);
     m_pcTable->setShowGrid(false);
     m_pcTable->setWordWrap(false);
+    m_pcTable->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     m_pcTable->verticalHeader()->hide();
     m_pcTable->horizontalHeader()->setStretchLastSection(true);
     m_pcTable->horizontalHeader()->setHighlightSections(false);

@@ -3,7 +3,10 @@
 #include <QtTest>
 
 #include <QComboBox>
+#include <QDialogButtonBox>
+#include <QDoubleSpinBox>
 #include <QFileDialog>
+#include <QLabel>
 #include <QListWidget>
 #include <QMenu>
 #include <QMessageBox>
@@ -13,6 +16,7 @@
 #include <QTableWidget>
 #include <QTemporaryDir>
 #include <QTreeView>
+#include <QTreeWidget>
 
 #include "datatable.h"
 #include "dialoguser.h"
@@ -20,6 +24,8 @@
 #include "flowpane.h"
 #include "logmodel.h"
 #include "mainwindow.h"
+#include "operatormode.h"
+#include "operatorwindow.h"
 #include "steptable.h"
 #include "taskMgr/taskMgr.h"
 #include "taskfixture.h"
@@ -342,6 +348,53 @@ private slots:
         QVERIFY(!TaskMgr::getInstance()->getTask(0)->IsRunning());
         cBench.select(0);
         QTRY_VERIFY(cBench.steps()->isEnabled());
+    }
+
+    /// The author picks, saves and opens again; the operator sets, starts, sees the verdict and leaves.
+    void servesTheOperator()
+    {
+        // A text for each picture, of which there are fewer.
+        write(m_strFile,
+              taskText("A", {"<Level>40</Level>" + QString("|{print:24 coins}").repeated(9)}).toUtf8());
+        {
+            Bench cBench(m_strFile);
+            DialogUser cUser({[](QWidget &cTop) {
+                auto *pcRow = cTop.findChild<QTreeWidget *>("steps")->topLevelItem(0)->child(0)->child(0);
+                pcRow->setCheckState(0, Qt::Checked);
+                pcRow->setText(3, "50");
+                cTop.findChild<QLineEdit *>("edtGood")->setText("24");
+                cTop.findChild<QDialogButtonBox *>()->button(QDialogButtonBox::Ok)->click();
+            }});
+            QVERIFY(cBench.trigger("What the operator sees"));
+            QVERIFY(cUser.isContent());
+            QVERIFY(cBench.trigger("Save"));
+        }
+        Bench cBench(m_strFile);
+        auto *pcWindow = cBench.operatorMode().open(OperatorMode::Leaving::EndsProgram);
+        QVERIFY(pcWindow->isFullScreen() && !cBench.isVisible());
+        auto *pcLevel = pcWindow->findChild<QDoubleSpinBox *>("Level");
+        pcLevel->selectAll();
+        QTest::keyClicks(pcLevel, "45");
+        QTest::keyClick(pcLevel, Qt::Key_Return);
+        QTest::mouseClick(pcWindow->findChild<QPushButton *>("btnStart"), Qt::LeftButton);
+        QTRY_COMPARE(pcWindow->findChild<QLabel *>("lblVerdict")->text(), "OK");
+        QTRY_COMPARE(pcWindow->findChild<QLabel *>("lblGood")->text(), "3");
+
+        {
+            DialogUser cUser({pressButton("Cancel")});
+            QTest::keyClick(pcWindow, Qt::Key_Escape);
+            QVERIFY(cUser.isContent());
+        }
+        QVERIFY(pcWindow->isVisible());
+        QVERIFY(TaskMgr::getInstance()->getTask(0)->IsRunning());
+        QTest::mouseClick(pcWindow->findChild<QPushButton *>("btnStop"), Qt::LeftButton);
+        QTRY_VERIFY(pcWindow->findChild<QPushButton *>("btnStart")->isEnabled());
+        QTRY_VERIFY(cBench.control().isIdle());
+        DialogUser cUser({pressButton("Save")});
+        QTimer::singleShot(0, pcWindow, [pcWindow] { QTest::keyClick(pcWindow, Qt::Key_Escape); });
+        QTimer::singleShot(10000, pcWindow, [] { QApplication::exit(1); });
+        QCOMPARE(QApplication::exec(), 0);
+        QVERIFY(contents(m_strFile).contains("<Level>45</Level>"));
     }
 
     void asksBeforeClosing_data()
