@@ -1,8 +1,13 @@
 #include "picturefile.h"
 
+#include <cerrno>
 #include <climits>
 #include <condition_variable>
+#include <cstdio>
 #include <mutex>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 #include <QFile>
 #include <QFileInfo>
@@ -100,6 +105,42 @@ std::mutex PathHold::s_cMutex;
 std::condition_variable &PathHold::s_cReleased = *new std::condition_variable;
 QSet<QString> &PathHold::s_setHeld = *new QSet<QString>;
 
+/// A file that is emptied to be written and does not outlive a failure, whatever the failure was: what
+/// undoes it needs no memory.
+class NewFile
+{
+public:
+    explicit NewFile(const QString &strPath)
+        : m_nHandle(
+              open(QFile::encodeName(strPath).constData(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666))
+    {
+    }
+    ~NewFile()
+    {
+        if (m_nHandle < 0)
+            return;
+        if (!m_bWhole)
+            remove();
+        close(m_nHandle);
+    }
+    NewFile(const NewFile &) = delete;
+    NewFile &operator=(const NewFile &) = delete;
+
+    const int m_nHandle; ///< -1 when it can't be opened, as errno tells
+    bool m_bWhole = false;
+
+private:
+    /// What a link leads to, never the link.
+    void remove() const
+    {
+        char achLink[32];
+        char achPath[PATH_MAX + 1] = "";
+        snprintf(achLink, sizeof achLink, "/proc/self/fd/%d", m_nHandle);
+        if (readlink(achLink, achPath, PATH_MAX) > 0)
+            unlink(achPath);
+    }
+};
+
 bool isSpecial(const QString &strPath, QString &strError)
 {
     const QFileInfo cInfo(strPath);
@@ -159,17 +200,17 @@ bool PictureFile::write(const QImage &cImage, const QString &strPath, QString &s
     if (isSpecial(strPath, strError))
         return false;
     const PathHold cHold(strPath);
-    QFile cFile(strPath);
-    if (!cFile.open(QIODevice::WriteOnly)) {
-        strError = cFile.errorString();
+    NewFile cNew(strPath);
+    if (cNew.m_nHandle < 0) {
+        strError = qt_error_string(errno);
         return false;
     }
+    QFile cFile;
+    cFile.open(cNew.m_nHandle, QIODevice::WriteOnly);
     QImageWriter cWriter(&cFile, achFormat);
     const bool bEncoded = cWriter.write(cImage);
-    if (bEncoded && cFile.flush() && cFile.error() == QFileDevice::NoError)
-        return true;
-    strError = cFile.error() != QFileDevice::NoError ? cFile.errorString() : cWriter.errorString();
-    cFile.close();
-    QFile::remove(QFileInfo(strPath).canonicalFilePath());
-    return false;
+    cNew.m_bWhole = bEncoded && cFile.flush() && cFile.error() == QFileDevice::NoError;
+    if (!cNew.m_bWhole)
+        strError = cFile.error() != QFileDevice::NoError ? cFile.errorString() : cWriter.errorString();
+    return cNew.m_bWhole;
 }
