@@ -2,8 +2,11 @@
 
 #include <cstring>
 #include <limits>
+#include <memory>
 #include <new>
 #include <utility>
+
+#include <pthread.h>
 
 #include "qguard.h"
 
@@ -19,6 +22,24 @@ int grownLength(int nBuffLen, int nTextLen)
             nLength = TextBuffer::INITIAL_LENGTH;
     }
     return static_cast<int>(qMin<qint64>(nLength, std::numeric_limits<int>::max()));
+}
+
+/// What the calling thread was handed last. No thread_local: the C library ends a process that lacks
+/// memory when a thread makes one with a destructor.
+QByteArray &threadsCopy()
+{
+    static const pthread_key_t s_nKey = [] {
+        pthread_key_t nKey{};
+        if (pthread_key_create(&nKey, [](void *pvCopy) { delete static_cast<QByteArray *>(pvCopy); }) != 0)
+            throw std::bad_alloc();
+        return nKey;
+    }();
+    if (auto *pachCopy = static_cast<QByteArray *>(pthread_getspecific(s_nKey)))
+        return *pachCopy;
+    auto pachNew = std::make_unique<QByteArray>();
+    if (pthread_setspecific(s_nKey, pachNew.get()) != 0)
+        throw std::bad_alloc();
+    return *pachNew.release();
 }
 } // namespace
 
@@ -58,7 +79,9 @@ char *TextBuffer::storeShared(const QString &strText, char *&pchBuffer, int &nBu
         QGuard cGuard(cMutex);
         store(achText, pchBuffer, nBuffLen);
     }
-    thread_local QByteArray s_achCopy;
-    s_achCopy = std::move(achText);
-    return s_achCopy.isEmpty() ? blank() : s_achCopy.data();
+    if (achText.isEmpty())
+        return blank();
+    QByteArray &achCopy = threadsCopy();
+    achCopy = std::move(achText);
+    return achCopy.data();
 }
