@@ -1,6 +1,7 @@
 #include "globalfunction.h"
 
 #include <algorithm>
+#include <memory>
 #include <utility>
 
 #include "Drawing/drawingregistry.h"
@@ -39,6 +40,7 @@ void GlobalFunction::ViewDrawOption::pushDrawingOpt(Drawing::DrawingOpt *pcOpt)
 {
     if (!pcOpt)
         return;
+    std::unique_ptr<Drawing::DrawingOpt> pcOwned(pcOpt);
     DrawingRegistry::add(pcOpt);
     const QGuard cGuard(m_cMutex);
     if (m_nDOPos >= QUEUE_LENGTH) {
@@ -46,7 +48,7 @@ void GlobalFunction::ViewDrawOption::pushDrawingOpt(Drawing::DrawingOpt *pcOpt)
         std::copy(m_apcDO + 1, m_apcDO + QUEUE_LENGTH, m_apcDO);
         m_nDOPos = QUEUE_LENGTH - 1;
     }
-    m_apcDO[m_nDOPos] = pcOpt;
+    m_apcDO[m_nDOPos] = pcOwned.release();
     ++m_nDOPos;
 }
 

@@ -9,7 +9,7 @@
 #include "arithmparammgr.h"
 #include "configtext.h"
 #include "dialogs.h"
-#include "globalfunction.h"
+#include "viewhold.h"
 
 namespace
 {
@@ -157,12 +157,9 @@ char *Drawing::execute(char *pchConfig, ArithmParamMgr *pcAPM)
 {
     std::unique_ptr<DrawingOpt> pcOpt(parseConfigString(QString::fromUtf8(pchConfig), pcAPM));
     if (pcOpt) {
-        GlobalFunction *pcViews = GlobalFunction::getInstance();
-        const int nView = pcOpt->getViewID();
-        if (GlobalFunction::ViewDrawOption *pcCanvas = pcViews->requestViewDrawOption(nView)) {
+        if (const ViewHold cView(pcOpt->getViewID()); cView) {
             pcOpt->m_pcAPM = pcAPM;
-            pcCanvas->pushDrawingOpt(pcOpt.release());
-            pcViews->releaseViewDrawOption(nView, pcCanvas);
+            cView->pushDrawingOpt(pcOpt.release());
         }
     }
     QString strResult;

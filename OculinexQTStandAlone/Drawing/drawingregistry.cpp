@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <condition_variable>
 #include <mutex>
+#include <new>
 #include <unordered_map>
 
 namespace
@@ -21,8 +22,10 @@ struct Table {
 
 Table &table()
 {
-    // Never destroyed: a task thread may still draw while the process ends.
-    static Table &s_cTable = *new Table;
+    // Never destroyed: a task thread may still draw while the process ends. Not on the heap: the
+    // first to come may be a destructor, which must not fail.
+    alignas(Table) static unsigned char s_auchTable[sizeof(Table)];
+    static Table &s_cTable = *new (s_auchTable) Table;
     return s_cTable;
 }
 } // namespace

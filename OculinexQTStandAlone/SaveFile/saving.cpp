@@ -16,11 +16,11 @@
 #include "arithmparammgr.h"
 #include "configtext.h"
 #include "dialogs.h"
-#include "globalfunction.h"
 #include "logging.h"
 #include "picturefile.h"
 #include "qguard.h"
 #include "textbuffer.h"
+#include "viewhold.h"
 
 const char *Saving::s_ID = "KQ_Saving";
 char *Saving::s_pchConfigStr = TextBuffer::create();
@@ -145,23 +145,19 @@ void saveGrey(const ParamGray8 *pcGray8, const QString &strPath)
 
 void saveView(int nView, const QString &strPath)
 {
-    GlobalFunction *pcViews = GlobalFunction::getInstance();
-    GlobalFunction::ViewDrawOption *pcView = pcViews->requestViewDrawOption(nView);
-    if (pcView == nullptr)
-        return;
     QImage cImage;
-    const bool bDrawn = pcView->haveDrawingOpt();
-    if (bDrawn) {
-        cImage = QImage(pcView->m_nViewWidth, pcView->m_nViewHeight, QImage::Format_RGB888);
+    {
+        const ViewHold cView(nView);
+        if (!cView || !cView->haveDrawingOpt())
+            return;
+        cImage = QImage(cView->m_nViewWidth, cView->m_nViewHeight, QImage::Format_RGB888);
         cImage.fill(0);
-        while (Drawing::DrawingOpt *pcObject = pcView->popDrawingOpt()) {
+        while (Drawing::DrawingOpt *pcObject = cView->popDrawingOpt()) {
             const std::unique_ptr<Drawing::DrawingOpt> pcOwned(pcObject);
             pcOwned->draw(&cImage, pcOwned->m_pcAPM);
         }
     }
-    pcViews->releaseViewDrawOption(nView, pcView);
-    if (bDrawn)
-        save(cImage, strPath);
+    save(cImage, strPath);
 }
 } // namespace
 
