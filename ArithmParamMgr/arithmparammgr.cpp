@@ -8,6 +8,7 @@
 #include <array>
 #include <climits>
 #include <cstddef>
+#include <memory>
 #include <mutex>
 #include <type_traits>
 #include <unordered_map>
@@ -78,7 +79,10 @@ Param *getOrCreate(const ArithmParamMgr *pcAPM, QMap<int, Param *> &mapParam, Ki
         nID = freshID(pcAPM, mapParam, eKind);
     else if (Param *pcParam = mapParam.value(nID))
         return pcParam;
-    return *mapParam.insert(nID, new Param(nID));
+    auto pcNew = std::make_unique<Param>(nID);
+    Param *&pcKept = mapParam[nID]; // may lack memory
+    pcKept = pcNew.release();
+    return pcKept;
 }
 
 // The store's lock is held, so that no snapshot is reading the parameter. Its own lock is awaited

@@ -37,6 +37,10 @@ struct MemoryPool {
     {
         m_nBuffNum = RECORD_NUM;
         m_nProcessingNum = 0;
+        // As much as lets a list of that many records move its items rather than grow: later on, a
+        // lack of memory could lose a record.
+        m_lstIdle.reserve(4 * RECORD_NUM);
+        m_lstPrepared.reserve(4 * RECORD_NUM);
         {
             QGuard cGuard(m_cMutexForIdle);
             for (int nRecord = 0; nRecord < RECORD_NUM; ++nRecord)
