@@ -13,10 +13,12 @@
 #include <QSaveFile>
 
 #include "globalfunction.h"
+#include "guardedcall.h"
 #include "logging.h"
 #include "taskMgr/taskMgr.h"
 #include "taskMgr/taskrecord.h"
 #include "textbuffer.h"
+#include "viewhold.h"
 
 int gMaxMsgNum = 10;
 int gnBuffLenForStandAlone = TextBuffer::INITIAL_LENGTH;
@@ -188,6 +190,10 @@ void init()
         return;
     TaskMgr::getInstance()->setMssageCallBack(FuncHaveErrorMessage);
     TaskMgr::getInstance()->setPrintCallBack(FuncHavePrintMessage);
+    // As much as lets a list of that many texts move them rather than grow: a message that says that
+    // memory is short needs none.
+    for (QList<QString> *plstMsg : {&glstErrMsg, &glstOutputMsg})
+        plstMsg->reserve(4 * gMaxMsgNum);
     gbInited = true;
 }
 
@@ -305,17 +311,21 @@ int getDrawingWindow(int nPos, unsigned char *puchDIB, int nWidth, int nHeight)
     const auto isLength = [](int nLength) { return nLength >= 1 && nLength <= MAX_VIEW_LENGTH; };
     if (!isLength(nWidth) || !isLength(nHeight) || nPos < 0 || nPos >= READABLE_VIEW_NUM)
         return -1;
-    QImage cTarget(puchDIB, nWidth, nHeight, (nWidth * 3 + 3) & ~3, QImage::Format_RGB888);
-    GlobalFunction *pcViews = GlobalFunction::getInstance();
-    GlobalFunction::ViewDrawOption *pcCanvas = pcViews->requestViewDrawOption(nPos);
-    if (!pcCanvas)
-        return -1;
-    const std::unique_ptr<Drawing::DrawingOpt> pcOpt(pcCanvas->popDrawingOpt());
-    const bool bMore = pcCanvas->haveDrawingOpt();
-    pcViews->releaseViewDrawOption(nPos, pcCanvas);
+    std::unique_ptr<Drawing::DrawingOpt> pcOpt;
+    bool bMore = false;
+    if (const ViewHold cView(nPos); cView) {
+        pcOpt.reset(cView->popDrawingOpt());
+        bMore = cView->haveDrawingOpt();
+    }
     if (!pcOpt)
         return -1;
-    pcOpt->draw(&cTarget, pcOpt->m_pcAPM);
+    try {
+        QImage cTarget(puchDIB, nWidth, nHeight, (nWidth * 3 + 3) & ~3, QImage::Format_RGB888);
+        pcOpt->draw(&cTarget, pcOpt->m_pcAPM);
+    } catch (const std::bad_alloc &) {
+        callIfMemoryAllows(
+            [&] { qCWarning(lcTask) << "view" << nPos << "misses an object: memory is short"; });
+    }
     return bMore ? 1 : 0;
 }
 

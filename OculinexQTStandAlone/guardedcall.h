@@ -5,6 +5,7 @@
 
 #include <cstring>
 #include <exception>
+#include <new>
 
 #include <QString>
 
@@ -20,6 +21,26 @@ inline QString textFromPlugin(const char *szText)
                              : QString();
 }
 
+/// The text of an exception; needs no memory where that is what was missing.
+inline QString textOf(const std::exception &cError)
+{
+    try {
+        return textFromPlugin(cError.what());
+    } catch (const std::bad_alloc &) {
+        return QStringLiteral("std::bad_alloc");
+    }
+}
+
+/// Calls what is left out where memory is short, such as a line of the log.
+template <typename Call>
+void callIfMemoryAllows(const Call &fnCall)
+{
+    try {
+        fnCall();
+    } catch (const std::bad_alloc &) { // NOLINT(bugprone-empty-catch): nothing could tell it
+    }
+}
+
 /// The result of fnCall(). When an exception leaves it, its text goes to fnFailed(const QString &)
 /// and that function's result is returned instead. The unwinding of a thread that is cancelled or
 /// exits is passed on (no object stands behind the reference to it, which the sanitizer would mind).
@@ -32,7 +53,7 @@ __attribute__((no_sanitize("undefined"))) auto guardedCall(const Call &fnCall, c
     } catch (const abi::__forced_unwind &) {
         throw;
     } catch (const std::exception &cError) {
-        return fnFailed(textFromPlugin(cError.what()));
+        return fnFailed(textOf(cError));
     } catch (...) {
         return fnFailed(QStringLiteral("unknown exception"));
     }

@@ -36,14 +36,16 @@ Failures &failures()
 
 void logFailure(int nInstanceID, const char *szFunction, const QString &strWhat)
 {
-    {
-        const std::lock_guard<std::mutex> cGuard(failures().m_cMutex);
-        const auto [itLast, bFirst] = failures().m_mapTexts[nInstanceID].try_emplace(szFunction, strWhat);
-        if (!bFirst && itLast->second == strWhat)
-            return;
-        itLast->second = strWhat;
-    }
-    qCWarning(lcSource).noquote() << "instance" << nInstanceID << szFunction << "failed:" << strWhat;
+    callIfMemoryAllows([&] {
+        {
+            const std::lock_guard<std::mutex> cGuard(failures().m_cMutex);
+            const auto [itLast, bFirst] = failures().m_mapTexts[nInstanceID].try_emplace(szFunction, strWhat);
+            if (!bFirst && itLast->second == strWhat)
+                return;
+            itLast->second = strWhat;
+        }
+        qCWarning(lcSource).noquote() << "instance" << nInstanceID << szFunction << "failed:" << strWhat;
+    });
 }
 
 /// The result of fnCall, or none when an exception leaves it.

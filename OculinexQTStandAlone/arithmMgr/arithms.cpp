@@ -7,9 +7,12 @@
 
 namespace
 {
-void logFailure(const char *szFunction, const QString &strID, const QString &strWhat)
+void logFailure(const char *szFunction, Arithm *pcArithm, const QString &strWhat)
 {
-    qCWarning(lcPlugin).noquote() << szFunction << "of the algorithm" << strID << "failed:" << strWhat;
+    callIfMemoryAllows([&] {
+        qCWarning(lcPlugin).noquote() << szFunction << "of the algorithm"
+                                      << (pcArithm ? pcArithm->getID() : QString()) << "failed:" << strWhat;
+    });
 }
 } // namespace
 
@@ -24,7 +27,7 @@ QString Arithm::getID()
         return {};
     return guardedCall([this] { return textFromPlugin(m_fnGetID()); },
                        [](const QString &strWhat) {
-                           logFailure("getID", QString(), strWhat);
+                           logFailure("getID", nullptr, strWhat);
                            return QString();
                        });
 }
@@ -39,7 +42,7 @@ QString Arithm::showConfigWindow(QString strConfig, ArithmParamMgr *pcAPM)
             return textFromPlugin(m_fnShowConfigWindow(achConfig.data(), pcAPM, true));
         },
         [this](const QString &strWhat) {
-            logFailure("showConfigWindow", getID(), strWhat);
+            logFailure("showConfigWindow", this, strWhat);
             return QString();
         });
 }
@@ -62,7 +65,7 @@ QString Arithm::executeUtf8(const QByteArray &achConfig, ArithmParamMgr *pcAPM)
             return textFromPlugin(m_fnExecute(achCopy.data(), pcAPM));
         },
         [this](const QString &strWhat) {
-            logFailure("execute", getID(), strWhat);
+            logFailure("execute", this, strWhat);
             return strWhat;
         });
 }

@@ -209,10 +209,10 @@ FlowRun::PreparedStep *FlowRun::prepare(int nStep, bool bNameView)
     }
     const int nView = cStep.m_bDrawing && bNameView ? clampView(m_cTask.m_nWhichView) : PreparedStep::NO_VIEW;
     if (nView != cStep.m_nView) {
-        cStep.m_nView = nView;
         cStep.m_achConfig = cItem.m_strOptionStr.toUtf8();
         if (nView >= 0)
             cStep.m_achConfig.prepend("<View>" + QByteArray::number(nView) + "</View>");
+        cStep.m_nView = nView;
     }
     return &cStep;
 }

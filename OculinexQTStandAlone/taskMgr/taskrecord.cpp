@@ -138,6 +138,8 @@ void RunFigures::read(TaskStatus &cStatus) const
 
 // ---- record ----
 
+TaskRecord::TaskRecord(TaskInfo *pcTask) : m_pcTask(pcTask), m_pcPointer(pcTask) {}
+
 std::shared_ptr<TaskRecord> TaskRecord::of(const TaskInfo *pcTask)
 {
     RecordTable &cTable = records();

@@ -7,6 +7,8 @@
 #include <mutex>
 #include <vector>
 
+#include <QPointer>
+
 #include "taskMgr/taskstatus.h"
 
 class TaskInfo;
@@ -57,7 +59,7 @@ private:
 class TaskRecord
 {
 public:
-    explicit TaskRecord(TaskInfo *pcTask) : m_pcTask(pcTask) {}
+    explicit TaskRecord(TaskInfo *pcTask);
 
     static std::shared_ptr<TaskRecord> of(const TaskInfo *pcTask);
 
@@ -87,7 +89,8 @@ public:
     bool isBusy() const;
 
     TaskInfo *const m_pcTask;
-    std::atomic<int> m_nCallersRuns{0}; ///< runs of the task on the threads that asked for them
+    const QPointer<TaskInfo> m_pcPointer; ///< the first one: all others need no memory
+    std::atomic<int> m_nCallersRuns{0};   ///< runs of the task on the threads that asked for them
 
 private:
     mutable std::mutex m_cLock;

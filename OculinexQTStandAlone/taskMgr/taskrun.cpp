@@ -1,10 +1,12 @@
 #include <cstring>
+#include <optional>
 
 #include <sched.h>
 #include <unistd.h>
 
 #include <QAbstractButton>
 #include <QPointer>
+#include <QThread>
 
 #include "arithmMgr/arithmregister.h"
 #include "guardedcall.h"
@@ -30,22 +32,29 @@ class ThreadEnd
 {
 public:
     ThreadEnd(TaskInfo &cTask, std::shared_ptr<TaskRecord> pcRecord)
-        : m_cTask(cTask),
-          m_pcRecord(std::move(pcRecord)),
-          m_strMsg(QStringLiteral("Task \"%1\": its thread was ended by a step.").arg(cTask.m_strName))
+        : m_cTask(cTask), m_pcRecord(std::move(pcRecord))
     {
+        callIfMemoryAllows([&] {
+            m_strMsg = QStringLiteral("Task \"%1\": its thread was ended by a step.").arg(cTask.m_strName);
+        });
     }
     ~ThreadEnd()
     {
         stopSource();
         m_cTask.m_bExited = true;
         m_cTask.m_bRunning = false;
-        emit m_cTask.threadFinished(m_strMsg, m_bSuccess);
+        report();
         m_pcRecord->leaveThread();
     }
     ThreadEnd(const ThreadEnd &) = delete;
     ThreadEnd &operator=(const ThreadEnd &) = delete;
 
+    void startSource()
+    {
+        m_bSourceStopped = false;
+        if (m_cTask.m_pcDS)
+            m_cTask.m_pcDS->start();
+    }
     /// Once. Not left to the destructor, which a source that ends the thread could not leave.
     void stopSource()
     {
@@ -55,12 +64,44 @@ public:
 
     TaskInfo &m_cTask;
     std::shared_ptr<TaskRecord> m_pcRecord;
-    QString m_strMsg;
+    QString m_strMsg = QStringLiteral("A step ended its task's thread.");
     bool m_bSuccess = false;
 
 private:
-    bool m_bSourceStopped = false;
+    /// Where memory is short, a moment later, when others may have given some back.
+    void report()
+    {
+        constexpr int TRIES = 50;
+        for (int nTry = 0; nTry < TRIES; ++nTry) {
+            try {
+                emit m_cTask.threadFinished(m_strMsg, m_bSuccess);
+                return;
+            } catch (const std::bad_alloc &) {
+                usleep(20000);
+            }
+        }
+    }
+
+    bool m_bSourceStopped = true;
 };
+
+/// The result of a part of a task's run. An algorithm's exception is its error text; what ends the
+/// part itself is the host's or the library's own, above all a lack of memory.
+template <typename Call>
+bool runPart(const TaskInfo &cTask, QString &strMsg, const Call &fnCall)
+{
+    return guardedCall(fnCall, [&](const QString &strWhat) {
+        strMsg = strWhat;
+        callIfMemoryAllows([&] {
+            strMsg =
+                QStringLiteral("Task \"%1\" was ended by an exception: %2").arg(cTask.m_strName, strWhat);
+            qCWarning(lcTask).noquote() << strMsg;
+        });
+        if (const auto pcFigures = TaskRecord::of(&cTask)->figures())
+            pcFigures->setError(strMsg);
+        return false;
+    });
+}
 
 /// A run on the calling thread: the task is neither destroyed by its manager nor started meanwhile,
 /// which a callback of the host or a step's window could lead to.
@@ -196,14 +237,23 @@ void TaskInfo::runTaskOnce()
         strMsg.clear();
     };
     const CallersRun cCallersRun(*this);
-    initTaskItemExeTimes();
-    FlowRun cFlow(*this);
     QString strMsg;
+    std::optional<FlowRun> cFlow;
+    const bool bReady = runPart(*this, strMsg, [&] {
+        initTaskItemExeTimes();
+        cFlow.emplace(*this);
+        return true;
+    });
+    if (!bReady)
+        return fnReport(strMsg);
     if (m_pcDS)
         m_pcDS->start();
-    cFlow.run(strMsg, false, -1, -1);
+    runPart(*this, strMsg, [&] { return cFlow->run(strMsg, false, -1, -1); });
     fnReport(strMsg);
-    cFlow.cleanUp(strMsg, singleRunErrorText);
+    runPart(*this, strMsg, [&] {
+        cFlow->cleanUp(strMsg, singleRunErrorText);
+        return true;
+    });
     if (m_pcDS)
         m_pcDS->stop();
     fnReport(strMsg);
@@ -215,31 +265,36 @@ void *TaskInfo::threadTaskFunc(void *pvTask)
     auto &cTask = *static_cast<TaskInfo *>(pvTask);
     const auto pcRecord = TaskRecord::of(&cTask);
     pcRecord->claimThread();
-    if (cTask.m_nWhichKernel > 0)
-        pinToCore(cTask.m_nWhichKernel);
 
     ThreadEnd cEnd(cTask, pcRecord);
-    FlowRun cFlow(cTask);
+    try {
+        // Qt makes its record of a thread with the thread's first object, even with a line of the log,
+        // and does not survive a lack of memory half-way: it is made now, and only where there is room.
+        constexpr size_t ROOM = 4096;
+        ::operator delete(::operator new(ROOM));
+        QThread::currentThread();
+    } catch (const std::bad_alloc &) {
+        cEnd.m_strMsg = QStringLiteral("std::bad_alloc");
+        return nullptr;
+    }
     QString strMsg;
-    bool bSuccess = true;
-    // An algorithm's exception is its error text; what comes here is the host's or the library's.
-    const auto fnEscaped = [&](const QString &strWhat) {
-        strMsg = QStringLiteral("Task \"%1\" was ended by an exception: %2").arg(cTask.m_strName, strWhat);
-        qCWarning(lcTask).noquote() << strMsg;
-        cFlow.noteFailure(strMsg);
-        return false;
-    };
-    cFlow.resetCounts();
-    if (cTask.m_pcDS)
-        cTask.m_pcDS->start();
-    while (bSuccess && !cTask.m_bExit)
-        bSuccess = guardedCall([&] { return cFlow.run(strMsg, false, -1, -1); }, fnEscaped);
-    guardedCall(
-        [&] {
-            cFlow.cleanUp(strMsg, FlowRun::runErrorText);
+    std::optional<FlowRun> cFlow;
+    bool bSuccess = runPart(cTask, strMsg, [&] {
+        if (cTask.m_nWhichKernel > 0)
+            pinToCore(cTask.m_nWhichKernel);
+        cFlow.emplace(cTask);
+        cFlow->resetCounts();
+        return true;
+    });
+    if (bSuccess) {
+        cEnd.startSource();
+        while (bSuccess && !cTask.m_bExit)
+            bSuccess = runPart(cTask, strMsg, [&] { return cFlow->run(strMsg, false, -1, -1); });
+        runPart(cTask, strMsg, [&] {
+            cFlow->cleanUp(strMsg, FlowRun::runErrorText);
             return true;
-        },
-        fnEscaped);
+        });
+    }
     cEnd.m_strMsg = strMsg;
     cEnd.m_bSuccess = bSuccess;
     cEnd.stopSource();
