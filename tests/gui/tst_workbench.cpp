@@ -350,7 +350,43 @@ private slots:
         QTRY_VERIFY(cBench.steps()->isEnabled());
     }
 
+    void asksBeforeClosing_data()
+    {
+        addRows("answer   strAnswer  strClosed\n"
+                "save     Save       1\n"
+                "discard  Discard    1\n"
+                "cancel   Cancel     0");
+    }
+    void asksBeforeClosing()
+    {
+        QFETCH(QString, strAnswer);
+        Bench cBench(m_strFile);
+        cBench.trigger("Start all");
+        QTRY_COMPARE(cBench.tasks()->item(2, 1)->text(), "Running");
+        const QByteArray achBefore = contents(m_strFile);
+        TaskInfo *pcTask = TaskMgr::getInstance()->getTask(0);
+        {
+            const QSignalBlocker cBlocker(cBench.steps()); // typed while the task was started
+            cBench.steps()->item(0, 0)->setText("unsaved");
+        }
+        pcTask->TaskFlowTblCellChanged(0, 0);
+        {
+            DialogUser cUser({pressButton(strAnswer)});
+            cBench.close();
+            QVERIFY(cUser.isContent());
+        }
+        const bool bCloses = strAnswer != "Cancel";
+        if (bCloses)
+            QTRY_VERIFY(!cBench.isVisible());
+        QCOMPARE(cBench.isVisible(), !bCloses);
+        for (int nTask = 0; nTask < 3; ++nTask)
+            QCOMPARE(TaskMgr::getInstance()->getTask(nTask)->IsRunning(), !bCloses);
+        QCOMPARE(contents(m_strFile).contains("unsaved"), strAnswer == "Save");
+        QCOMPARE(contents(m_strFile) == achBefore, strAnswer != "Save");
+    }
+
     /// The author picks, saves and opens again; the operator sets, starts, sees the verdict and leaves.
+    /// The last test, since it ends the program's loop.
     void servesTheOperator()
     {
         // A text for each picture, of which there are fewer.
@@ -395,41 +431,6 @@ private slots:
         QTimer::singleShot(10000, pcWindow, [] { QApplication::exit(1); });
         QCOMPARE(QApplication::exec(), 0);
         QVERIFY(contents(m_strFile).contains("<Level>45</Level>"));
-    }
-
-    void asksBeforeClosing_data()
-    {
-        addRows("answer   strAnswer  strClosed\n"
-                "save     Save       1\n"
-                "discard  Discard    1\n"
-                "cancel   Cancel     0");
-    }
-    void asksBeforeClosing()
-    {
-        QFETCH(QString, strAnswer);
-        Bench cBench(m_strFile);
-        cBench.trigger("Start all");
-        QTRY_COMPARE(cBench.tasks()->item(2, 1)->text(), "Running");
-        const QByteArray achBefore = contents(m_strFile);
-        TaskInfo *pcTask = TaskMgr::getInstance()->getTask(0);
-        {
-            const QSignalBlocker cBlocker(cBench.steps()); // typed while the task was started
-            cBench.steps()->item(0, 0)->setText("unsaved");
-        }
-        pcTask->TaskFlowTblCellChanged(0, 0);
-        {
-            DialogUser cUser({pressButton(strAnswer)});
-            cBench.close();
-            QVERIFY(cUser.isContent());
-        }
-        const bool bCloses = strAnswer != "Cancel";
-        if (bCloses)
-            QTRY_VERIFY(!cBench.isVisible());
-        QCOMPARE(cBench.isVisible(), !bCloses);
-        for (int nTask = 0; nTask < 3; ++nTask)
-            QCOMPARE(TaskMgr::getInstance()->getTask(nTask)->IsRunning(), !bCloses);
-        QCOMPARE(contents(m_strFile).contains("unsaved"), strAnswer == "Save");
-        QCOMPARE(contents(m_strFile) == achBefore, strAnswer != "Save");
     }
 
 private:
