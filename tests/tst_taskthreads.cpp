@@ -326,7 +326,9 @@ source ends the thread         a|bad, last                        start a stop  
         pthread_setattr_default_np(&cDefault);
         QVERIFY(!cTask.IsRunning() && cTask.m_bExited);
         QCOMPARE(cRun.text(), "text");
-        QVERIFY(Fake::s_lstTrace.isEmpty() && Fake::s_lstErrors.isEmpty());
+        QVERIFY(Fake::s_lstTrace.isEmpty());
+        QCOMPARE(Fake::s_lstErrors.size(), 1);
+        QVERIFY(Fake::s_lstErrors.first().startsWith("Task \"任务\" has no thread: "));
         cTask.startTask();
         QVERIFY(cTask.IsRunning());
     }

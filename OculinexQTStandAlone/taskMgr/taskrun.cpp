@@ -1,4 +1,3 @@
-#include <cstring>
 #include <optional>
 
 #include <sched.h>
@@ -200,10 +199,14 @@ void TaskInfo::startTask()
     pcRecord->enterThread();
     pthread_t hThread{};
     if (const int nError = pthread_create(&hThread, nullptr, threadTaskFunc, this)) {
-        qCWarning(lcTask).noquote() << "task" << m_strName << "has no thread:" << strerror(nError);
         pcRecord->leaveThread();
         m_bExited = true;
         m_bRunning = false;
+        const QString strMsg =
+            QStringLiteral("Task \"%1\" has no thread: %2").arg(m_strName, qt_error_string(nError));
+        qCWarning(lcTask).noquote() << strMsg;
+        if (m_fnHaveErrorMessage)
+            m_fnHaveErrorMessage(strMsg);
         return;
     }
     m_hThread = hThread;
