@@ -6,10 +6,11 @@
 #include "LoadFile/loading.h"
 #include "fuzzing.h"
 
-/// A file of a few bytes may announce a picture that takes seconds to fill: memory is short instead.
+/// A file of a few bytes may announce a picture that takes seconds to fill: memory is short instead. The
+/// fuzzer itself needs 20 MiB at once.
 extern "C" const char *__asan_default_options()
 {
-    return "max_allocation_size_mb=16:allocator_may_return_null=1";
+    return "max_allocation_size_mb=24:allocator_may_return_null=1";
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *puchData, size_t nSize)
