@@ -83,7 +83,7 @@ OperatorSetup OperatorMode::setup() const
         const TaskInfo *const pcTask = Document::task(nTask);
         for (int nStep = 0; pcTask && nStep < pcTask->m_lstArithm.size(); ++nStep) {
             OperatorSetup::Step cStep{nTask, nStep, {}};
-            for (const QJsonValue &cPick : m_cDocument.stepSide(nTask, nStep)[KEY_PICKS].toArray())
+            for (const QJsonValue cPick : m_cDocument.stepSide(nTask, nStep)[KEY_PICKS].toArray())
                 cStep.m_lstPick.append(OperatorPick::fromJson(cPick.toObject()));
             if (!cStep.m_lstPick.isEmpty())
                 cSetup.m_lstStep.append(cStep);
