@@ -15,6 +15,7 @@ namespace
 std::mutex s_cMutex;
 std::set<std::string> s_setReached; ///< the functions of the plug-ins that were called
 std::atomic<bool> s_bSlow{false};
+std::atomic<bool> s_bAsleep{false};
 QByteArray s_achFile;
 char s_szNothing[] = "";
 
@@ -74,8 +75,10 @@ DataSource::DataSourceInfo *kind()
 char *execute(char *, ArithmParamMgr *)
 {
     callBack("execute");
-    if (s_bSlow)
+    if (s_bSlow) {
+        s_bAsleep = true;
         QThread::sleep(2);
+    }
     return s_szNothing;
 }
 
@@ -142,13 +145,14 @@ private slots:
     {
         s_bSlow = true;
         startTask(0);
-        TaskStatus cStatus;
-        QTRY_VERIFY(getTaskStatus(0, cStatus) && cStatus.m_nCurrentStep == 0);
+        QTRY_VERIFY(s_bAsleep);
         QElapsedTimer cTimer;
         cTimer.start();
         bool bRunning = false;
         char achText[64];
         QVERIFY(IsTaskRunning(bRunning, 0) && bRunning);
+        TaskStatus cStatus;
+        QVERIFY(getTaskStatus(0, cStatus) && cStatus.m_nCurrentStep == 0);
         getErrMsg(achText, sizeof achText);
         saveTasksFile(s_achFile.data());
         runTaskOnce(1);

@@ -187,6 +187,20 @@ private slots:
               nErrors + nSkipped + nUnseen, nErrors, nSkipped, nUnseen);
     }
 
+    /// The lists of a memory disk never grow, so that no record can be lost on its way.
+    void recordsOnTheirWay()
+    {
+        MemoryDisk cDisk;
+        const FailingHeap::Fault cFault(1, INT_MAX);
+        for (int nTime = 0; nTime < 100; ++nTime) {
+            for (int nPicture = 0; nPicture <= nTime % MemoryDisk::DISK_NUM; ++nPicture)
+                cDisk.addGray8(nullptr, 0, 0);
+            while (cDisk.getGray8PreparedNum() > 0)
+                cDisk.releaseGray8(cDisk.requestGray8());
+        }
+        QCOMPARE(cDisk.getGray8IdleNum(), MemoryDisk::DISK_NUM);
+    }
+
 private:
     /// A task as new, with nothing in reserve.
     void prepare()
