@@ -16,6 +16,9 @@
 #include <QSet>
 #include <QtEndian>
 
+#include "pixelbuffers.h"
+#include "plainbmp.h"
+
 namespace
 {
 /// Bytes that the system can give without ending processes; 0 when it does not tell.
@@ -160,6 +163,9 @@ QImage PictureFile::read(const QString &strPath, bool bGrey, QString &strError)
         strError = cFile.errorString();
         return QImage();
     }
+    const QSize cPlain = PlainBmp::size(cFile);
+    if (cPlain.isValid() && fits(cPlain, bGrey))
+        return PlainBmp::read(cFile, cPlain);
     QImageReader cReader(&cFile);
     cReader.setDecideFormatFromContent(true);
     if (cReader.format().startsWith("svg")) {
@@ -175,7 +181,7 @@ QImage PictureFile::read(const QString &strPath, bool bGrey, QString &strError)
     // Decoders fill a picture of the right kind in place, and some leave out what a file lacks.
     QImage cImage;
     if (cSize.isValid() && cReader.imageFormat() != QImage::Format_Invalid) {
-        cImage = QImage(cSize, cReader.imageFormat());
+        cImage = PixelBuffers::image(cSize, cReader.imageFormat());
         cImage.fill(0);
     }
     if (!cReader.read(&cImage)) {
@@ -208,7 +214,8 @@ bool PictureFile::write(const QImage &cImage, const QString &strPath, QString &s
     QFile cFile;
     cFile.open(cNew.m_nHandle, QIODevice::WriteOnly);
     QImageWriter cWriter(&cFile, achFormat);
-    const bool bEncoded = cWriter.write(cImage);
+    const bool bPlain = achFormat == "bmp" && PlainBmp::canWrite(cImage);
+    const bool bEncoded = bPlain ? PlainBmp::write(cFile, cImage) : cWriter.write(cImage);
     cNew.m_bWhole = bEncoded && cFile.flush() && cFile.error() == QFileDevice::NoError;
     if (!cNew.m_bWhole)
         strError = cFile.error() != QFileDevice::NoError ? cFile.errorString() : cWriter.errorString();

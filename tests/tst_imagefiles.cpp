@@ -360,11 +360,17 @@ private slots:
             save(strColour);
             QCOMPARE(QImage(strFile).convertToFormat(QImage::Format_RGB888), cPattern.rgbSwapped());
             QCOMPARE(pcDIB->getDIB()[0], cPattern.constBits()[2]);
+            const QByteArray achSaved = read(qPrintable(QFileInfo(strFile).fileName()));
+            QVERIFY(cPattern.rgbSwapped().save(strFile));
+            QCOMPARE(achSaved, read(qPrintable(QFileInfo(strFile).fileName())));
             save(strColour);
             QCOMPARE(QImage(strFile).convertToFormat(QImage::Format_RGB888), cPattern);
 
             save(strGrey);
+            const QByteArray achSavedGrey = read(qPrintable(QFileInfo(strFile).fileName()));
             const QImage cGrey(strFile);
+            QVERIFY(cGrey.save(strFile));
+            QCOMPARE(achSavedGrey, read(qPrintable(QFileInfo(strFile).fileName())));
             QCOMPARE(cGrey.width(), nWidth);
             for (int i = 0; i < nWidth * 3; ++i)
                 QCOMPARE(qGray(cGrey.pixel(i % nWidth, i / nWidth)), i * 9);

@@ -9,8 +9,8 @@
 #include <QImage>
 #include <QPainter>
 
-#include "Drawing/pixelbuffers.h"
-#include "Drawing/pixelrows.h"
+#include "pixelbuffers.h"
+#include "pixelrows.h"
 
 namespace
 {

@@ -7,13 +7,13 @@
 #include <QImage>
 #include <QMutex>
 
-#include "Drawing/pixelrows.h"
 #include "LoadFile/dlgloadfile.h"
 #include "arithmparammgr.h"
 #include "configtext.h"
 #include "dialogs.h"
 #include "logging.h"
 #include "picturefile.h"
+#include "pixelrows.h"
 #include "textbuffer.h"
 
 const char *Loading::s_ID = "KQ_Loading";
@@ -29,6 +29,7 @@ struct GreyWeights {
     std::array<double, 256> adFirst{};
     std::array<double, 256> adSecond{};
     std::array<double, 256> adThird{};
+    std::array<uchar, 256> auchOfGrey{}; ///< where all three are equal; rounding makes some one less
 
     GreyWeights()
     {
@@ -36,6 +37,7 @@ struct GreyWeights {
             adFirst[i] = static_cast<double>(i) * 0.114;
             adSecond[i] = static_cast<double>(i) * 0.587;
             adThird[i] = static_cast<double>(i) * 0.299;
+            auchOfGrey[i] = grey(i, i, i);
         }
     }
     uchar grey(size_t nFirst, size_t nSecond, size_t nThird) const
@@ -87,7 +89,7 @@ void toGrey(const QImage &cImage, ParamGray8 *pcGray8)
                 puchTo[x] = s_cWeights.grey(puchFrom[0], puchFrom[1], puchFrom[2]);
         } else if (cImage.format() == QImage::Format_Grayscale8) {
             for (size_t x = 0; x < nWidth; ++x)
-                puchTo[x] = s_cWeights.grey(puchFrom[x], puchFrom[x], puchFrom[x]);
+                puchTo[x] = s_cWeights.auchOfGrey[puchFrom[x]];
         } else {
             memcpy(puchTo, puchFrom, nWidth);
         }

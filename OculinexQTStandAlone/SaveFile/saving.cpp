@@ -11,13 +11,13 @@
 #include <QVector>
 
 #include "Drawing/drawing.h"
-#include "Drawing/pixelrows.h"
 #include "SaveFile/dlgsavefile.h"
 #include "arithmparammgr.h"
 #include "configtext.h"
 #include "dialogs.h"
 #include "logging.h"
 #include "picturefile.h"
+#include "pixelrows.h"
 #include "qguard.h"
 #include "textbuffer.h"
 #include "viewhold.h"

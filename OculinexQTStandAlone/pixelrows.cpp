@@ -1,4 +1,4 @@
-#include "Drawing/pixelrows.h"
+#include "pixelrows.h"
 
 #include <algorithm>
 #include <array>

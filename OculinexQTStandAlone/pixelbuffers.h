@@ -4,8 +4,10 @@
 #include <cstddef>
 #include <memory>
 
-/// Memory for pixels that lives for one drawing. The last buffers that were given back are kept and
-/// serve again, so that a steady flow of pictures touches no fresh memory; what is kept is bounded.
+#include <QImage>
+
+/// Memory for pixels that lives for one drawing or one file. The last buffers that were given back are kept
+/// and serve again, so that a steady flow of pictures touches no fresh memory; what is kept is bounded.
 ///
 /// Threads: any; a leaf lock.
 namespace PixelBuffers
@@ -19,6 +21,9 @@ struct GiveBack {
     void operator()(unsigned char *puchBuffer) const { giveBack(puchBuffer); }
 };
 using Owned = std::unique_ptr<unsigned char, GiveBack>;
+
+/// A picture that gives its memory back; its pixels are undefined. Null where there is no memory.
+QImage image(QSize cSize, QImage::Format eFormat);
 } // namespace PixelBuffers
 
 #endif

@@ -1,8 +1,9 @@
-#include "Drawing/pixelbuffers.h"
+#include "pixelbuffers.h"
 
 #include <algorithm>
 #include <array>
 #include <cstdlib>
+#include <limits>
 #include <mutex>
 
 #include <malloc.h>
@@ -68,4 +69,21 @@ void PixelBuffers::giveBack(unsigned char *puchBuffer)
         }
     }
     std::for_each_n(apuchFreed.begin(), nFreed, free);
+}
+
+QImage PixelBuffers::image(QSize cSize, QImage::Format eFormat)
+{
+    const qint64 nRowBytes =
+        (qint64{cSize.width()} * QImage::toPixelFormat(eFormat).bitsPerPixel() + 31) / 32 * 4;
+    if (cSize.isEmpty() || nRowBytes > std::numeric_limits<int>::max())
+        return {};
+    unsigned char *puchPixels = take(static_cast<size_t>(nRowBytes) * static_cast<size_t>(cSize.height()));
+    if (!puchPixels)
+        return {};
+    QImage cImage(
+        puchPixels, cSize.width(), cSize.height(), static_cast<int>(nRowBytes), eFormat,
+        [](void *pvPixels) { giveBack(static_cast<unsigned char *>(pvPixels)); }, puchPixels);
+    if (cImage.isNull())
+        giveBack(puchPixels);
+    return cImage;
 }
