@@ -50,7 +50,8 @@ extern "C" __attribute__((visibility("default"))) int pthread_create(pthread_t *
 {
     static const auto s_fnNext =
         reinterpret_cast<decltype(&pthread_create)>(dlsym(RTLD_NEXT, "pthread_create"));
-    return s_fnNext(pnThread, pcAttributes, runKnownThread, new ThreadBody{fnBody, pvArgument});
+    return s_fnNext(pnThread, pcAttributes, runKnownThread,
+                    std::make_unique<ThreadBody>(ThreadBody{fnBody, pvArgument}).release());
 }
 
 namespace
