@@ -10,6 +10,7 @@
 #include <QKeyEvent>
 #include <QLabel>
 #include <QPushButton>
+#include <QScrollArea>
 
 #include "OculinexQTStandAloneInQt.h"
 #include "sdk/window/pictureview.h"
@@ -63,7 +64,10 @@ OperatorWindow::OperatorWindow(const OperatorSetup &cSetup, QWidget *pcParent)
     pcSide->addWidget(m_pcVerdict);
     pcSide->addWidget(m_pcWhy);
 
-    auto *const pcCounters = new QFormLayout;
+    auto *const pcCounterBox = new QWidget(this);
+    pcCounterBox->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+    auto *const pcCounters = new QFormLayout(pcCounterBox);
+    pcCounters->setContentsMargins(0, 0, 0, 0);
     const auto fnCounter = [&](const QString &strName, const QString &strCaption) {
         auto *const pcValue = new QLabel(QStringLiteral("0"), this);
         pcValue->setObjectName(strName);
@@ -76,13 +80,21 @@ OperatorWindow::OperatorWindow(const OperatorSetup &cSetup, QWidget *pcParent)
     m_pcBad = fnCounter(QStringLiteral("lblBad"), tr("Bad"));
     m_pcPictures = fnCounter(QStringLiteral("lblPictures"), tr("Pictures"));
     m_pcFailures = fnCounter(QStringLiteral("lblFailures"), tr("Failures"));
-    pcSide->addLayout(pcCounters);
+    pcSide->addWidget(pcCounterBox);
 
-    auto *const pcFields = new QFormLayout;
+    // Many settings, or a small screen, leave the rest its place.
+    auto *const pcScroll = new QScrollArea(this);
+    pcScroll->setFrameShape(QFrame::NoFrame);
+    pcScroll->setWidgetResizable(true);
+    pcScroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    pcScroll->setFocusPolicy(Qt::NoFocus);
+    auto *const pcFieldBox = new QWidget;
+    auto *const pcFields = new QFormLayout(pcFieldBox);
+    pcFields->setContentsMargins(0, 0, 0, 0);
     pcFields->setRowWrapPolicy(QFormLayout::WrapLongRows);
     for (const OperatorSetup::Step &cStep : m_cSetup.m_lstStep) {
         for (const OperatorPick &cPick : cStep.m_lstPick) {
-            auto *const pcBox = new QDoubleSpinBox(this);
+            auto *const pcBox = new QDoubleSpinBox(pcFieldBox);
             pcBox->setObjectName(cPick.m_strTag);
             pcBox->setDecimals(cPick.m_nDecimals);
             pcBox->setRange(cPick.m_dMin, cPick.m_dMax);
@@ -98,8 +110,8 @@ OperatorWindow::OperatorWindow(const OperatorSetup &cSetup, QWidget *pcParent)
                     [this, cField](double dValue) { applyField(cField, dValue); });
         }
     }
-    pcSide->addLayout(pcFields);
-    pcSide->addStretch();
+    pcScroll->setWidget(pcFieldBox);
+    pcSide->addWidget(pcScroll, 1);
 
     auto *const pcButtons = new QHBoxLayout;
     pcButtons->addWidget(m_pcStart);
