@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include <QPointer>
+
 #include "OculinexQTStandAloneInQt.h"
 
 namespace
@@ -22,7 +24,10 @@ void execute(Control::Action eAction, int nTask)
 }
 } // namespace
 
-Control::Control() : m_pcThread(std::make_unique<QThread>()), m_pcWorker(std::make_unique<QObject>())
+Control::Control()
+    : m_pcThread(std::make_unique<QThread>()),
+      m_pcWorker(std::make_unique<QObject>()),
+      m_pcReply(std::make_unique<QObject>())
 {
     m_pcThread->setObjectName(QStringLiteral("control"));
     m_pcWorker->moveToThread(m_pcThread.get());
@@ -32,6 +37,7 @@ Control::Control() : m_pcThread(std::make_unique<QThread>()), m_pcWorker(std::ma
 Control::~Control()
 {
     if (m_bAbandoned) {
+        m_pcReply.release();
         m_pcThread.release();
         m_pcWorker.release();
         return;
@@ -43,13 +49,16 @@ Control::~Control()
 void Control::post(Action eAction, int nTask)
 {
     m_lstJob.append({eAction, nTask});
-    QMetaObject::invokeMethod(m_pcWorker.get(), [this, eAction, nTask] {
-        execute(eAction, nTask);
-        QMetaObject::invokeMethod(this, [this] {
-            m_lstJob.removeFirst();
-            emit changed();
-        });
-    });
+    QMetaObject::invokeMethod(m_pcWorker.get(),
+                              [pcThis = QPointer<Control>(this), pcReply = m_pcReply.get(), eAction, nTask] {
+                                  execute(eAction, nTask);
+                                  QMetaObject::invokeMethod(pcReply, [pcThis] {
+                                      if (!pcThis) // abandoned
+                                          return;
+                                      pcThis->m_lstJob.removeFirst();
+                                      emit pcThis->changed();
+                                  });
+                              });
     emit changed();
 }
 

@@ -31,8 +31,10 @@ public:
     std::optional<Action> jobOf(int nTask) const;
     /// The task that is worked on; -1 when there is none.
     int currentTask() const { return isIdle() ? -1 : m_lstJob.first().m_nTask; }
-    /// Leaves a thread that waits for a task alone: the process is about to end.
+    /// From now on a thread that waits for a task is left alone, and so are the tasks: the process is
+    /// about to end.
     void abandon() { m_bAbandoned = true; }
+    bool isAbandoned() const { return m_bAbandoned; }
 
 signals:
     /// A job came, or one is done.
@@ -47,6 +49,7 @@ private:
     QList<Job> m_lstJob; ///< the first is under way
     std::unique_ptr<QThread> m_pcThread;
     std::unique_ptr<QObject> m_pcWorker; ///< lives on the thread
+    std::unique_ptr<QObject> m_pcReply;  ///< of the GUI thread, which is told through it what is done
     bool m_bAbandoned = false;
 };
 

@@ -5,7 +5,7 @@
 
 #include <QFile>
 #include <QFileInfo>
-#include <QScopedValueRollback>
+#include <QJsonArray>
 
 #include "OculinexQTStandAloneInQt.h"
 #include "common/taskcheck.h"
@@ -17,6 +17,7 @@
 namespace
 {
 constexpr int UNDO_LIMIT = 500;
+const QString KEY_OPERATOR = QStringLiteral("operator"); ///< of a step, and of the panes
 const QString NAME_BEGIN = QStringLiteral("<-TaskName->");
 const QString NAME_END = QStringLiteral("</-TaskName->");
 
@@ -57,7 +58,8 @@ Document::Document(const Control &cControl) : m_cControl(cControl)
 
 Document::~Document()
 {
-    TaskMgr::getInstance()->clear();
+    if (!m_cControl.isAbandoned()) // else the end of the process sees to them
+        TaskMgr::getInstance()->clear();
 }
 
 QString Document::name() const
@@ -108,6 +110,7 @@ void Document::makeNew()
     m_lstState.clear();
     m_lstSaved.clear();
     m_cPanes = {};
+    m_cOperator = m_cSavedOperator = {};
     m_cUndo.clear();
     emit tasksChanged();
     emit stateChanged();
@@ -134,6 +137,7 @@ QString Document::open(const QString &strPath, QString &strWarning)
         if (cSide.m_lstTask[nTask].size() == m_lstState[nTask].m_lstStepSide.size())
             m_lstState[nTask].m_lstStepSide = cSide.m_lstTask[nTask];
     m_cPanes = cSide.m_cPanes;
+    m_cOperator = m_cSavedOperator = m_cPanes.take(KEY_OPERATOR).toObject();
     m_lstSaved = m_lstState;
     m_cUndo.clear();
     emit tasksChanged();
@@ -172,9 +176,12 @@ QString Document::save(const QString &strPath)
     for (const TaskState &cState : qAsConst(m_lstState))
         cSide.m_lstTask.append(cState.m_lstStepSide);
     cSide.m_cPanes = m_cPanes;
+    if (!m_cOperator.isEmpty())
+        cSide.m_cPanes[KEY_OPERATOR] = m_cOperator;
     strError = cSide.write(strPath);
     m_strPath = QFileInfo(strPath).absoluteFilePath();
     m_lstSaved = m_lstState;
+    m_cSavedOperator = m_cOperator;
     emit stateChanged();
     return strError;
 }
@@ -286,6 +293,8 @@ void Document::removeTask(int nTask)
 
 void Document::moveTask(int nFrom, int nTo)
 {
+    if (std::min(nFrom, nTo) < 0 || std::max(nFrom, nTo) >= taskCount())
+        return;
     QList<TaskState> lstTarget = m_lstState;
     lstTarget.move(nFrom, nTo);
     edit(lstTarget, tr("move task"));
@@ -312,6 +321,9 @@ void Document::moveStep(int nTask, int nFrom, int nTo)
     if (!isIdle(nTask))
         return;
     noticeEdit(nTask);
+    const int nSteps = m_lstState[nTask].m_lstStepSide.size();
+    if (std::min(nFrom, nTo) < 0 || std::max(nFrom, nTo) >= nSteps)
+        return;
     task(nTask)->getTaskItem().move(nFrom, nTo);
     TaskState cState{task(nTask)->toString(), m_lstState[nTask].m_lstStepSide};
     cState.m_lstStepSide.move(nFrom, nTo);
@@ -325,6 +337,8 @@ void Document::switchStep(int nTask, int nStep, bool bOn)
     if (!isIdle(nTask))
         return;
     noticeEdit(nTask);
+    if (nStep < 0 || nStep >= m_lstState[nTask].m_lstStepSide.size())
+        return;
     int &nLimit = task(nTask)->getTaskItem()[nStep].m_nMaxExeTimes;
     TaskState cState = m_lstState[nTask];
     QJsonObject &cSide = cState.m_lstStepSide[nStep];
@@ -362,19 +376,35 @@ void Document::redo()
         emit refused(tr("Stop the tasks that this changes first."));
 }
 
-QJsonObject Document::stepSide(int nTask, int nStep) const
+OperatorSetup Document::operatorSetup() const
 {
-    return m_lstState.value(nTask).m_lstStepSide.value(nStep);
+    OperatorSetup cSetup = OperatorSetup::fromJson(m_cOperator);
+    for (int nTask = 0; nTask < taskCount(); ++nTask)
+        for (int nStep = 0; nStep < m_lstState[nTask].m_lstStepSide.size(); ++nStep) {
+            QList<OperatorPick> lstPick;
+            for (const QJsonValue cPick : m_lstState[nTask].m_lstStepSide[nStep][KEY_OPERATOR].toArray())
+                lstPick.append(OperatorPick::fromJson(cPick.toObject()));
+            if (!lstPick.isEmpty())
+                cSetup.m_lstStep.append({nTask, nStep, lstPick});
+        }
+    return cSetup;
 }
 
-void Document::setStepSide(int nTask, int nStep, const QJsonObject &cSide, const QString &strWhat)
+void Document::setOperatorSetup(const OperatorSetup &cSetup)
 {
-    noticeEdit(nTask);
-    if (nTask < 0 || nTask >= taskCount() || nStep < 0 || nStep >= m_lstState[nTask].m_lstStepSide.size() ||
-        cSide == stepSide(nTask, nStep))
-        return;
-    TaskState cState = m_lstState[nTask];
-    cState.m_lstStepSide[nStep] = cSide;
-    note(nTask, cState, strWhat);
+    QList<TaskState> lstState = m_lstState;
+    for (TaskState &cState : lstState)
+        for (QJsonObject &cSide : cState.m_lstStepSide)
+            cSide.remove(KEY_OPERATOR);
+    for (const OperatorSetup::Step &cStep : cSetup.m_lstStep) {
+        QJsonArray cPicks;
+        for (const OperatorPick &cPick : cStep.m_lstPick)
+            cPicks.append(cPick.toJson());
+        lstState[cStep.m_nTask].m_lstStepSide[cStep.m_nStep][KEY_OPERATOR] = cPicks;
+    }
+    if (OperatorSetup::fromJson(m_cOperator).toJson() != cSetup.toJson())
+        m_cOperator = cSetup.toJson();
+    if (lstState != m_lstState)
+        edit(lstState, tr("choose what the operator sees"));
     emit stateChanged();
 }

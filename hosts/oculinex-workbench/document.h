@@ -6,6 +6,7 @@
 #include <QObject>
 #include <QUndoStack>
 
+#include "operatorsetup.h"
 #include "taskstate.h"
 
 class Control;
@@ -22,23 +23,23 @@ class Document : public QObject
 
 public:
     explicit Document(const Control &cControl);
-    /// Removes the tasks.
+    /// Removes the tasks, unless control has abandoned them.
     ~Document() override;
     Document(const Document &) = delete;
     Document &operator=(const Document &) = delete;
 
     const QString &path() const { return m_strPath; } ///< empty for a new document
     QString name() const;                             ///< for people
-    bool isModified() const { return m_lstState != m_lstSaved; }
+    bool isModified() const { return m_lstState != m_lstSaved || m_cOperator != m_cSavedOperator; }
     const QUndoStack &undoStack() const { return m_cUndo; }
 
     /// These three need all tasks idle. They return the reason of a failure, empty when there was none.
     void makeNew();
     /// Of a side file that can't be read strWarning tells the reason.
     QString open(const QString &strPath, QString &strWarning);
-    QString save(const QString &strPath);
     /// What the file holds that loading keeps silent, a line each.
     QStringList findings() const;
+    QString save(const QString &strPath);
 
     int taskCount() const { return m_lstState.size(); }
     static TaskInfo *task(int nTask); ///< null for a position without a task
@@ -47,7 +48,8 @@ public:
     /// Whether the positions from this one on may be given to other tasks.
     bool mayRearrange(int nTask) const;
 
-    /// Edits. The position of the task that was made is returned.
+    /// Edits. The position of the task that was made is returned. A move from or to a place that isn't
+    /// there does nothing.
     int addTask(const QString &strName);
     int duplicateTask(int nTask);
     void removeTask(int nTask);
@@ -63,8 +65,9 @@ public:
     void undo();
     void redo();
 
-    QJsonObject stepSide(int nTask, int nStep) const;
-    void setStepSide(int nTask, int nStep, const QJsonObject &cSide, const QString &strWhat);
+    /// What the operator sees, with the settings that were picked, which stay with their steps.
+    OperatorSetup operatorSetup() const;
+    void setOperatorSetup(const OperatorSetup &cSetup);
     /// What a pane remembers beside the tasks file; not part of what is modified.
     QJsonObject paneSide(const QString &strPane) const { return m_cPanes[strPane].toObject(); }
     void setPaneSide(const QString &strPane, const QJsonObject &cSide) { m_cPanes[strPane] = cSide; }
@@ -93,6 +96,8 @@ private:
     QList<TaskState> m_lstState; ///< the tasks as last looked at
     QList<TaskState> m_lstSaved;
     QJsonObject m_cPanes;
+    QJsonObject m_cOperator; ///< what the operator sees, without the picks
+    QJsonObject m_cSavedOperator;
     QUndoStack m_cUndo;
 };
 

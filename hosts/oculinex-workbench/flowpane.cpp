@@ -223,7 +223,10 @@ void FlowPane::moveStep(int nBy)
 void FlowPane::switchStep()
 {
     const int nStep = selectedStep();
-    const bool bOff = qAsConst(*page()->task()).m_lstArithm.at(nStep).m_nMaxExeTimes == 0;
+    const QList<TaskItem> &lstStep = qAsConst(*page()->task()).m_lstArithm;
+    if (nStep < 0 || nStep >= lstStep.size()) // deleted since the action was enabled
+        return;
+    const bool bOff = lstStep[nStep].m_nMaxExeTimes == 0;
     m_cDocument.switchStep(m_nTask, nStep, bOff);
 }
 

@@ -150,36 +150,38 @@ void MainWindow::makeActions()
     connect(pcSave, &QAction::triggered, this, &MainWindow::save);
     fnBoth(pcFile, pcSave);
     connect(pcFile->addAction(tr("Save &as…")), &QAction::triggered, this, &MainWindow::saveAs);
-    pcFile->actions().constLast()->setShortcut(QKeySequence(tr("Ctrl+Shift+S")));
+    pcFile->actions().constLast()->setShortcut(QKeySequence(QStringLiteral("Ctrl+Shift+S")));
     pcFile->addSeparator();
     QAction *pcQuit = pcFile->addAction(tr("&Quit"), this, &QWidget::close);
-    pcQuit->setShortcut(QKeySequence(tr("Ctrl+Q")));
+    pcQuit->setShortcut(QKeySequence(QStringLiteral("Ctrl+Q")));
 
     QMenu *pcEdit = menuBar()->addMenu(tr("&Edit"));
     pcBar->addSeparator();
     m_pcUndo = fnBoth(pcEdit, addAction(tr("&Undo"), icon(Icon::Undo), QKeySequence::Undo,
                                         tr("Take the last edit back"), &MainWindow::undo));
-    m_pcRedo = fnBoth(pcEdit, addAction(tr("&Redo"), icon(Icon::Redo), QKeySequence(tr("Ctrl+Shift+Z")),
-                                        tr("Make the edit again"), &MainWindow::redo));
+    m_pcRedo =
+        fnBoth(pcEdit, addAction(tr("&Redo"), icon(Icon::Redo), QKeySequence(QStringLiteral("Ctrl+Shift+Z")),
+                                 tr("Make the edit again"), &MainWindow::redo));
     pcEdit->addSeparator();
     pcEdit->addActions(m_pcFlow->stepActions());
 
     QMenu *pcTask = menuBar()->addMenu(tr("&Task"));
     pcBar->addSeparator();
-    m_pcStart = fnBoth(pcTask, addAction(tr("&Start"), icon(Icon::Start), QKeySequence(tr("F5")),
+    m_pcStart = fnBoth(pcTask, addAction(tr("&Start"), icon(Icon::Start), QKeySequence(QStringLiteral("F5")),
                                          tr("Start the selected task"), &MainWindow::startCurrent));
-    m_pcStop = fnBoth(pcTask, addAction(tr("S&top"), icon(Icon::Stop), QKeySequence(tr("Shift+F5")),
-                                        tr("Stop the selected task"), &MainWindow::stopCurrent));
-    m_pcOnce = fnBoth(pcTask, addAction(tr("Run &once"), icon(Icon::Once), QKeySequence(tr("F7")),
+    m_pcStop =
+        fnBoth(pcTask, addAction(tr("S&top"), icon(Icon::Stop), QKeySequence(QStringLiteral("Shift+F5")),
+                                 tr("Stop the selected task"), &MainWindow::stopCurrent));
+    m_pcOnce = fnBoth(pcTask, addAction(tr("Run &once"), icon(Icon::Once), QKeySequence(QStringLiteral("F7")),
                                         tr("Run the selected task once"), &MainWindow::runCurrentOnce));
     pcTask->addSeparator();
     pcBar->addSeparator();
-    m_pcStartAll =
-        fnBoth(pcTask, addAction(tr("Start a&ll"), icon(Icon::StartAll), QKeySequence(tr("Ctrl+F5")),
-                                 tr("Start all tasks"), &MainWindow::startAll));
-    m_pcStopAll =
-        fnBoth(pcTask, addAction(tr("Stop all"), icon(Icon::StopAll), QKeySequence(tr("Ctrl+Shift+F5")),
-                                 tr("Stop all tasks"), &MainWindow::stopAll));
+    m_pcStartAll = fnBoth(pcTask, addAction(tr("Start a&ll"), icon(Icon::StartAll),
+                                            QKeySequence(QStringLiteral("Ctrl+F5")), tr("Start all tasks"),
+                                            &MainWindow::startAll));
+    m_pcStopAll = fnBoth(pcTask, addAction(tr("Stop all"), icon(Icon::StopAll),
+                                           QKeySequence(QStringLiteral("Ctrl+Shift+F5")),
+                                           tr("Stop all tasks"), &MainWindow::stopAll));
     pcTask->addSeparator();
     pcTask->addActions(m_pcTasks->editActions());
 

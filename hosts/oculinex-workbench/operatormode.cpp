@@ -1,20 +1,12 @@
 #include "operatormode.h"
 
 #include <QAction>
-#include <QJsonArray>
 
 #include "dlgoperator.h"
 #include "document.h"
 #include "logpane.h"
 #include "operatorwindow.h"
-#include "taskMgr/taskMgr.h"
 #include "viewpane.h"
-
-namespace
-{
-const QString PANE = QStringLiteral("operator");
-const QString KEY_PICKS = QStringLiteral("operator"); ///< of a step
-} // namespace
 
 OperatorMode::OperatorMode(Document &cDocument, const QList<ViewPane *> &lstView, LogPane &cLog,
                            QWidget *pcMain)
@@ -28,7 +20,7 @@ OperatorMode::OperatorMode(Document &cDocument, const QList<ViewPane *> &lstView
         connect(pcAction, &QAction::triggered, this, fnDo);
         m_lstAction.append(pcAction);
     };
-    fnAction(tr("&Operator view"), QKeySequence(tr("F11")),
+    fnAction(tr("&Operator view"), QKeySequence(QStringLiteral("F11")),
              tr("Show what the operator sees, on the whole screen"), [this] { open(); });
     fnAction(tr("What the operator &sees…"), {}, tr("Choose view, verdict and settings of the operator view"),
              [this] { configure(); });
@@ -43,7 +35,7 @@ OperatorWindow *OperatorMode::open(Leaving eLeaving)
 {
     if (m_pcWindow)
         return m_pcWindow;
-    const OperatorSetup cSetup = setup();
+    const OperatorSetup cSetup = m_cDocument.operatorSetup();
     ViewPane *const pcView = m_lstView[cSetup.m_nView];
     m_pcWindow = new OperatorWindow(cSetup);
     m_pcWindow->setAttribute(Qt::WA_QuitOnClose, false); // the main window ends the program
@@ -71,44 +63,9 @@ OperatorWindow *OperatorMode::open(Leaving eLeaving)
 
 void OperatorMode::configure()
 {
-    DlgOperator cDialog(setup(), m_pcMain);
+    for (int nTask = 0; nTask < m_cDocument.taskCount(); ++nTask)
+        m_cDocument.noticeEdit(nTask);
+    DlgOperator cDialog(m_cDocument.operatorSetup(), m_pcMain);
     if (cDialog.exec() == QDialog::Accepted)
-        setSetup(cDialog.setup());
-}
-
-OperatorSetup OperatorMode::setup() const
-{
-    OperatorSetup cSetup = OperatorSetup::fromJson(m_cDocument.paneSide(PANE));
-    for (int nTask = 0; nTask < m_cDocument.taskCount(); ++nTask) {
-        const TaskInfo *const pcTask = Document::task(nTask);
-        for (int nStep = 0; pcTask && nStep < pcTask->m_lstArithm.size(); ++nStep) {
-            OperatorSetup::Step cStep{nTask, nStep, {}};
-            for (const QJsonValue cPick : m_cDocument.stepSide(nTask, nStep)[KEY_PICKS].toArray())
-                cStep.m_lstPick.append(OperatorPick::fromJson(cPick.toObject()));
-            if (!cStep.m_lstPick.isEmpty())
-                cSetup.m_lstStep.append(cStep);
-        }
-    }
-    return cSetup;
-}
-
-void OperatorMode::setSetup(const OperatorSetup &cSetup)
-{
-    m_cDocument.setPaneSide(PANE, cSetup.toJson());
-    for (int nTask = 0; nTask < m_cDocument.taskCount(); ++nTask) {
-        const TaskInfo *const pcTask = Document::task(nTask);
-        for (int nStep = 0; pcTask && nStep < pcTask->m_lstArithm.size(); ++nStep) {
-            QJsonArray cPicks;
-            for (const OperatorSetup::Step &cStep : cSetup.m_lstStep)
-                for (const OperatorPick &cPick : cStep.m_lstPick)
-                    if (cStep.m_nTask == nTask && cStep.m_nStep == nStep)
-                        cPicks.append(cPick.toJson());
-            QJsonObject cSide = m_cDocument.stepSide(nTask, nStep);
-            if (cPicks.isEmpty())
-                cSide.remove(KEY_PICKS);
-            else
-                cSide[KEY_PICKS] = cPicks;
-            m_cDocument.setStepSide(nTask, nStep, cSide, tr("Choose what the operator sees"));
-        }
-    }
+        m_cDocument.setOperatorSetup(cDialog.setup());
 }

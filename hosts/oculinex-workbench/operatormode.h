@@ -4,16 +4,14 @@
 #include <QObject>
 #include <QPointer>
 
-#include "operatorsetup.h"
-
 class Document;
 class LogPane;
 class OperatorWindow;
 class QAction;
 class ViewPane;
 
-/// Opens the operator's window in place of the main one, and keeps with the document what its author
-/// chose to be seen there.
+/// Opens the operator's window in place of the main one, and the dialog in which its author chooses what
+/// is seen there.
 class OperatorMode : public QObject
 {
     Q_OBJECT
@@ -26,8 +24,6 @@ public:
     const QList<QAction *> &actions() const { return m_lstAction; }
     enum class Leaving { ShowsMain, EndsProgram };
     OperatorWindow *open(Leaving eLeaving = Leaving::ShowsMain);
-    OperatorSetup setup() const;
-    void setSetup(const OperatorSetup &cSetup);
 
 signals:
     void startRequested();

@@ -241,9 +241,9 @@ void photographOperator(MainWindow &cWindow, Photographer &cCamera)
             cSetup.m_lstStep.append(
                 {SHOWN_TASK, nStep,
                  pickableNumbers(lstStep[nStep].m_strArithmID, lstStep[nStep].m_strOptionStr).mid(1)});
-    cWindow.operatorMode().setSetup(cSetup);
+    cWindow.document().setOperatorSetup(cSetup);
     {
-        DlgOperator cDialog(cWindow.operatorMode().setup());
+        DlgOperator cDialog(cWindow.document().operatorSetup());
         cDialog.show();
         wait(200);
         cCamera.take(cDialog, QStringLiteral("operator-setup"));

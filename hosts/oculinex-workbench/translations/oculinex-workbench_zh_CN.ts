@@ -141,7 +141,7 @@
         <translation>无</translation>
     </message>
     <message>
-        <source>%1 (can't be made)</source>
+        <source>%1 (can&apos;t be made)</source>
         <translation>%1（无法创建）</translation>
     </message>
     <message>
@@ -157,7 +157,7 @@
         <translation>视图 %1</translation>
     </message>
     <message>
-        <source>The core of the processor that the task's thread stays on</source>
+        <source>The core of the processor that the task&apos;s thread stays on</source>
         <translation>任务线程所固定的处理器核心</translation>
     </message>
     <message>
@@ -169,7 +169,7 @@
         <translation>核心 %1</translation>
     </message>
     <message>
-        <source>Choose where the task's pictures come from</source>
+        <source>Choose where the task&apos;s pictures come from</source>
         <translation>选择任务图像的来源</translation>
     </message>
 </context>
@@ -459,22 +459,6 @@ Add one in the list of tasks, or open a tasks file.</source>
         <translation>视图(&amp;V)</translation>
     </message>
     <message>
-        <source>&amp;Operator view</source>
-        <translation>操作员界面(&amp;O)</translation>
-    </message>
-    <message>
-        <source>Show the window for the operator; the escape key leaves it</source>
-        <translation>显示操作员界面，按 Esc 键离开</translation>
-    </message>
-    <message>
-        <source>&amp;What the operator sees…</source>
-        <translation>设定操作员界面(&amp;W)…</translation>
-    </message>
-    <message>
-        <source>Choose task, view and settings for the operator</source>
-        <translation>为操作员选择任务、视图和参数</translation>
-    </message>
-    <message>
         <source>&amp;Help</source>
         <translation>帮助(&amp;H)</translation>
     </message>
@@ -586,6 +570,25 @@ Add one in the list of tasks, or open a tasks file.</source>
     <message>
         <source>Memory disks</source>
         <translation>内存盘</translation>
+    </message>
+</context>
+<context>
+    <name>OperatorMode</name>
+    <message>
+        <source>&amp;Operator view</source>
+        <translation>操作员界面(&amp;O)</translation>
+    </message>
+    <message>
+        <source>Show what the operator sees, on the whole screen</source>
+        <translation>全屏显示操作员看到的内容</translation>
+    </message>
+    <message>
+        <source>What the operator &amp;sees…</source>
+        <translation>操作员界面的内容(&amp;S)…</translation>
+    </message>
+    <message>
+        <source>Choose view, verdict and settings of the operator view</source>
+        <translation>选择操作员界面的视图、判定方式和参数</translation>
     </message>
 </context>
 <context>
