@@ -79,7 +79,12 @@ inline QString fault(const QWidget *pcWindow)
         const bool bInner =
             pcWidget->objectName().startsWith("qt_") || qobject_cast<const QSplitterHandle *>(pcWidget);
         if (!bInner && isCut(pcWidget))
-            return "cut off: " + name(pcWidget);
+            return QStringLiteral("cut off: %1, %2 x %3 instead of %4 x %5")
+                .arg(name(pcWidget))
+                .arg(pcWidget->width())
+                .arg(pcWidget->height())
+                .arg(pcWidget->sizeHint().width())
+                .arg(pcWidget->sizeHint().height());
         if (!bInner && (pcWidget->focusPolicy() != Qt::NoFocus || qobject_cast<const QLabel *>(pcWidget)))
             lstShown.append(pcWidget);
     }

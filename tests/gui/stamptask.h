@@ -51,8 +51,8 @@ inline char *sleep(char *pchConfig, ArithmParamMgr *)
     return &s_chEmpty;
 }
 
-/// A task that stamps pictures of that size, draws one, waits, draws the other, and waits again.
-inline TaskInfo *newTask(const QSize &cSize, int nBetweenMs, int nAfterMs)
+/// Steps that stamp pictures of that size, draw one, wait, draw the other, and wait again.
+inline QList<TaskItem> steps(const QSize &cSize, int nBetweenMs, int nAfterMs)
 {
     static const bool s_bRegistered = [] {
         auto *pcArithms = ArithmFactory::getInstance()->getArithms();
@@ -65,19 +65,20 @@ inline TaskInfo *newTask(const QSize &cSize, int nBetweenMs, int nAfterMs)
         return true;
     }();
     Q_UNUSED(s_bRegistered)
-    auto *const pcTask = new Fake::Task;
-    const auto fnStep = [&](const QString &strConfig, const QString &strID) {
-        pcTask->m_lstArithm.append(Fake::step(strConfig, -1, strID));
-    };
-    fnStep(QStringLiteral("%1,%2").arg(cSize.width()).arg(cSize.height()), "stamp");
-    fnStep("<DataType>0</DataType><DataID>1</DataID><Config><Scale>3</Scale><Pos>0</Pos></Config>",
-           "KQ_Drawing");
-    fnStep(QString::number(nBetweenMs), "sleep");
-    fnStep(
+    const QString strColour =
+        "<DataType>0</DataType><DataID>1</DataID><Config><Scale>3</Scale><Pos>0</Pos></Config>";
+    const QString strGrey =
         "<DataType>1</DataType><DataID>2</DataID><Config><Scale>3</Scale><Pos>0</Pos><DrawMode><Val>1</Val>"
-        "<Lapped>0</Lapped></DrawMode></Config>",
-        "KQ_Drawing");
-    fnStep(QString::number(nAfterMs), "sleep");
+        "<Lapped>0</Lapped></DrawMode></Config>";
+    return {Fake::step(QStringLiteral("%1,%2").arg(cSize.width()).arg(cSize.height()), -1, "stamp"),
+            Fake::step(strColour, -1, "KQ_Drawing"), Fake::step(QString::number(nBetweenMs), -1, "sleep"),
+            Fake::step(strGrey, -1, "KQ_Drawing"), Fake::step(QString::number(nAfterMs), -1, "sleep")};
+}
+
+inline TaskInfo *newTask(const QSize &cSize, int nBetweenMs, int nAfterMs)
+{
+    auto *const pcTask = new Fake::Task;
+    pcTask->m_lstArithm = steps(cSize, nBetweenMs, nAfterMs);
     return pcTask;
 }
 } // namespace Stamp

@@ -2,158 +2,30 @@
 
 #include <QtTest>
 
+#include <csignal>
+#include <random>
+
+#include <sys/resource.h>
+
 #include <QComboBox>
 #include <QDialogButtonBox>
 #include <QDoubleSpinBox>
-#include <QFileDialog>
 #include <QLabel>
-#include <QListWidget>
-#include <QMenu>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QScrollBar>
 #include <QSettings>
-#include <QTableWidget>
 #include <QTemporaryDir>
 #include <QTreeView>
 #include <QTreeWidget>
 
+#include "bench.h"
 #include "datatable.h"
-#include "dialoguser.h"
-#include "flowpage.h"
-#include "flowpane.h"
 #include "logmodel.h"
-#include "mainwindow.h"
 #include "operatormode.h"
+#include "operatorsetup.h"
 #include "operatorwindow.h"
-#include "steptable.h"
-#include "taskMgr/taskMgr.h"
-#include "taskfixture.h"
 #include "tasklist.h"
-
-namespace
-{
-const QString PICTURES = QStringLiteral(OCULINEX_SOURCE_DIR "/examples/pictures");
-const QString SOURCE =
-    "<DSName>Picture Folder</DSName><OutputName>p</OutputName><OutputDescribe></OutputDescribe>"
-    "<OutputType>RGB</OutputType><OutputID>1</OutputID><Config><Path>" +
-    PICTURES + "</Path><Fps>1000</Fps></Config>";
-
-/// A task whose steps are those of the fixture's algorithm, written "[limit;]config".
-QString taskText(const QString &strName, const QStringList &lstStep)
-{
-    TaskInfo cTask(strName, nullptr);
-    cTask.fromString("<-TaskName->" + strName + "</-TaskName-><-DataSource->" + SOURCE + "</-DataSource->");
-    for (const QString &strStep : lstStep)
-        cTask.getTaskItem().append(Fake::parse(strStep));
-    return "<=TaskInfo=>\n" + cTask.toString() + "\n</=TaskInfo=>\n";
-}
-
-void write(const QString &strPath, const QByteArray &achText)
-{
-    QFile cFile(strPath);
-    QVERIFY(cFile.open(QFile::WriteOnly) && cFile.write(achText) == achText.size());
-}
-
-QByteArray contents(const QString &strPath)
-{
-    QFile cFile(strPath);
-    return cFile.open(QFile::ReadOnly) ? cFile.readAll() : QByteArray();
-}
-
-QString allTasks()
-{
-    return TaskMgr::getInstance()->toString();
-}
-
-/// The window and the parts that a test takes hold of.
-class Bench : public MainWindow
-{
-public:
-    explicit Bench(const QString &strFile = QString())
-    {
-        show();
-        if (!strFile.isEmpty())
-            openFile(strFile);
-    }
-
-    QTableWidget *tasks() { return findChild<QTableWidget *>("tasks"); }
-    FlowPage *page() { return findChild<FlowPane *>()->page(); }
-    QTableWidget *steps() { return page()->steps().table(); }
-    QString name(int nTask) { return tasks()->item(nTask, 0)->text(); }
-    QStringList names()
-    {
-        QStringList lstName;
-        for (int nTask = 0; nTask < tasks()->rowCount(); ++nTask)
-            lstName.append(name(nTask));
-        return lstName;
-    }
-    QString stepNames()
-    {
-        QStringList lstName;
-        for (int nStep = 0; nStep < steps()->rowCount(); ++nStep)
-            lstName.append(steps()->item(nStep, 0)->text());
-        return lstName.join(' ');
-    }
-    void select(int nTask) { tasks()->setCurrentCell(nTask, 0); }
-
-    QAction *action(const QString &strText)
-    {
-        // "Undo" is followed by what it undoes.
-        for (const QString &strRest : {QStringLiteral("…?"), QStringLiteral(" .*")})
-            for (QAction *pcAction : findChildren<QAction *>())
-                if (QRegularExpression('^' + strText + strRest + '$')
-                        .match(pcAction->text().remove('&'))
-                        .hasMatch())
-                    return pcAction;
-        qFatal("there is no action %s", qUtf8Printable(strText));
-    }
-    bool trigger(const QString &strText)
-    {
-        const bool bEnabled = action(strText)->isEnabled();
-        action(strText)->trigger();
-        return bEnabled;
-    }
-    /// Chooses an algorithm in the context menu of the flow.
-    void chooseAlgorithm(const QString &strName)
-    {
-        trigger("Add step");
-        TaskInfo *pcTask = page()->task();
-        pcTask->m_pcMenu->close();
-        for (auto i = pcTask->m_mapArithm.begin(); i != pcTask->m_mapArithm.end(); ++i)
-            if (i.value().m_strArithmName == strName)
-                return i.key()->trigger();
-        qFatal("there is no algorithm %s", qUtf8Printable(strName));
-    }
-};
-
-DialogUser::Act chooseFile(const QString &strPath)
-{
-    return [strPath](QWidget &cTop) {
-        auto *pcDialog = qobject_cast<QFileDialog *>(&cTop);
-        pcDialog->selectFile(strPath);
-        QMetaObject::invokeMethod(pcDialog, "accept");
-    };
-}
-
-DialogUser::Act pressButton(const QString &strText)
-{
-    return [strText](QWidget &cTop) {
-        for (QAbstractButton *pcButton : cTop.findChildren<QAbstractButton *>())
-            if (pcButton->text().remove('&') == strText)
-                pcButton->click();
-    };
-}
-
-DialogUser::Act useSource(const QString &strKind)
-{
-    return [strKind](QWidget &cDialog) {
-        auto *pcList = cDialog.findChild<QListWidget *>("lbSourceNames");
-        pcList->setCurrentItem(pcList->findItems(strKind, Qt::MatchExactly).value(0));
-        DialogUser::click(cDialog, "btnSetting");
-    };
-}
-} // namespace
 
 class TestWorkbench : public QObject
 {
@@ -352,14 +224,15 @@ private slots:
 
     void asksBeforeClosing_data()
     {
-        addRows("answer   strAnswer  strClosed\n"
-                "save     Save       1\n"
-                "discard  Discard    1\n"
-                "cancel   Cancel     0");
+        addRows("answer   strKeys\n"
+                "save     Return\n"
+                "discard  Space\n"
+                "cancel   Esc");
     }
     void asksBeforeClosing()
     {
-        QFETCH(QString, strAnswer);
+        QFETCH(QString, strKeys);
+        const QString strAnswer = QTest::currentDataTag();
         Bench cBench(m_strFile);
         cBench.trigger("Start all");
         QTRY_COMPARE(cBench.tasks()->item(2, 1)->text(), "Running");
@@ -371,18 +244,128 @@ private slots:
         }
         pcTask->TaskFlowTblCellChanged(0, 0);
         {
-            DialogUser cUser({pressButton(strAnswer)});
+            DialogUser cUser({[&](QWidget &cTop) {
+                for (QAbstractButton *pcButton : cTop.findChildren<QAbstractButton *>())
+                    if (strKeys == "Space" && pcButton->text() == "&Discard")
+                        return typeKeys(*pcButton, strKeys);
+                typeKeys(cTop, strKeys);
+            }});
             cBench.close();
             QVERIFY(cUser.isContent());
         }
-        const bool bCloses = strAnswer != "Cancel";
+        const bool bCloses = strAnswer != "cancel";
         if (bCloses)
             QTRY_VERIFY(!cBench.isVisible());
         QCOMPARE(cBench.isVisible(), !bCloses);
         for (int nTask = 0; nTask < 3; ++nTask)
             QCOMPARE(TaskMgr::getInstance()->getTask(nTask)->IsRunning(), !bCloses);
-        QCOMPARE(contents(m_strFile).contains("unsaved"), strAnswer == "Save");
-        QCOMPARE(contents(m_strFile) == achBefore, strAnswer != "Save");
+        QCOMPARE(contents(m_strFile).contains("unsaved"), strAnswer == "save");
+        QCOMPARE(contents(m_strFile) == achBefore, strAnswer != "save");
+    }
+
+    /// Whatever was done, undoing it and doing it again gives each file again, letter by letter.
+    void undoesAnySequence_data()
+    {
+        QTest::addColumn<unsigned>("nSeed");
+        for (const unsigned nSeed : {1U, 2U, 3U})
+            QTest::newRow(qPrintable(QString::number(nSeed))) << nSeed;
+    }
+    void undoesAnySequence()
+    {
+        QFETCH(unsigned, nSeed);
+        std::mt19937 cRandom(nSeed);
+        Bench cBench(m_strFile);
+        QStringList lstText{allTasks()};
+        QStringList lstDone{"nothing"};
+        for (int nEdit = 0; nEdit < 60; ++nEdit) {
+            const QString strDone = editAnything(cBench, [&](int nBelow) {
+                return static_cast<int>(cRandom() % static_cast<unsigned>(std::max(1, nBelow)));
+            });
+            if (allTasks() == lstText.constLast())
+                continue;
+            lstText.append(allTasks());
+            lstDone.append(strDone);
+        }
+        QVERIFY(lstText.size() > 30);
+        for (int nText = lstText.size() - 2; nText >= 0; --nText) {
+            QVERIFY(cBench.trigger("Undo"));
+            QVERIFY2(allTasks() == lstText[nText], qPrintable("undo " + lstDone[nText + 1]));
+        }
+        QVERIFY(!cBench.action("Undo")->isEnabled() && !cBench.isWindowModified());
+        for (int nText = 1; nText < lstText.size(); ++nText) {
+            QVERIFY(cBench.trigger("Redo"));
+            QVERIFY2(allTasks() == lstText[nText], qPrintable("redo " + lstDone[nText]));
+        }
+        QVERIFY(!cBench.action("Redo")->isEnabled());
+        cBench.trigger("Save");
+        QCOMPARE(QString::fromUtf8(contents(m_strFile)), lstText.constLast());
+    }
+
+    /// What can't be saved stays as it was in the file, and unsaved in the window.
+    void tellsThatSavingFailed_data()
+    {
+        addRows("reason                  strFolder\n"
+                "the disk is full        -\n"
+                "the folder has gone     gone/");
+    }
+    void tellsThatSavingFailed()
+    {
+        QFETCH(QString, strFolder);
+        Bench cBench(m_strFile);
+        cBench.steps()->item(0, 0)->setText("unsaved");
+        const QByteArray achBefore = contents(m_strFile);
+        QString strBox;
+        const auto fnRead = [&](QWidget &cTop) {
+            strBox = qobject_cast<QMessageBox *>(&cTop)->text();
+            typeKeys(cTop, "Return");
+        };
+        if (strFolder.isEmpty()) {
+            std::signal(SIGXFSZ, SIG_IGN);
+            rlimit cLimit{};
+            getrlimit(RLIMIT_FSIZE, &cLimit);
+            const rlimit cFull{static_cast<rlim_t>(achBefore.size() / 2), cLimit.rlim_max};
+            setrlimit(RLIMIT_FSIZE, &cFull);
+            DialogUser cUser({fnRead});
+            cBench.trigger("Save");
+            setrlimit(RLIMIT_FSIZE, &cLimit);
+            QVERIFY(cUser.isContent());
+        } else {
+            const QString strPath = m_cFolder.filePath(strFolder + "file.tasks");
+            QVERIFY(!cBench.document().save(strPath).isEmpty());
+            QVERIFY(!QFile::exists(strPath));
+            strBox = m_strFile;
+        }
+        QVERIFY2(strBox.startsWith(m_strFile), qPrintable(strBox));
+        QCOMPARE(contents(m_strFile), achBefore);
+        QVERIFY(cBench.isWindowModified());
+        QCOMPARE(cBench.document().path(), m_strFile);
+        QVERIFY(cBench.trigger("Save") && !cBench.isWindowModified());
+        QVERIFY(contents(m_strFile).contains("unsaved"));
+    }
+
+    /// What the operator sees is saved beside the file, asked about, and its picks can be undone.
+    void keepsWhatTheOperatorSees()
+    {
+        OperatorSetup cSetup;
+        cSetup.m_strGood = "fine";
+        OperatorPick cPick;
+        cPick.m_strTag = "Level";
+        cSetup.m_lstStep = {{0, 0, {cPick}}, {0, 2, {cPick}}};
+        {
+            Bench cBench(m_strFile);
+            cBench.document().setOperatorSetup(cSetup);
+            QVERIFY(cBench.isWindowModified());
+            QVERIFY(cBench.trigger("Undo"));
+            QCOMPARE(cBench.document().operatorSetup().m_lstStep.size(), 0);
+            QVERIFY(cBench.trigger("Redo"));
+            QVERIFY(cBench.trigger("Save") && !cBench.isWindowModified());
+        }
+        Bench cBench(m_strFile);
+        const OperatorSetup cRead = cBench.document().operatorSetup();
+        QCOMPARE(cRead.m_strGood, "fine");
+        QCOMPARE(cRead.m_lstStep.size(), 2);
+        QCOMPARE(cRead.m_lstStep[1].m_nStep, 2);
+        QVERIFY(!cBench.isWindowModified());
     }
 
     /// The author picks, saves and opens again; the operator sets, starts, sees the verdict and leaves.
@@ -434,6 +417,57 @@ private slots:
     }
 
 private:
+    static void sayYes(QWidget &cTop)
+    {
+        qobject_cast<QMessageBox *>(&cTop)->button(QMessageBox::Yes)->click();
+    }
+    /// One random edit; what it was.
+    template <typename Random>
+    static QString editAnything(Bench &cBench, const Random &fnBelow)
+    {
+        static const QStringList s_lstAction{"Add task",       "Duplicate task",       "Remove task",
+                                             "Move task up",   "Move task down",       "Move step up",
+                                             "Move step down", "Switch step on or off"};
+        cBench.select(fnBelow(cBench.tasks()->rowCount()));
+        if (!cBench.page())
+            return cBench.trigger("Add task"), "add the first task";
+        const int nSteps = cBench.steps()->rowCount();
+        const int nStep = fnBelow(nSteps);
+        cBench.steps()->selectRow(nStep);
+        const QString strText = QString::number(fnBelow(1000));
+        const int nKind = fnBelow(s_lstAction.size() + 7);
+        if (nKind < s_lstAction.size()) {
+            cBench.trigger(s_lstAction[nKind]);
+            return s_lstAction[nKind];
+        }
+        const int nTask = cBench.tasks()->currentRow();
+        if (nKind == s_lstAction.size()) {
+            cBench.tasks()->item(nTask, 0)->setText("检测 " + strText);
+            return "rename";
+        }
+        if (nKind == s_lstAction.size() + 1 || nSteps == 0) {
+            cBench.page()->task()->m_lstArithm.insert(nStep, Fake::step(strText));
+            cBench.page()->fill();
+            cBench.document().noticeEdit(nTask);
+            return "insert";
+        }
+        if (nKind == s_lstAction.size() + 2) {
+            DialogUser cUser({sayYes});
+            cBench.trigger("Delete step");
+            return "delete";
+        }
+        if (nKind == s_lstAction.size() + 3) {
+            cBench.page()->findChild<QComboBox *>("view")->setCurrentIndex(fnBelow(4));
+            return "view";
+        }
+        if (nKind == s_lstAction.size() + 4) {
+            cBench.page()->task()->m_lstArithm[nStep].m_strOptionStr = "<A>" + strText + "</A>\n";
+            cBench.document().noticeEdit(nTask);
+            return "configure";
+        }
+        cBench.steps()->item(nStep, nKind % 2)->setText(strText);
+        return "cell";
+    }
     static void edit(Bench &cBench, const QString &strEdit)
     {
         TaskInfo *pcTask = cBench.page()->task();
@@ -459,9 +493,7 @@ private:
         else if (strEdit == "step off")
             cBench.trigger("Switch step on or off");
         else if (strEdit == "delete") {
-            DialogUser cUser({[](QWidget &cTop) {
-                qobject_cast<QMessageBox *>(&cTop)->button(QMessageBox::Yes)->click();
-            }});
+            DialogUser cUser({sayYes});
             cBench.trigger("Delete step");
         } else if (strEdit == "configure")
             pcTask->m_lstArithm[1].m_strOptionStr = "changed"; // as an algorithm's window does
