@@ -1,9 +1,12 @@
 // Many threads at once, in an order that is different each time. OCULINEX_SEED repeats a row of random
 // calls (not the order of the threads); OCULINEX_STRESS_MS makes it longer.
 
-#include "fixtures/randomdelays.h"
-
 #include <dlfcn.h>
+#include <pthread.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <thread>
 
 #include <QApplication>
 #include <QProcess>
@@ -19,12 +22,60 @@
 #include "arithmparammgr.h"
 #include "fixtures/together.h"
 #include "globalfunction.h"
+#include "qguard.h"
 #include "taskMgr/taskMgr.h"
 
 namespace
 {
-using RandomDelays::random;
+std::atomic<unsigned> s_nSeed{1};
 
+/// From 0 to nBelow - 1; each thread has its own row of numbers.
+unsigned random(unsigned nBelow)
+{
+    static std::atomic<unsigned> s_nThreads{0};
+    thread_local unsigned s_nState = 0;
+    if (s_nState == 0)
+        s_nState = (s_nSeed + ++s_nThreads) * 2654435761U | 1U;
+    s_nState ^= s_nState << 13;
+    s_nState ^= s_nState >> 17;
+    s_nState ^= s_nState << 5;
+    return s_nState % nBelow;
+}
+
+void delay()
+{
+    const unsigned nChance = random(512);
+    if (nChance == 0)
+        usleep(random(300));
+    else if (nChance < 16)
+        std::this_thread::yield();
+}
+} // namespace
+
+#if !defined(__SANITIZE_ADDRESS__) && !defined(OCULINEX_TSAN)
+/// Both stand before the real ones: whoever locks takes its time before and after. The sanitizers have
+/// their own.
+void QMutex::lock() noexcept
+{
+    static const auto s_fnNext = reinterpret_cast<void (*)(QMutex *)>(dlsym(RTLD_NEXT, "_ZN6QMutex4lockEv"));
+    delay();
+    s_fnNext(this);
+    delay();
+}
+
+extern "C" __attribute__((visibility("default"))) int pthread_mutex_lock(pthread_mutex_t *pcMutex) noexcept
+{
+    static const auto s_fnNext =
+        reinterpret_cast<int (*)(pthread_mutex_t *)>(dlsym(RTLD_NEXT, "pthread_mutex_lock"));
+    delay();
+    const int nError = s_fnNext(pcMutex);
+    delay();
+    return nError;
+}
+#endif
+
+namespace
+{
 const int STRESS_MS = qMax(2000, qEnvironmentVariableIntValue("OCULINEX_STRESS_MS"));
 
 std::atomic<int> s_nInside{0}; ///< steps that run now
@@ -197,7 +248,7 @@ class TestRaces : public QObject
 private slots:
     void initTestCase()
     {
-        qInfo("OCULINEX_SEED=%u", RandomDelays::s_nSeed.load());
+        qInfo("OCULINEX_SEED=%u", s_nSeed.load());
         QDir::setCurrent(m_cDir.path());
         QVERIFY(QDir().mkdir(QStringLiteral("saved")));
         ArithmFactory::getInstance()->getArithms()->append(
@@ -339,7 +390,7 @@ void TestRaces::unloadedWhileRunning()
 int main(int argc, char **argv)
 {
     const unsigned nGiven = qEnvironmentVariable("OCULINEX_SEED").toUInt();
-    RandomDelays::s_nSeed = nGiven != 0 ? nGiven : static_cast<unsigned>(QDateTime::currentMSecsSinceEpoch());
+    s_nSeed = nGiven != 0 ? nGiven : static_cast<unsigned>(QDateTime::currentMSecsSinceEpoch());
     if (argc == 2 && strcmp(argv[1], "--first-use") == 0)
         return firstUse();
     QApplication cApp(argc, argv);
