@@ -17,7 +17,8 @@ DlgDataSource::DlgDataSource(QMap<QString, DataSource::DataSourceInfo *> *pmapDa
       m_pmapDataSourceInfo(pmapDataSourceInfo)
 {
     ui->setupUi(this);
-    ui->lbSourceNames->addItems(m_pmapDataSourceInfo->keys());
+    if (m_pmapDataSourceInfo)
+        ui->lbSourceNames->addItems(m_pmapDataSourceInfo->keys());
 
     const ConfigText cSettings(strConfig);
     const QString strKind = cSettings.text("DSName");
