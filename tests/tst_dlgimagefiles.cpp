@@ -295,9 +295,15 @@ private slots:
         DialogUser cUser({OK});
         QCOMPARE(load(loading("图.png", 1, 0).replace("<PicID>0", "<PicID>x"), &cStore),
                  loading("图.png", 1, 1));
+        // Of neither kind: nothing is known of what has that ID.
+        const ParamDIB *pcOther = cStore.getParamDIB(8);
+        DialogUser cKind({OK});
+        QCOMPARE(load(loading("图.png", 1, 8).replace("<PicType>1", "<PicType>5"), &cStore),
+                 loading("图.png", 1, 8));
+        QCOMPARE(cStore.requestParamDIBMap()->value(8), pcOther);
         DialogUser cNoStore({OK, CANCEL});
         QCOMPARE(load(loading("图.png", 0, 3), nullptr), QString());
-        QVERIFY(cUser.isContent() && cNoStore.isContent());
+        QVERIFY(cUser.isContent() && cKind.isContent() && cNoStore.isContent());
     }
 
     /// The host may start the task while the dialog is open: its steps have the picture in hand.

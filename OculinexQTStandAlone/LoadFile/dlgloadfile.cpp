@@ -52,7 +52,7 @@ void DlgLoadFile::parseConfigString()
     (bGrey ? ui->rbGray : ui->rbRGB)->setChecked(true); // decides how large a picture may be
     ui->edtOutputName->setText(cConfig.text("OutputName"));
     ui->edtPicDescribe->setText(cConfig.text("Describe"));
-    m_nOutputPicType = cConfig.number("PicType") == Grey ? Grey : Colour;
+    m_nOutputPicType = cConfig.number("PicType");
     bool bNumber = false;
     const int nID = cConfig.number("PicID", &bNumber);
     m_nOutputPicID = bNumber ? nID : -1;
@@ -91,14 +91,16 @@ bool DlgLoadFile::createConfigString()
     }
 
     const int nPicType = ui->rbGray->isChecked() ? Grey : Colour;
+    // A config string may tell of neither kind: what has that ID is left alone then.
+    const bool bOtherKind = m_nOutputPicType == (nPicType == Grey ? Colour : Grey);
     // A host may have started the task meanwhile: then the old picture stays, and so does the config.
-    if (m_nOutputPicType != nPicType && m_nOutputPicID >= 0 && !isStoreInUse(m_pcAPM)) {
+    if (bOtherKind && m_nOutputPicID >= 0 && !isStoreInUse(m_pcAPM)) {
         if (m_nOutputPicType == Grey)
             m_pcAPM->removeParamGray8(m_nOutputPicID);
         else
             m_pcAPM->removeParamDIB(m_nOutputPicID);
     }
-    if (m_nOutputPicType != nPicType || m_nOutputPicID < 0) {
+    if (bOtherKind || m_nOutputPicID < 0) {
         ArithmParam *pcOutput = nullptr;
         if (nPicType == Grey)
             pcOutput = m_pcAPM->getParamGray8(-1);
@@ -107,8 +109,8 @@ bool DlgLoadFile::createConfigString()
         pcOutput->setName(strName);
         pcOutput->setDescribe(strDescribe);
         m_nOutputPicID = pcOutput->getID();
-        m_nOutputPicType = nPicType;
     }
+    m_nOutputPicType = nPicType;
     m_strConfigStr = tagged("FilePath", m_strFilePath) + tagged("OutputName", strName) +
                      tagged("Describe", strDescribe) + tagged("BeGray", QString::number(nPicType)) +
                      tagged("PicType", QString::number(m_nOutputPicType)) +
