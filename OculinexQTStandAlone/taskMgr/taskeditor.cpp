@@ -45,9 +45,11 @@ int showBox(const TaskInfo &cTask, QMessageBox::Icon eIcon, const QString &strTe
         qCWarning(lcTask, "%s", qUtf8Printable(strText));
         return QMessageBox::NoButton;
     }
-    // On the heap: the box goes with the table when that is deleted meanwhile.
-    QPointer<QMessageBox> pcBox =
-        new QMessageBox(eIcon, QStringLiteral("Warning"), strText, eButtons, tableOf(cTask));
+    // Not of the table itself: a host that starts the task meanwhile disables that with all that is its
+    // own, and nobody could answer. On the heap: the box goes with its parent.
+    const QTableWidget *pcTable = tableOf(cTask);
+    QPointer<QMessageBox> pcBox = new QMessageBox(eIcon, QStringLiteral("Warning"), strText, eButtons,
+                                                  pcTable ? pcTable->parentWidget() : nullptr);
     pcBox->setDefaultButton(eDefault);
     const int nPressed = pcBox->exec();
     delete pcBox;
