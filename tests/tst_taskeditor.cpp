@@ -344,6 +344,40 @@ private slots:
                                           "Arithm is not finded, please delete this arithm."}));
     }
 
+    /// While its source is still started; one that the host starts in answer keeps its source.
+    void failureIsToldFirst()
+    {
+        Bench cBench;
+        TaskInfo &cTask = *cBench.m_pcTask;
+        cTask.getTaskItem()[0].m_strArithmID = "unknown";
+        cTask.m_pcDS->m_fnStop = [](int) { s_lstError.append("stopped"); };
+        cTask.showConfigWindow(2);
+        QCOMPARE(s_lstError.size(), 2);
+        QCOMPARE(s_lstError.last(), "stopped");
+
+        s_lstError.clear();
+        Boxes cBoxes;
+        cBoxes.m_fnMeanwhile = [] { s_lstError.append("box"); };
+        cBench.m_cTable.selectRow(2);
+        cTask.modifyOption();
+        cBoxes.m_fnMeanwhile = [] { s_lstError.append("box"); };
+        cTask.runHere(); // opens nothing: the source is not needed any more
+        QCOMPARE(s_lstError.join(' '), "box stopped stopped box");
+
+        s_lstError.clear();
+        cBoxes.m_fnMeanwhile = [&] {
+            for (TaskItem &cItem : cTask.getTaskItem()) {
+                cItem.m_strArithmID = "probe";
+                cItem.m_strOptionStr.clear();
+            }
+            cTask.startTask();
+        };
+        cTask.modifyOption();
+        QVERIFY(cTask.IsRunning() && s_lstError.isEmpty());
+        cTask.stopTask();
+        QCOMPARE(s_lstError, QStringList("stopped"));
+    }
+
     /// The controls are off; what was opened before, or is called all the same, leaves the task alone.
     void notWhileRunning()
     {

@@ -1,6 +1,7 @@
 #include "taskMgr/taskMgr.h"
 
 #include <algorithm>
+#include <functional>
 
 #include <QComboBox>
 #include <QMenu>
@@ -62,8 +63,9 @@ void warn(const TaskInfo &cTask, const QString &strText)
 }
 
 /// Fills the store with what the steps before the given one leave there, so that the dialog of that
-/// step finds it. Returns the message of a run that failed.
-QString prepareStore(TaskInfo &cTask, int nStep)
+/// step finds it. A run that fails is told before the source stops, as the run has left it.
+void prepareStore(TaskInfo &cTask, const TaskHold &cHold, int nStep,
+                  const std::function<void(const QString &)> &fnTell)
 {
     QString strMsg;
     bool bDone = true;
@@ -73,9 +75,11 @@ QString prepareStore(TaskInfo &cTask, int nStep)
         bDone = cTask.runOnce(strMsg, true, nStep == WHOLE_FLOW ? -1 : nStep - 1, EDITOR_TIMEOUT_MS);
     else if (cTask.m_pcDS)
         cTask.m_pcDS->execute();
-    if (cTask.m_pcDS)
+    if (!bDone && !strMsg.isEmpty())
+        fnTell(strMsg);
+    // A host may have started the task meanwhile, whose source it is then, or deleted it.
+    if (cHold.isIdle() && cTask.m_pcDS)
         cTask.m_pcDS->stop();
-    return bDone ? QString() : strMsg;
 }
 
 /// The config string that the user gives a step, after the store was filled for it; empty when
@@ -88,9 +92,7 @@ QString configFromWindow(TaskInfo &cTask, const TaskHold &cHold, const TaskItem 
         return QString();
     }
     cTask.m_pcAPM->clean();
-    const QString strMsg = prepareStore(cTask, nStep);
-    if (!strMsg.isEmpty())
-        warn(cTask, strMsg);
+    prepareStore(cTask, cHold, nStep, [&cTask](const QString &strMsg) { warn(cTask, strMsg); });
     return cHold.mayEdit() ? pcArithm->showConfigWindow(cItem.m_strOptionStr, cTask.m_pcAPM) : QString();
 }
 
@@ -338,9 +340,8 @@ QString TaskInfo::showConfigWindow(int nArithmPos)
         return QString();
     }
     const auto fnHaveErrorMessage = m_fnHaveErrorMessage;
-    const QString strMsg = prepareStore(*this, nArithmPos);
-    if (!strMsg.isEmpty())
-        callBack(fnHaveErrorMessage, strMsg);
+    prepareStore(*this, cHold, nArithmPos,
+                 [&](const QString &strMsg) { callBack(fnHaveErrorMessage, strMsg); });
     if (!cHold.mayEdit())
         return QString();
     const QString strConfig = pcArithm->showConfigWindow(cItem.m_strOptionStr, m_pcAPM);
@@ -384,7 +385,8 @@ void TaskInfo::runHere()
         warn(*this, QStringLiteral("No arithm is selected."));
         return;
     }
-    const QString strMsg = prepareStore(*this, nRow + 1);
+    QString strMsg;
+    prepareStore(*this, cHold, nRow + 1, [&strMsg](const QString &strFailure) { strMsg = strFailure; });
     if (!strMsg.isEmpty())
         warn(*this, strMsg);
 }

@@ -13,9 +13,14 @@ TaskHold::~TaskHold()
         delete m_pcTask.data();
 }
 
+bool TaskHold::isIdle() const
+{
+    return m_pcTask && !m_pcRecord->isBusy();
+}
+
 bool TaskHold::mayEdit() const
 {
-    return m_pcTask && !m_pcRecord->isToGo() && !m_pcRecord->isBusy();
+    return isIdle() && !m_pcRecord->isToGo();
 }
 
 void TaskHold::destroy(TaskInfo *pcTask)

@@ -22,6 +22,8 @@ public:
     TaskHold(const TaskHold &) = delete;
     TaskHold &operator=(const TaskHold &) = delete;
 
+    /// False when steps of the task run, or it is gone.
+    bool isIdle() const;
     /// False when steps of the task run, or it is gone or about to go: then it is left alone, and what
     /// a dialog says is dropped.
     bool mayEdit() const;
