@@ -182,7 +182,7 @@ private slots:
         // clang-format off
         addRows(
             "config            text                                                                 shown                        made\n"
-            "no type           <DataID>3</DataID><Config><Scale>2</Scale></Config>                  0|-1|tblRGB3|描述tblRGB        0 <Scale>2</Scale><Pos>0</Pos>\n"
+            "no type           <DataID>3</DataID><Config><Scale>2</Scale></Config>                  0|0|tblRGB3|描述tblRGB         0 <Scale>2</Scale><Pos>0</Pos>\n"
             "unknown type      <DataType>9</DataType><DataID>3</DataID><Config>x</Config>           0|-1||                       -\n"
             "negative type     <DataType>-7</DataType><DataID>3</DataID>                            0|-1||                       -\n"
             "unknown ID        <DataType>1</DataType><DataID>44</DataID>                            1|1||                        -\n"

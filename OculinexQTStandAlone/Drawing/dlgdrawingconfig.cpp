@@ -259,6 +259,7 @@ void DlgDrawingConfig::showSelected(const Tab &cTab)
 {
     ui->edtName->setText(cTab.m_pcTable->item(m_nCurrentRow, 0)->text());
     ui->edtDescribe->setText(cTab.m_pcTable->item(m_nCurrentRow, 1)->text());
+    ui->cbDataType->setCurrentIndex(m_nCurrentTable);
 }
 
 void DlgDrawingConfig::on_btnSelectElement_clicked()
@@ -278,7 +279,6 @@ void DlgDrawingConfig::on_btnSelectElement_clicked()
     m_strConfigStr = strSettings;
     m_nCurrentTable = nType;
     showSelected(cTab);
-    ui->cbDataType->setCurrentIndex(nType);
 }
 
 void DlgDrawingConfig::on_btnOK_clicked()
