@@ -57,7 +57,7 @@ begin "who includes whom"
 # From the left to the right: a file includes only what stands in its own or a later layer.
 report "$(includes | awk '
     function layer(path) {
-        if (path ~ /^(hosts|tests|examples|bench|fuzz|plugins)\//) return 0
+        if (path ~ /^(hosts|tests|examples|bench|fuzz|soak|plugins)\//) return 0
         if (path ~ /^OculinexQTStandAlone\/OculinexQTStandAlone\.(h|cpp)$/) return 1
         if (path ~ /^OculinexQTStandAlone\/OculinexQTStandAloneInQt\./) return 2
         if (path ~ /^OculinexQTStandAlone\/taskMgr\/taskstatus\.h$/) return 9
