@@ -98,7 +98,7 @@ std::string readable(double dValue, const std::string &strUnit)
     return number("%.4g", dValue * dScale) + szUnit;
 }
 
-const char *ROW = "%-56s %12s  %-40s %12s  %-20s %5s  %s\n";
+const char *ROW = "%-62s %12s  %-40s %12s  %-20s %5s  %s\n";
 
 void print(const QJsonObject &cRow)
 {
@@ -129,7 +129,7 @@ void Bench::Table::add(const std::string &strWhat, const std::function<Case()> &
     if (!std::regex_search(strWhat, m_cFilter))
         return;
     if (m_lstRow.isEmpty())
-        printf(ROW, "what", "ours", "peer or limit", "", "ratio", "goal", "");
+        printf(ROW, "what", "ours", "peer or limit", "", "ratio", "goal", "verdict");
     const Case cCase = fnMake();
     const auto mapValues = measure(cCase);
     QJsonObject cRow{{"what", QString::fromStdString(strWhat)},
@@ -158,7 +158,7 @@ void Bench::printComparison(const QJsonArray &lstOld, const QJsonArray &lstNew)
     std::map<QString, QJsonObject> mapOld;
     for (const auto &cRow : lstOld)
         mapOld[cRow.toObject()["what"].toString()] = cRow.toObject();
-    printf("\n%-56s %8s %8s %8s\n", "ratio to the peer", "then", "now", "now/then");
+    printf("\n%-62s %8s %8s %8s\n", "ratio to the peer", "then", "now", "now/then");
     for (const auto &cValue : lstNew) {
         const QJsonObject cNew = cValue.toObject();
         const QJsonObject cOld = mapOld[cNew["what"].toString()];
@@ -170,7 +170,7 @@ void Bench::printComparison(const QJsonArray &lstOld, const QJsonArray &lstNew)
         const char *szVerdict = cNew["low"].toDouble() > cOld["high"].toDouble()   ? "slower"
                                 : cNew["high"].toDouble() < cOld["low"].toDouble() ? "faster"
                                                                                    : "same";
-        printf("%-56s %8.3f %8.3f %8.3f  %s\n", qPrintable(cNew["what"].toString()), dThen, dNow,
+        printf("%-62s %8.3f %8.3f %8.3f  %s\n", qPrintable(cNew["what"].toString()), dThen, dNow,
                dNow / dThen, szVerdict);
     }
 }
