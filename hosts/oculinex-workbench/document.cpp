@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <memory>
+#include <numeric>
 
+#include <QCryptographicHash>
 #include <QFile>
 #include <QFileInfo>
 #include <QJsonArray>
@@ -27,26 +29,30 @@ QString withName(const QString &strTaskText, const QString &strName)
     GlobalFunction::getAndRemoveBody(strText, NAME_BEGIN, NAME_END);
     return NAME_BEGIN + strName + NAME_END + strText;
 }
+
+QByteArray sum(const QByteArray &achText)
+{
+    return QCryptographicHash::hash(achText, QCryptographicHash::Sha1);
+}
 } // namespace
 
-/// One edit: all tasks before and after it. The texts are shared, so that only what differs costs.
+/// One edit: all before and after it. The texts are shared, so that only what differs costs.
 class EditCommand : public QUndoCommand
 {
 public:
-    EditCommand(Document &cDocument, QList<TaskState> lstBefore, QList<TaskState> lstAfter,
-                const QString &strWhat)
+    EditCommand(Document &cDocument, DocumentState cBefore, DocumentState cAfter, const QString &strWhat)
         : QUndoCommand(strWhat),
           m_cDocument(cDocument),
-          m_lstBefore(std::move(lstBefore)),
-          m_lstAfter(std::move(lstAfter))
+          m_cBefore(std::move(cBefore)),
+          m_cAfter(std::move(cAfter))
     {
     }
-    void undo() override { m_cDocument.apply(m_lstBefore); }
-    void redo() override { m_cDocument.apply(m_lstAfter); }
+    void undo() override { m_cDocument.apply(m_cBefore); }
+    void redo() override { m_cDocument.apply(m_cAfter); }
 
     Document &m_cDocument;
-    const QList<TaskState> m_lstBefore;
-    const QList<TaskState> m_lstAfter;
+    const DocumentState m_cBefore;
+    const DocumentState m_cAfter;
 };
 
 Document::Document(const Control &cControl) : m_cControl(cControl)
@@ -96,10 +102,10 @@ bool Document::mayRearrange(int nTask) const
 
 void Document::readStates()
 {
-    m_lstState.clear();
+    m_cState.m_lstTask.clear();
     for (int nTask = 0; nTask < TaskMgr::getInstance()->getTaskNum(); ++nTask) {
         const QString strText = task(nTask)->toString();
-        m_lstState.append({strText, QVector<QJsonObject>(stepCount(strText))});
+        m_cState.m_lstTask.append({strText, QVector<QJsonObject>(stepCount(strText))});
     }
 }
 
@@ -107,21 +113,31 @@ void Document::makeNew()
 {
     TaskMgr::getInstance()->clear();
     m_strPath.clear();
-    m_lstState.clear();
-    m_lstSaved.clear();
+    m_cState = m_cSaved = {};
     m_cPanes = {};
-    m_cOperator = m_cSavedOperator = {};
     m_cUndo.clear();
     emit tasksChanged();
     emit stateChanged();
 }
 
+bool Document::wasChangedByOthers() const
+{
+    QFile cFile(m_strPath);
+    return cFile.open(QFile::ReadOnly) && sum(cFile.readAll()) != m_achSum;
+}
+
 QString Document::open(const QString &strPath, QString &strWarning)
 {
+    if (QFileInfo::exists(strPath) && !QFileInfo(strPath).isFile())
+        return tr("this is no file");
     QFile cFile(strPath);
     if (!cFile.open(QFile::ReadOnly)) // the library doesn't tell the reason
         return cFile.errorString();
+    const QByteArray achText = cFile.readAll();
     cFile.close();
+    // Saving it would destroy what it is.
+    if (!achText.trimmed().isEmpty() && !achText.toLower().contains("<=taskinfo=>"))
+        return tr("it holds no task");
     QByteArray achPath = strPath.toLocal8Bit();
     if (QString::fromLocal8Bit(achPath) != strPath)
         return tr("the path has characters that the locale lacks");
@@ -130,15 +146,16 @@ QString Document::open(const QString &strPath, QString &strWarning)
         return strError;
 
     m_strPath = QFileInfo(strPath).absoluteFilePath();
+    m_achSum = sum(achText);
     readStates();
     SideFile cSide;
     strWarning = cSide.read(m_strPath);
     for (int nTask = 0; nTask < std::min(taskCount(), cSide.m_lstTask.size()); ++nTask)
-        if (cSide.m_lstTask[nTask].size() == m_lstState[nTask].m_lstStepSide.size())
-            m_lstState[nTask].m_lstStepSide = cSide.m_lstTask[nTask];
+        if (cSide.m_lstTask[nTask].size() == m_cState.m_lstTask[nTask].m_lstStepSide.size())
+            m_cState.m_lstTask[nTask].m_lstStepSide = cSide.m_lstTask[nTask];
     m_cPanes = cSide.m_cPanes;
-    m_cOperator = m_cSavedOperator = m_cPanes.take(KEY_OPERATOR).toObject();
-    m_lstSaved = m_lstState;
+    m_cState.m_cOperator = m_cPanes.take(KEY_OPERATOR).toObject();
+    m_cSaved = m_cState;
     m_cUndo.clear();
     emit tasksChanged();
     emit stateChanged();
@@ -171,46 +188,48 @@ QString Document::save(const QString &strPath)
     if (cFile.readAll() != achExpected)
         return tr("what stands in the file is not what was written");
     syncToDisk(strPath);
+    m_achSum = sum(achExpected);
 
     SideFile cSide;
-    for (const TaskState &cState : qAsConst(m_lstState))
+    for (const TaskState &cState : qAsConst(m_cState.m_lstTask))
         cSide.m_lstTask.append(cState.m_lstStepSide);
     cSide.m_cPanes = m_cPanes;
-    if (!m_cOperator.isEmpty())
-        cSide.m_cPanes[KEY_OPERATOR] = m_cOperator;
+    if (!m_cState.m_cOperator.isEmpty())
+        cSide.m_cPanes[KEY_OPERATOR] = m_cState.m_cOperator;
     strError = cSide.write(strPath);
     m_strPath = QFileInfo(strPath).absoluteFilePath();
-    m_lstSaved = m_lstState;
-    m_cSavedOperator = m_cOperator;
+    m_cSaved = m_cState;
     emit stateChanged();
     return strError;
 }
 
-bool Document::mayApply(const QList<TaskState> &lstTarget) const
+bool Document::mayApply(const DocumentState &cTarget) const
 {
+    const QList<TaskState> &lstTarget = cTarget.m_lstTask;
     for (int nTask = 0; nTask < taskCount(); ++nTask) {
         const bool bStays =
-            nTask < lstTarget.size() && lstTarget[nTask].m_strText == m_lstState[nTask].m_strText;
+            nTask < lstTarget.size() && lstTarget[nTask].m_strText == m_cState.m_lstTask[nTask].m_strText;
         if (!bStays && !isIdle(nTask))
             return false;
     }
     return true;
 }
 
-void Document::apply(const QList<TaskState> &lstTarget)
+void Document::apply(const DocumentState &cTarget)
 {
+    const QList<TaskState> &lstTarget = cTarget.m_lstTask;
     TaskMgr *pcManager = TaskMgr::getInstance();
     // Each task that a text of the target still fits is kept, at its place if possible.
     QVector<TaskInfo *> lstTask(lstTarget.size());
     QVector<TaskInfo *> lstLeft(taskCount());
     for (int nTask = 0; nTask < taskCount(); ++nTask) {
         const bool bStays =
-            nTask < lstTarget.size() && lstTarget[nTask].m_strText == m_lstState[nTask].m_strText;
+            nTask < lstTarget.size() && lstTarget[nTask].m_strText == m_cState.m_lstTask[nTask].m_strText;
         (bStays ? lstTask : lstLeft)[nTask] = task(nTask);
     }
     for (int nTask = 0; nTask < lstTarget.size(); ++nTask)
         for (int nOld = 0; nOld < lstLeft.size() && !lstTask[nTask]; ++nOld)
-            if (lstLeft[nOld] && m_lstState[nOld].m_strText == lstTarget[nTask].m_strText)
+            if (lstLeft[nOld] && m_cState.m_lstTask[nOld].m_strText == lstTarget[nTask].m_strText)
                 std::swap(lstTask[nTask], lstLeft[nOld]);
 
     // What goes goes first: a new task may need the same camera. The manager deletes what stands at a
@@ -231,26 +250,26 @@ void Document::apply(const QList<TaskState> &lstTarget)
         pcManager->addTask(nullptr, nOld);
         pcManager->removeTask(nOld);
     }
-    m_lstState = lstTarget;
+    m_cState = cTarget;
     emit tasksChanged();
     emit stateChanged();
 }
 
-void Document::edit(const QList<TaskState> &lstTarget, const QString &strWhat)
+void Document::edit(const DocumentState &cTarget, const QString &strWhat)
 {
-    if (mayApply(lstTarget))
-        m_cUndo.push(new EditCommand(*this, m_lstState, lstTarget, strWhat));
+    if (mayApply(cTarget))
+        m_cUndo.push(new EditCommand(*this, m_cState, cTarget, strWhat));
     else
         emit refused(tr("Stop the tasks that this changes first."));
 }
 
 void Document::note(int nTask, const TaskState &cState, const QString &strWhat)
 {
-    const QList<TaskState> lstBefore = m_lstState;
-    m_lstState[nTask] = cState;
+    const DocumentState cBefore = m_cState;
+    m_cState.m_lstTask[nTask] = cState;
     // Pushing it applies it, which finds every task as it should be.
     const QSignalBlocker cBlocker(this);
-    m_cUndo.push(new EditCommand(*this, lstBefore, m_lstState, strWhat));
+    m_cUndo.push(new EditCommand(*this, cBefore, m_cState, strWhat));
 }
 
 void Document::noticeEdit(int nTask, const QString &strWhat)
@@ -259,45 +278,57 @@ void Document::noticeEdit(int nTask, const QString &strWhat)
     if (!pcTask || nTask >= taskCount())
         return;
     const QString strText = pcTask->toString();
-    if (strText == m_lstState[nTask].m_strText)
+    if (strText == m_cState.m_lstTask[nTask].m_strText)
         return;
-    note(nTask, {strText, carryStepSide(m_lstState[nTask], strText)},
+    note(nTask, {strText, carryStepSide(m_cState.m_lstTask[nTask], strText)},
          strWhat.isEmpty() ? tr("edit of %1").arg(pcTask->getName()) : strWhat);
     emit stateChanged();
 }
 
 int Document::addTask(const QString &strName)
 {
-    QList<TaskState> lstTarget = m_lstState;
-    lstTarget.append({TaskInfo(strName, nullptr).toString(), {}});
-    edit(lstTarget, tr("add task"));
+    DocumentState cTarget = m_cState;
+    cTarget.m_lstTask.append({TaskInfo(strName, nullptr).toString(), {}});
+    edit(cTarget, tr("add task"));
     return taskCount() - 1;
 }
 
 int Document::duplicateTask(int nTask)
 {
-    QList<TaskState> lstTarget = m_lstState;
-    TaskState cCopy = m_lstState[nTask];
+    DocumentState cTarget = m_cState;
+    TaskState cCopy = m_cState.m_lstTask[nTask];
     cCopy.m_strText = withName(cCopy.m_strText, tr("%1 (copy)").arg(task(nTask)->getName()));
-    lstTarget.append(cCopy);
-    edit(lstTarget, tr("duplicate task"));
+    cTarget.m_lstTask.append(cCopy);
+    edit(cTarget, tr("duplicate task"));
     return taskCount() - 1;
+}
+
+template <typename Change>
+void Document::rearrange(const Change &fnChange, const QString &strWhat)
+{
+    DocumentState cTarget = m_cState;
+    fnChange(cTarget.m_lstTask);
+    if (!cTarget.m_cOperator.isEmpty()) { // the task that is counted stays so
+        QVector<int> lstFormer(taskCount());
+        std::iota(lstFormer.begin(), lstFormer.end(), 0);
+        fnChange(lstFormer);
+        OperatorSetup cSetup = OperatorSetup::fromJson(cTarget.m_cOperator);
+        cSetup.m_nTask = std::max(0, lstFormer.indexOf(cSetup.m_nTask));
+        cTarget.m_cOperator = cSetup.toJson();
+    }
+    edit(cTarget, strWhat);
 }
 
 void Document::removeTask(int nTask)
 {
-    QList<TaskState> lstTarget = m_lstState;
-    lstTarget.removeAt(nTask);
-    edit(lstTarget, tr("remove task"));
+    rearrange([nTask](auto &lstTask) { lstTask.removeAt(nTask); }, tr("remove task"));
 }
 
 void Document::moveTask(int nFrom, int nTo)
 {
     if (std::min(nFrom, nTo) < 0 || std::max(nFrom, nTo) >= taskCount())
         return;
-    QList<TaskState> lstTarget = m_lstState;
-    lstTarget.move(nFrom, nTo);
-    edit(lstTarget, tr("move task"));
+    rearrange([nFrom, nTo](auto &lstTask) { lstTask.move(nFrom, nTo); }, tr("move task"));
 }
 
 bool Document::renameTask(int nTask, const QString &strName)
@@ -321,11 +352,11 @@ void Document::moveStep(int nTask, int nFrom, int nTo)
     if (!isIdle(nTask))
         return;
     noticeEdit(nTask);
-    const int nSteps = m_lstState[nTask].m_lstStepSide.size();
+    const int nSteps = m_cState.m_lstTask[nTask].m_lstStepSide.size();
     if (std::min(nFrom, nTo) < 0 || std::max(nFrom, nTo) >= nSteps)
         return;
     task(nTask)->getTaskItem().move(nFrom, nTo);
-    TaskState cState{task(nTask)->toString(), m_lstState[nTask].m_lstStepSide};
+    TaskState cState{task(nTask)->toString(), m_cState.m_lstTask[nTask].m_lstStepSide};
     cState.m_lstStepSide.move(nFrom, nTo);
     note(nTask, cState, tr("move step"));
     emit flowChanged(nTask);
@@ -337,10 +368,10 @@ void Document::switchStep(int nTask, int nStep, bool bOn)
     if (!isIdle(nTask))
         return;
     noticeEdit(nTask);
-    if (nStep < 0 || nStep >= m_lstState[nTask].m_lstStepSide.size())
+    if (nStep < 0 || nStep >= m_cState.m_lstTask[nTask].m_lstStepSide.size())
         return;
     int &nLimit = task(nTask)->getTaskItem()[nStep].m_nMaxExeTimes;
-    TaskState cState = m_lstState[nTask];
+    TaskState cState = m_cState.m_lstTask[nTask];
     QJsonObject &cSide = cState.m_lstStepSide[nStep];
     if (bOn == (nLimit != 0))
         return;
@@ -359,7 +390,7 @@ void Document::undo()
     if (!m_cUndo.canUndo())
         return;
     const auto *pcEdit = static_cast<const EditCommand *>(m_cUndo.command(m_cUndo.index() - 1));
-    if (mayApply(pcEdit->m_lstBefore))
+    if (mayApply(pcEdit->m_cBefore))
         m_cUndo.undo();
     else
         emit refused(tr("Stop the tasks that this changes first."));
@@ -370,7 +401,7 @@ void Document::redo()
     if (!m_cUndo.canRedo())
         return;
     const auto *pcEdit = static_cast<const EditCommand *>(m_cUndo.command(m_cUndo.index()));
-    if (mayApply(pcEdit->m_lstAfter))
+    if (mayApply(pcEdit->m_cAfter))
         m_cUndo.redo();
     else
         emit refused(tr("Stop the tasks that this changes first."));
@@ -378,11 +409,12 @@ void Document::redo()
 
 OperatorSetup Document::operatorSetup() const
 {
-    OperatorSetup cSetup = OperatorSetup::fromJson(m_cOperator);
+    OperatorSetup cSetup = OperatorSetup::fromJson(m_cState.m_cOperator);
     for (int nTask = 0; nTask < taskCount(); ++nTask)
-        for (int nStep = 0; nStep < m_lstState[nTask].m_lstStepSide.size(); ++nStep) {
+        for (int nStep = 0; nStep < m_cState.m_lstTask[nTask].m_lstStepSide.size(); ++nStep) {
             QList<OperatorPick> lstPick;
-            for (const QJsonValue cPick : m_lstState[nTask].m_lstStepSide[nStep][KEY_OPERATOR].toArray())
+            for (const QJsonValue cPick :
+                 m_cState.m_lstTask[nTask].m_lstStepSide[nStep][KEY_OPERATOR].toArray())
                 lstPick.append(OperatorPick::fromJson(cPick.toObject()));
             if (!lstPick.isEmpty())
                 cSetup.m_lstStep.append({nTask, nStep, lstPick});
@@ -392,19 +424,18 @@ OperatorSetup Document::operatorSetup() const
 
 void Document::setOperatorSetup(const OperatorSetup &cSetup)
 {
-    QList<TaskState> lstState = m_lstState;
-    for (TaskState &cState : lstState)
+    DocumentState cTarget = m_cState;
+    for (TaskState &cState : cTarget.m_lstTask)
         for (QJsonObject &cSide : cState.m_lstStepSide)
             cSide.remove(KEY_OPERATOR);
     for (const OperatorSetup::Step &cStep : cSetup.m_lstStep) {
         QJsonArray cPicks;
         for (const OperatorPick &cPick : cStep.m_lstPick)
             cPicks.append(cPick.toJson());
-        lstState[cStep.m_nTask].m_lstStepSide[cStep.m_nStep][KEY_OPERATOR] = cPicks;
+        cTarget.m_lstTask[cStep.m_nTask].m_lstStepSide[cStep.m_nStep][KEY_OPERATOR] = cPicks;
     }
-    if (OperatorSetup::fromJson(m_cOperator).toJson() != cSetup.toJson())
-        m_cOperator = cSetup.toJson();
-    if (lstState != m_lstState)
-        edit(lstState, tr("choose what the operator sees"));
-    emit stateChanged();
+    if (OperatorSetup::fromJson(m_cState.m_cOperator).toJson() != cSetup.toJson())
+        cTarget.m_cOperator = cSetup.toJson();
+    if (!(cTarget == m_cState))
+        edit(cTarget, tr("choose what the operator sees"));
 }

@@ -12,6 +12,17 @@
 class Control;
 class TaskInfo;
 
+/// What edits change, and what the file and the one beside it keep of it.
+struct DocumentState {
+    QList<TaskState> m_lstTask;
+    QJsonObject m_cOperator; ///< what the operator sees, without the picks, which are the steps'
+
+    bool operator==(const DocumentState &cOther) const
+    {
+        return m_lstTask == cOther.m_lstTask && m_cOperator == cOther.m_cOperator;
+    }
+};
+
 /// The tasks file that the workbench edits. The tasks themselves are those of the library's manager, at
 /// positions from 0 on without gaps; the document keeps what they were when last looked at, which makes
 /// each edit, whoever made it, a step that can be undone.
@@ -30,7 +41,7 @@ public:
 
     const QString &path() const { return m_strPath; } ///< empty for a new document
     QString name() const;                             ///< for people
-    bool isModified() const { return m_lstState != m_lstSaved || m_cOperator != m_cSavedOperator; }
+    bool isModified() const { return !(m_cState == m_cSaved); }
     const QUndoStack &undoStack() const { return m_cUndo; }
 
     /// These three need all tasks idle. They return the reason of a failure, empty when there was none.
@@ -40,8 +51,10 @@ public:
     /// What the file holds that loading keeps silent, a line each.
     QStringList findings() const;
     QString save(const QString &strPath);
+    /// Whether the file isn't what was last read from it or written to it.
+    bool wasChangedByOthers() const;
 
-    int taskCount() const { return m_lstState.size(); }
+    int taskCount() const { return m_cState.m_lstTask.size(); }
     static TaskInfo *task(int nTask); ///< null for a position without a task
     QStringList taskNames() const;
     bool isIdle(int nTask) const;
@@ -85,19 +98,21 @@ private:
     friend class EditCommand;
 
     void readStates();
-    bool mayApply(const QList<TaskState> &lstTarget) const;
-    void apply(const QList<TaskState> &lstTarget);
-    void edit(const QList<TaskState> &lstTarget, const QString &strWhat);
+    bool mayApply(const DocumentState &cTarget) const;
+    void apply(const DocumentState &cTarget);
+    void edit(const DocumentState &cTarget, const QString &strWhat);
+    /// An edit that fnChange makes in a list with an entry a task.
+    template <typename Change>
+    void rearrange(const Change &fnChange, const QString &strWhat);
     /// Keeps as done what the tasks themselves already are.
     void note(int nTask, const TaskState &cState, const QString &strWhat);
 
     const Control &m_cControl;
     QString m_strPath;
-    QList<TaskState> m_lstState; ///< the tasks as last looked at
-    QList<TaskState> m_lstSaved;
+    QByteArray m_achSum;    ///< of what was last read from the file or written to it
+    DocumentState m_cState; ///< the tasks as last looked at
+    DocumentState m_cSaved;
     QJsonObject m_cPanes;
-    QJsonObject m_cOperator; ///< what the operator sees, without the picks
-    QJsonObject m_cSavedOperator;
     QUndoStack m_cUndo;
 };
 

@@ -230,7 +230,7 @@ void MainWindow::makeDocks()
     resizeDocks({pcTasks, apcView[0]}, {335, 400}, Qt::Horizontal);
     resizeDocks({pcLog, pcStore}, {420, 600}, Qt::Horizontal);
     resizeDocks({apcView[0], apcView[1], pcLog}, {320, 320, 270}, Qt::Vertical);
-    m_pcOperator = new OperatorMode(m_cDocument, m_lstView, *pcLogPane, this);
+    m_pcOperator = new OperatorMode(m_cDocument, m_cControl, m_lstView, *pcLogPane, this);
     connect(m_pcOperator, &OperatorMode::startRequested, this, &MainWindow::startAll);
     connect(m_pcOperator, &OperatorMode::stopRequested, this, &MainWindow::stopAll);
     connect(m_pcFlow, &FlowPane::ranHere, this, [this, pcStore](TaskInfo *pcTask) {
@@ -372,6 +372,16 @@ bool MainWindow::saveAs()
 
 bool MainWindow::saveTo(const QString &strPath)
 {
+    if (strPath == m_cDocument.path() && m_cDocument.wasChangedByOthers()) {
+        QMessageBox cBox(
+            QMessageBox::Warning, tr("Save"),
+            tr("%1 was changed by another program since it was read or saved here.").arg(strPath),
+            QMessageBox::Cancel, this);
+        const QPushButton *pcOverwrite = cBox.addButton(tr("&Overwrite"), QMessageBox::DestructiveRole);
+        cBox.exec();
+        if (cBox.clickedButton() != pcOverwrite)
+            return false;
+    }
     const QString strError = m_cDocument.save(strPath);
     if (!strError.isEmpty()) {
         QMessageBox::warning(this, tr("Save"), QStringLiteral("%1: %2").arg(strPath, strError));
@@ -386,7 +396,8 @@ void MainWindow::fillRecent()
 {
     m_pcRecent->clear();
     for (const QString &strPath : QSettings().value(KEY_RECENT).toStringList())
-        m_pcRecent->addAction(strPath, this, [this, strPath] { openFile(strPath); });
+        m_pcRecent->addAction(QString(strPath).replace('&', QLatin1String("&&")), this,
+                              [this, strPath] { openFile(strPath); });
     if (m_pcRecent->isEmpty())
         m_pcRecent->addAction(tr("None yet"))->setEnabled(false);
 }

@@ -2,15 +2,21 @@
 
 #include <QAction>
 
+#include "control.h"
 #include "dlgoperator.h"
 #include "document.h"
 #include "logpane.h"
 #include "operatorwindow.h"
 #include "viewpane.h"
 
-OperatorMode::OperatorMode(Document &cDocument, const QList<ViewPane *> &lstView, LogPane &cLog,
-                           QWidget *pcMain)
-    : QObject(pcMain), m_cDocument(cDocument), m_lstView(lstView), m_cLog(cLog), m_pcMain(pcMain)
+OperatorMode::OperatorMode(Document &cDocument, const Control &cControl, const QList<ViewPane *> &lstView,
+                           LogPane &cLog, QWidget *pcMain)
+    : QObject(pcMain),
+      m_cDocument(cDocument),
+      m_cControl(cControl),
+      m_lstView(lstView),
+      m_cLog(cLog),
+      m_pcMain(pcMain)
 {
     const auto fnAction = [&](const QString &strText, const QKeySequence &cKeys, const QString &strTip,
                               const auto &fnDo) {
@@ -40,6 +46,9 @@ OperatorWindow *OperatorMode::open(Leaving eLeaving)
     m_pcWindow = new OperatorWindow(cSetup);
     m_pcWindow->setAttribute(Qt::WA_QuitOnClose, false); // the main window ends the program
     connect(&m_cLog, &LogPane::printed, m_pcWindow, &OperatorWindow::printed);
+    const auto fnTellBusy = [this] { m_pcWindow->setBusy(!m_cControl.isIdle()); };
+    connect(&m_cControl, &Control::changed, m_pcWindow, fnTellBusy);
+    fnTellBusy();
     connect(m_pcWindow, &OperatorWindow::startRequested, this, &OperatorMode::startRequested);
     connect(m_pcWindow, &OperatorWindow::stopRequested, this, &OperatorMode::stopRequested);
     connect(m_pcWindow, &OperatorWindow::edited, this,

@@ -4,6 +4,7 @@
 #include <QObject>
 #include <QPointer>
 
+class Control;
 class Document;
 class LogPane;
 class OperatorWindow;
@@ -18,7 +19,8 @@ class OperatorMode : public QObject
 
 public:
     /// pcMain owns all, and is hidden while the operator's window is open.
-    OperatorMode(Document &cDocument, const QList<ViewPane *> &lstView, LogPane &cLog, QWidget *pcMain);
+    OperatorMode(Document &cDocument, const Control &cControl, const QList<ViewPane *> &lstView,
+                 LogPane &cLog, QWidget *pcMain);
     ~OperatorMode() override;
 
     const QList<QAction *> &actions() const { return m_lstAction; }
@@ -33,6 +35,7 @@ private:
     void configure();
 
     Document &m_cDocument;
+    const Control &m_cControl;
     const QList<ViewPane *> m_lstView;
     LogPane &m_cLog;
     QWidget *m_pcMain;

@@ -150,6 +150,12 @@ void OperatorWindow::printed(const QString &strText)
     judge(bBad ? Verdict::Bad : Verdict::Good, strText);
 }
 
+void OperatorWindow::setBusy(bool bBusy)
+{
+    m_bBusy = bBusy;
+    look();
+}
+
 void OperatorWindow::look()
 {
     TaskStatus cStatus;
@@ -176,13 +182,13 @@ void OperatorWindow::look()
     m_pcBad->setText(QString::number(m_nBad + nEnds));
     m_pcPictures->setText(QString::number(cStatus.m_nPictures));
     m_pcFailures->setText(QString::number(cStatus.m_nFailures));
-    m_pcStart->setEnabled(!bRuns);
+    m_pcStart->setEnabled(!bRuns && !m_bBusy);
     m_pcStop->setEnabled(bRuns);
 
     for (const Field &cField : m_lstField) {
         TaskInfo *const pcTask = TaskMgr::getInstance()->getTask(cField.m_nTask);
         const bool bThere = pcTask && cField.m_nStep < pcTask->getTaskItem().size();
-        cField.m_pcBox->setEnabled(bThere && !bRuns);
+        cField.m_pcBox->setEnabled(bThere && !bRuns && !m_bBusy);
         if (!bThere || cField.m_pcBox->hasFocus())
             continue;
         const QSignalBlocker cBlocker(cField.m_pcBox);
@@ -210,7 +216,7 @@ void OperatorWindow::judge(Verdict eVerdict, const QString &strWhy)
 void OperatorWindow::applyField(const Field &cField, double dValue)
 {
     TaskInfo *const pcTask = TaskMgr::getInstance()->getTask(cField.m_nTask);
-    if (!pcTask || pcTask->IsRunning() || cField.m_nStep >= pcTask->getTaskItem().size())
+    if (!pcTask || m_bBusy || pcTask->IsRunning() || cField.m_nStep >= pcTask->getTaskItem().size())
         return;
     cField.m_cPick.setValue(pcTask->getTaskItem()[cField.m_nStep].m_strOptionStr, dValue);
     emit edited(cField.m_nTask, tr("Set %1").arg(cField.m_cPick.m_strName));

@@ -32,6 +32,7 @@ public:
 
 public slots:
     void printed(const QString &strText); ///< a step has printed that
+    void setBusy(bool bBusy);             ///< while tasks are being started or stopped nothing is changed
 
 signals:
     void startRequested();
@@ -63,6 +64,7 @@ private:
     qint64 m_nRuns = 0;
     qint64 m_nGood = 0; ///< by printed texts
     qint64 m_nBad = 0;
+    bool m_bBusy = false;
     bool m_bEnded = false; ///< the task ended by itself, and that was counted
     QList<Field> m_lstField;
     Plugin::PictureView *m_pcPicture;

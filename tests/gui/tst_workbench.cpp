@@ -9,9 +9,12 @@
 
 #include <QComboBox>
 #include <QDialogButtonBox>
+#include <QDockWidget>
 #include <QDoubleSpinBox>
+#include <QDropEvent>
 #include <QLabel>
 #include <QMessageBox>
+#include <QMimeData>
 #include <QPushButton>
 #include <QScrollBar>
 #include <QSettings>
@@ -60,16 +63,16 @@ private slots:
                 QTest::mouseClick(cBench.page()->findChild<QPushButton *>("source"), Qt::LeftButton);
                 QVERIFY(cUser.isContent());
             }
-            for (const char *szAlgorithm : {"灰度化", "二值化"}) {
+            for (const char *szAlgorithm : {"灰度化", "平滑", "二值化"}) {
                 DialogUser cUser({DialogUser::press("btnOK")});
                 cBench.chooseAlgorithm(szAlgorithm);
                 QVERIFY(cUser.isContent());
             }
-            QCOMPARE(cBench.stepNames(), "灰度化 二值化");
-            cBench.steps()->selectRow(0);
+            QCOMPARE(cBench.stepNames(), "灰度化 平滑 二值化");
+            cBench.steps()->selectRow(1);
             QVERIFY(cBench.trigger("Run to here"));
-            QVERIFY(!cBench.steps()->item(0, 2)->text().isEmpty());
-            QVERIFY(cBench.steps()->item(1, 2)->text().isEmpty());
+            for (int nStep = 0; nStep < 3; ++nStep)
+                QCOMPARE(cBench.steps()->item(nStep, 2)->text().isEmpty(), nStep == 2);
             QVERIFY(cBench.isWindowModified());
             DialogUser cUser({chooseFile(strFile)});
             QVERIFY(cBench.trigger("Save"));
@@ -78,10 +81,10 @@ private slots:
             QVERIFY(cBench.close());
         }
         Bench cBench(strFile);
-        QCOMPARE(cBench.stepNames(), "灰度化 二值化");
+        QCOMPARE(cBench.stepNames(), "灰度化 平滑 二值化");
         QCOMPARE(QString::fromUtf8(contents(strFile)), allTasks());
         QVERIFY(!cBench.isWindowModified());
-        for (int nUndo = 0; nUndo < 5; ++nUndo)
+        for (int nUndo = 0; nUndo < 6; ++nUndo)
             QVERIFY(!cBench.trigger("Undo"));
     }
 
@@ -343,10 +346,99 @@ private slots:
         QVERIFY(contents(m_strFile).contains("unsaved"));
     }
 
+    /// A file comes in by the mouse, by the menu of recent ones, and by a second program.
+    void opensWhatIsDropped()
+    {
+        const QString strOther = m_cFolder.filePath("dropped & recent.tasks");
+        write(strOther, taskText("D", {"d"}).toUtf8());
+        Bench cBench(m_strFile);
+        const auto fnDrop = [&](const QString &strPath) {
+            QMimeData cData;
+            cData.setUrls({QUrl::fromLocalFile(strPath)});
+            QDragEnterEvent cEnter({9, 9}, Qt::CopyAction, &cData, Qt::LeftButton, {});
+            cEnter.ignore();
+            QApplication::sendEvent(&cBench, &cEnter);
+            QVERIFY(cEnter.isAccepted());
+            QDropEvent cDrop({9, 9}, Qt::CopyAction, &cData, Qt::LeftButton, {});
+            QApplication::sendEvent(&cBench, &cDrop);
+        };
+        fnDrop(strOther);
+        QTRY_COMPARE(cBench.names(), QStringList("D"));
+        cBench.trigger("Start all");
+        QTRY_COMPARE(cBench.tasks()->item(0, 1)->text(), "Running");
+        fnDrop(m_strFile); // stops what runs
+        QTRY_COMPARE(cBench.names().size(), 3);
+
+        auto *pcRecent = cBench.action("Open recent")->menu();
+        emit pcRecent->aboutToShow();
+        QVERIFY(pcRecent->actions().size() > 1);
+        QCOMPARE(pcRecent->actions()[1]->text(), QString(strOther).replace("&", "&&"));
+        pcRecent->actions()[1]->trigger();
+        QCOMPARE(cBench.names(), QStringList("D"));
+    }
+
+    /// What can't be opened is told, and what was open stays.
+    void refusesWhatIsNoFlow_data()
+    {
+        QTest::addColumn<QString>("strPath");
+        QTest::newRow("missing") << "/no/such/file.tasks";
+        QTest::newRow("a folder") << PICTURES;
+        QTest::newRow("a picture") << PICTURES + "/coins.png"; // saving would destroy it
+        QTest::newRow("without an end") << "/dev/zero";
+    }
+    void refusesWhatIsNoFlow()
+    {
+        QFETCH(QString, strPath);
+        Bench cBench(m_strFile);
+        QString strBox;
+        DialogUser cUser({DialogUser::read(strBox)});
+        cBench.openFile(strPath);
+        QVERIFY(cUser.isContent());
+        QVERIFY2(strBox.startsWith("Open: " + strPath), qPrintable(strBox));
+        QCOMPARE(cBench.names().join(' '), "A B C");
+        QCOMPARE(cBench.document().path(), m_strFile);
+    }
+
+    /// Two programs with the same file: the second to save is told, and loses nothing.
+    void asksBeforeOverwritingOthers()
+    {
+        Bench cBench(m_strFile);
+        cBench.steps()->item(0, 0)->setText("mine");
+        QVERIFY(cBench.trigger("Save") && !cBench.isWindowModified()); // it was nobody else
+        write(m_strFile, taskText("theirs", {}).toUtf8());
+        for (const char *szAnswer : {"Cancel", "Overwrite"}) {
+            cBench.steps()->item(0, 0)->setText(szAnswer);
+            DialogUser cUser({pressButton(szAnswer)});
+            cBench.trigger("Save");
+            QVERIFY(cUser.isContent());
+            QCOMPARE(cBench.isWindowModified(), szAnswer[0] == 'C');
+            QCOMPARE(contents(m_strFile).contains("theirs"), szAnswer[0] == 'C');
+        }
+    }
+
+    /// A window that was arranged looks so again.
+    void remembersItsLayout()
+    {
+        QSize cSize;
+        {
+            Bench cBench;
+            cBench.findChild<QDockWidget *>("logDock")->hide();
+            cBench.addDockWidget(Qt::LeftDockWidgetArea, cBench.findChild<QDockWidget *>("storeDock"));
+            cBench.resize(cBench.size() + QSize(51, 31));
+            cSize = cBench.size();
+            cBench.close();
+        }
+        Bench cBench;
+        QCOMPARE(cBench.size(), cSize);
+        QVERIFY(cBench.findChild<QDockWidget *>("logDock")->isHidden());
+        QCOMPARE(cBench.dockWidgetArea(cBench.findChild<QDockWidget *>("storeDock")), Qt::LeftDockWidgetArea);
+    }
+
     /// What the operator sees is saved beside the file, asked about, and its picks can be undone.
     void keepsWhatTheOperatorSees()
     {
         OperatorSetup cSetup;
+        cSetup.m_nTask = 2;
         cSetup.m_strGood = "fine";
         OperatorPick cPick;
         cPick.m_strTag = "Level";
@@ -357,11 +449,16 @@ private slots:
             QVERIFY(cBench.isWindowModified());
             QVERIFY(cBench.trigger("Undo"));
             QCOMPARE(cBench.document().operatorSetup().m_lstStep.size(), 0);
+            QCOMPARE(cBench.document().operatorSetup().m_strGood, "");
+            QVERIFY(!cBench.isWindowModified());
             QVERIFY(cBench.trigger("Redo"));
+            cBench.select(1);
+            QVERIFY(cBench.trigger("Remove task")); // the third is the second now
             QVERIFY(cBench.trigger("Save") && !cBench.isWindowModified());
         }
         Bench cBench(m_strFile);
         const OperatorSetup cRead = cBench.document().operatorSetup();
+        QCOMPARE(cRead.m_nTask, 1);
         QCOMPARE(cRead.m_strGood, "fine");
         QCOMPARE(cRead.m_lstStep.size(), 2);
         QCOMPARE(cRead.m_lstStep[1].m_nStep, 2);
@@ -396,6 +493,7 @@ private slots:
         QTest::keyClicks(pcLevel, "45");
         QTest::keyClick(pcLevel, Qt::Key_Return);
         QTest::mouseClick(pcWindow->findChild<QPushButton *>("btnStart"), Qt::LeftButton);
+        QVERIFY(!pcLevel->isEnabled()); // the task is being started
         QTRY_COMPARE(pcWindow->findChild<QLabel *>("lblVerdict")->text(), "OK");
         QTRY_COMPARE(pcWindow->findChild<QLabel *>("lblGood")->text(), "3");
 

@@ -6,6 +6,7 @@
 #include <QClipboard>
 #include <QComboBox>
 #include <QDoubleSpinBox>
+#include <QFileDialog>
 #include <QLabel>
 #include <QLineEdit>
 #include <QLoggingCategory>
@@ -13,12 +14,14 @@
 #include <QPushButton>
 #include <QSplitter>
 #include <QTableWidget>
+#include <QTemporaryDir>
 #include <QTest>
 #include <QToolButton>
 #include <QTreeView>
 #include <QTreeWidget>
 
 #include "OculinexQTStandAloneInQt.h"
+#include "dialoguser.h"
 #include "dlgoperator.h"
 #include "logmodel.h"
 #include "logpane.h"
@@ -142,6 +145,16 @@ void TstWorkbenchPanes::viewTellsPixels()
     QCOMPARE(QApplication::clipboard()->image().size(), QSize(640, 480));
     click(cPane, "btnWhole");
     QCOMPARE(cPane.zoom(), 0.0);
+
+    const QTemporaryDir cFolder;
+    DialogUser cUser({[&](QWidget &cTop) {
+        auto *const pcDialog = qobject_cast<QFileDialog *>(&cTop);
+        pcDialog->selectFile(cFolder.filePath("view")); // a picture, whatever the name lacks
+        QMetaObject::invokeMethod(pcDialog, "accept");
+    }});
+    click(cPane, "btnSave");
+    QVERIFY(cUser.isContent());
+    QCOMPARE(QImage(cFolder.filePath("view.png")).convertToFormat(QImage::Format_RGB888), cPane.picture());
 }
 
 void TstWorkbenchPanes::logKeepsWhatAllThreadsSay()

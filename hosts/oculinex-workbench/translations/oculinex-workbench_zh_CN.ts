@@ -63,6 +63,14 @@
 <context>
     <name>Document</name>
     <message>
+        <source>this is no file</source>
+        <translation>这不是文件</translation>
+    </message>
+    <message>
+        <source>it holds no task</source>
+        <translation>其中没有任务</translation>
+    </message>
+    <message>
         <source>Untitled</source>
         <translation>未命名</translation>
     </message>
@@ -334,6 +342,14 @@ Add one in the list of tasks, or open a tasks file.</source>
 </context>
 <context>
     <name>MainWindow</name>
+    <message>
+        <source>%1 was changed by another program since it was read or saved here.</source>
+        <translation>%1 在这里打开或保存之后，已被其他程序修改。</translation>
+    </message>
+    <message>
+        <source>&amp;Overwrite</source>
+        <translation>覆盖(&amp;O)</translation>
+    </message>
     <message>
         <source>Starting %1…</source>
         <translation>正在启动 %1…</translation>
