@@ -216,7 +216,8 @@ bool PictureFile::write(const QImage &cImage, const QString &strPath, QString &s
     QImageWriter cWriter(&cFile, achFormat);
     const bool bPlain = achFormat == "bmp" && PlainBmp::canWrite(cImage);
     const bool bEncoded = bPlain ? PlainBmp::write(cFile, cImage) : cWriter.write(cImage);
-    cNew.m_bWhole = bEncoded && cFile.flush() && cFile.error() == QFileDevice::NoError;
+    // A write that a full disk cuts short tells no reason: the next one does.
+    cNew.m_bWhole = bEncoded && (cFile.flush() || cFile.flush()) && cFile.error() == QFileDevice::NoError;
     if (!cNew.m_bWhole)
         strError = cFile.error() != QFileDevice::NoError ? cFile.errorString() : cWriter.errorString();
     return cNew.m_bWhole;

@@ -18,6 +18,19 @@ qint64 rowBytes(qint64 nWidth)
     return (3 * nWidth + 3) & ~qint64{3};
 }
 
+/// A write that a full disk cuts short tells no reason: the next one does.
+bool writeWhole(QFile &cFile, const char *pchFrom, qint64 nBytes)
+{
+    while (nBytes > 0) {
+        const qint64 nWritten = cFile.write(pchFrom, nBytes);
+        if (nWritten <= 0)
+            return false;
+        pchFrom += nWritten;
+        nBytes -= nWritten;
+    }
+    return true;
+}
+
 /// How many rows make a chunk.
 int chunkRows(qint64 nRowBytes)
 {
@@ -131,7 +144,7 @@ bool PlainBmp::write(QFile &cFile, const QImage &cImage)
         for (const int nByte : {qBlue(nValue), qGreen(nValue), qRed(nValue), 0})
             achBegin.append(static_cast<char>(nByte));
     }
-    if (cFile.write(achBegin) != achBegin.size())
+    if (!writeWhole(cFile, achBegin.constData(), achBegin.size()))
         return false;
 
     const PixelBuffers::Owned pcChunk(
@@ -150,8 +163,7 @@ bool PlainBmp::write(QFile &cFile, const QImage &cImage)
                 std::copy_n(puchFrom, nRowBytes, puchRow);
             }
         }
-        const qint64 nBytes = nRowBytes * nRows;
-        if (cFile.write(reinterpret_cast<const char *>(pcChunk.get()), nBytes) != nBytes)
+        if (!writeWhole(cFile, reinterpret_cast<const char *>(pcChunk.get()), nRowBytes * nRows))
             return false;
     }
     return true;
