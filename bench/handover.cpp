@@ -212,7 +212,9 @@ void addPeer(Bench::Table &cTable, const Kind &cKind, const std::string &strShor
     if (cKind.m_nWidth != 1920)
         return;
     for (const auto &[szPart, dPart] : {std::pair("50 %", 0.5), std::pair("99 %", 0.99)}) {
-        cTable.add("hand over " + strName + ", latency " + szPart + " / " + strShort, [&, dPart = dPart] {
+        std::string strWhat = "hand over " + strName;
+        strWhat.append(", latency ").append(szPart).append(" / ").append(strShort);
+        cTable.add(strWhat, [&, dPart = dPart] {
             Case cCase{{"task, memory disk, task", latency<TaskPipe>(cKind, dPart)},
                        {szPeer, latency<Peer>(cKind, dPart)}};
             cCase.m_nUnits = 100;

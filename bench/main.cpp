@@ -89,7 +89,7 @@ int runTable(int nArgs, char **pszArgs)
 int main(int nArgs, char **pszArgs)
 {
     setenv("QT_QPA_PLATFORM", "offscreen", 0);
-    cv::setNumThreads(1);                 // the peers have one thread where ours has one
+    cv::setNumThreads(1); // the peers have one thread where ours has one
     try {
         int nResult = Bench::runStartUp(nArgs, pszArgs);
         if (nResult >= 0)

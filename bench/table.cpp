@@ -12,7 +12,6 @@
 namespace
 {
 using Bench::Case;
-using Bench::Side;
 
 /// Keeps what each repetition of each side took a unit.
 class Collector : public benchmark::BenchmarkReporter
