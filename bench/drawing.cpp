@@ -11,7 +11,6 @@
 
 namespace
 {
-using Bench::Case;
 using Bench::Measure;
 
 enum class Mode { Colour, Grey, OverlayGrey, OverlayTable, Mask, ColourFit, GreyFit };

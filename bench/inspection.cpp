@@ -18,7 +18,6 @@
 
 namespace
 {
-using Bench::Case;
 using Bench::FlowStep;
 using Bench::Measure;
 

@@ -12,7 +12,6 @@
 
 namespace
 {
-using Bench::Case;
 using Bench::Measure;
 
 struct Format {

@@ -6,7 +6,6 @@
 
 namespace
 {
-using Bench::Case;
 using Bench::Measure;
 
 /// A unit is a step.

@@ -11,7 +11,6 @@
 
 namespace
 {
-using Bench::Case;
 using Bench::Measure;
 
 /// A tasks file on disk.
