@@ -95,17 +95,23 @@ void Checker::takeBlocks(QString &strText, char chFrame, const char *szName, Fun
 {
     const QString strBegin = QString("<%1%2%1>").arg(chFrame).arg(szName);
     const QString strEnd = QString("</%1%2%1>").arg(chFrame).arg(szName);
-    for (;;) {
-        const int nBefore = strText.size();
-        const QString strBlock = GlobalFunction::getAndRemoveBody(strText, strBegin, strEnd);
+    // Only the part up to the next end is handed on: taking a block out of all the rest moves all of it.
+    QString strKept;
+    int nFrom = 0;
+    for (int nEnd = 0; (nEnd = strText.indexOf(strEnd, nFrom, Qt::CaseInsensitive)) >= 0;) {
+        strKept += strText.midRef(nFrom, nEnd + strEnd.size() - nFrom);
+        nFrom = nEnd + strEnd.size();
+        const int nBefore = strKept.size();
+        const QString strBlock = GlobalFunction::getAndRemoveBody(strKept, strBegin, strEnd);
         if (!strBlock.isEmpty()) {
             fnBlock(strBlock);
             continue;
         }
-        if (strText.size() != nBefore)
+        if (strKept.size() != nBefore)
             add(QString("an empty '%1' block ends the reading").arg(strBegin));
-        return;
+        break;
     }
+    strText = strKept + strText.midRef(nFrom);
 }
 
 void Checker::checkRest(const QString &strRest)

@@ -14,7 +14,8 @@ struct Finding {
 };
 
 /// Reads the text of a tasks file as loading does, without making a task of it, and looks for what
-/// loading keeps silent. The number of tasks that would be loaded comes back in nTasks.
+/// loading keeps silent. The number of tasks that would be loaded comes back in nTasks. Any
+/// thread, one at a time.
 QList<Finding> checkTasks(const QString &strTasks, int &nTasks);
 /// The finding in one line, with its place.
 QString findingText(const Finding &cFinding);
