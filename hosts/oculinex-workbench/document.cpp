@@ -162,9 +162,9 @@ QString Document::open(const QString &strPath, QString &strWarning)
     return {};
 }
 
-QStringList Document::findings() const
+QStringList Document::findings(const QString &strPath)
 {
-    QFile cFile(m_strPath);
+    QFile cFile(strPath);
     if (!cFile.open(QFile::ReadOnly))
         return {};
     int nTasks = 0;

@@ -48,8 +48,8 @@ public:
     void makeNew();
     /// Of a side file that can't be read strWarning tells the reason.
     QString open(const QString &strPath, QString &strWarning);
-    /// What the file holds that loading keeps silent, a line each.
-    QStringList findings() const;
+    /// What a file holds that loading keeps silent, a line each. Any thread, one at a time.
+    static QStringList findings(const QString &strPath);
     QString save(const QString &strPath);
     /// Whether the file isn't what was last read from it or written to it.
     bool wasChangedByOthers() const;

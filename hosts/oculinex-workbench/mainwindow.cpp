@@ -104,6 +104,8 @@ MainWindow::MainWindow()
 
 MainWindow::~MainWindow()
 {
+    if (m_cCheck.joinable())
+        m_cCheck.join();
     // The panes go before the tasks and the document that they know.
     m_cTick.stop();
     delete m_pcOperator;
@@ -339,18 +341,29 @@ void MainWindow::load(const QString &strPath)
     noteRecent(m_cDocument.path());
     applyViewSettings();
     m_pcTasks->setCurrent(0);
-    const QStringList lstFinding = m_cDocument.findings();
-    for (const QString &strFinding : lstFinding.mid(0, FINDINGS))
-        qWarning("%s: %s", qUtf8Printable(m_cDocument.name()), qUtf8Printable(strFinding));
-    if (lstFinding.size() > FINDINGS)
-        qWarning("%s: oculinex-run --check lists %d more", qUtf8Printable(m_cDocument.name()),
-                 lstFinding.size() - FINDINGS);
-    if (!lstFinding.isEmpty())
-        statusBar()->showMessage(tr("The log tells what is odd about this file."), NOTE_MS);
+    tellWhatIsOdd();
     if (!strWarning.isEmpty())
         QMessageBox::warning(
             this, tr("Open"),
             tr("What the workbench keeps beside the tasks file is left out.\n%1").arg(strWarning));
+}
+
+void MainWindow::tellWhatIsOdd()
+{
+    if (m_cCheck.joinable())
+        m_cCheck.join();
+    m_cCheck = std::thread([this, strPath = m_cDocument.path(), strName = m_cDocument.name()] {
+        const QStringList lstFinding = Document::findings(strPath);
+        for (const QString &strFinding : lstFinding.mid(0, FINDINGS))
+            qWarning("%s: %s", qUtf8Printable(strName), qUtf8Printable(strFinding));
+        if (lstFinding.size() > FINDINGS)
+            qWarning("%s: oculinex-run --check lists %d more", qUtf8Printable(strName),
+                     lstFinding.size() - FINDINGS);
+        if (!lstFinding.isEmpty())
+            QMetaObject::invokeMethod(this, [this] {
+                statusBar()->showMessage(tr("The log tells what is odd about this file."), NOTE_MS);
+            });
+    });
 }
 
 bool MainWindow::save()

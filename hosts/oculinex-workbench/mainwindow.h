@@ -2,6 +2,7 @@
 #define MAINWINDOW_H
 
 #include <functional>
+#include <thread>
 
 #include <QMainWindow>
 #include <QTimer>
@@ -55,6 +56,8 @@ private:
     void newFile();
     void chooseFile();
     void load(const QString &strPath);
+    /// On a thread of its own: a large file takes seconds.
+    void tellWhatIsOdd();
     bool save();
     bool saveAs();
     bool saveTo(const QString &strPath);
@@ -90,6 +93,7 @@ private:
     QAction *m_pcOnce = nullptr;
     QAction *m_pcStartAll = nullptr;
     QAction *m_pcStopAll = nullptr;
+    std::thread m_cCheck; ///< of the file that was opened last
     QTimer m_cTick;
     bool m_bMayClose = false; ///< nothing runs and nothing is unsaved
 };
