@@ -61,8 +61,12 @@ QString viewName(int nView)
     return QStringLiteral("view%1").arg(nView);
 }
 
-QString firstFile(const QMimeData *pcData)
+/// The file that may be opened; empty while a dialog is open, which drops pass by and which may be at work
+/// with a task.
+QString droppedFile(const QMimeData *pcData)
 {
+    if (QApplication::activeModalWidget())
+        return {};
     const QList<QUrl> lstUrl = pcData->urls();
     return lstUrl.isEmpty() ? QString() : lstUrl.first().toLocalFile();
 }
@@ -499,15 +503,17 @@ void MainWindow::closeEvent(QCloseEvent *pcEvent)
 
 void MainWindow::dragEnterEvent(QDragEnterEvent *pcEvent)
 {
-    if (!firstFile(pcEvent->mimeData()).isEmpty())
+    if (!droppedFile(pcEvent->mimeData()).isEmpty())
         pcEvent->acceptProposedAction();
 }
 
 void MainWindow::dropEvent(QDropEvent *pcEvent)
 {
+    const QString strPath = droppedFile(pcEvent->mimeData());
+    if (strPath.isEmpty())
+        return;
     pcEvent->acceptProposedAction();
     // The program that the file was dragged from waits for this function.
-    const QString strPath = firstFile(pcEvent->mimeData());
     QTimer::singleShot(0, this, [this, strPath] { openFile(strPath); });
 }
 
