@@ -363,12 +363,14 @@ private slots:
             QApplication::sendEvent(&cBench, &cDrop);
         };
         // A dialog that is open may be at work with a task, which opening removes.
-        DialogUser cUser({[&](QWidget &cTop) {
-            fnDrop(strOther, false);
-            cTop.close();
-        }});
-        cBench.trigger("What the operator sees");
-        QVERIFY(cUser.isContent());
+        {
+            DialogUser cUser({[&](QWidget &cTop) {
+                fnDrop(strOther, false);
+                cTop.close();
+            }});
+            cBench.trigger("What the operator sees");
+            QVERIFY(cUser.isContent());
+        }
         QCOMPARE(cBench.names().size(), 3);
         fnDrop(strOther);
         QTRY_COMPARE(cBench.names(), QStringList("D"));
