@@ -171,6 +171,26 @@ void PixelRows::expandGrey(unsigned char *puchDst, const unsigned char *puchGrey
         puchDst[0] = puchDst[1] = puchDst[2] = puchGrey[nDone];
 }
 
+void PixelRows::pickPixels(unsigned char *__restrict puchDst, const unsigned char *__restrict puchSrc,
+                           const int *__restrict pnIndexes, int nPixels, int nInner)
+{
+    // Four bytes at once, of which the next pixel overwrites the last, where that reads and writes no
+    // byte beyond the two rows.
+    const int nWide = std::min(nInner, nPixels - 1);
+    int nPixel = 0;
+    for (; nPixel < nWide; ++nPixel)
+        memcpy(puchDst + 3L * nPixel, puchSrc + 3L * pnIndexes[nPixel], 4);
+    for (; nPixel < nPixels; ++nPixel)
+        memcpy(puchDst + 3L * nPixel, puchSrc + 3L * pnIndexes[nPixel], 3);
+}
+
+void PixelRows::pickGrey(unsigned char *__restrict puchDst, const unsigned char *__restrict puchGrey,
+                         const int *__restrict pnIndexes, int nPixels)
+{
+    for (int nPixel = 0; nPixel < nPixels; ++nPixel)
+        puchDst[nPixel] = puchGrey[pnIndexes[nPixel]];
+}
+
 void PixelRows::select(unsigned char *__restrict puchDst, const unsigned char *__restrict puchMask,
                        const unsigned char *__restrict puchSrc, int nBytes)
 {

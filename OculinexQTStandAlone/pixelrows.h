@@ -11,6 +11,11 @@ void exchangeRedBlue(unsigned char *puchDst, const unsigned char *puchSrc, int n
 void exchangeRedBlue(unsigned char *puchPixels, int nPixels);
 /// Writes each byte three times.
 void expandGrey(unsigned char *puchDst, const unsigned char *puchGrey, int nPixels);
+/// Copies the pixels at the given indexes, of which the first nInner are not the row's last pixel.
+void pickPixels(unsigned char *puchDst, const unsigned char *puchSrc, const int *pnIndexes, int nPixels,
+                int nInner);
+/// Copies the bytes at the given indexes.
+void pickGrey(unsigned char *puchDst, const unsigned char *puchGrey, const int *pnIndexes, int nPixels);
 /// Replaces each byte of the target by that of the source where the mask's byte is not 0.
 void select(unsigned char *puchDst, const unsigned char *puchMask, const unsigned char *puchSrc, int nBytes);
 /// Writes red, green and blue of each pixel (QRgb: 0xAARRGGBB) as three bytes.

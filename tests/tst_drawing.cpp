@@ -38,6 +38,7 @@ private slots:
     void recordsScales_data();
     void recordsScales();
     void paintsWhatAPainterPaints();
+    void paintsTheSameAgainAndAgain();
     void writesRowPaddingAndExchangesItsCopy();
     void badPicturesDrawNothing();
     void readsConfig_data();
@@ -188,6 +189,43 @@ void TestDrawing::paintsWhatAPainterPaints()
     }
     const Drawing::Gray8DrawingOpt cOpt(1, nullptr, 1, 1);
     QCOMPARE(cOpt.m_anColourTable[7], 0xFF331C00);
+}
+
+// The first scaled drawing is the painter's own work, later ones go by what was learnt from it.
+void TestDrawing::paintsTheSameAgainAndAgain()
+{
+    const QPair<QSize, QSize> acSizes[] = {{{99, 70}, {50, 35}}, {{7, 5}, {100, 31}}, {{301, 2}, {64, 90}}};
+    for (const auto &[cPicture, cView] : acSizes) {
+        QImage cColour(cPicture, QImage::Format_RGB888);
+        for (int i = 0; i < static_cast<int>(cColour.sizeInBytes()); ++i)
+            cColour.bits()[i] = static_cast<unsigned char>(i * 37 % 251);
+        QImage cGrey(cPicture, QImage::Format_Grayscale8);
+        QByteArray achGrey;
+        for (int y = 0; y < cGrey.height(); ++y) {
+            memcpy(cGrey.scanLine(y), cColour.constScanLine(y), static_cast<size_t>(cGrey.width()));
+            achGrey.append(reinterpret_cast<const char *>(cGrey.constScanLine(y)), cGrey.width());
+        }
+        cGrey.scanLine(cGrey.height() - 1)[cGrey.width() - 1] = 0; // the last pixel is not written
+        const QRectF cWhole(QPointF(), cPicture);
+        QImage cExpected[] = {target(cView), target(cView)};
+        QPainter(&cExpected[0]).drawImage(QRectF(QPointF(), cView), cColour.rgbSwapped(), cWhole);
+        QPainter(&cExpected[1]).drawImage(QRectF(QPointF(), cView), cGrey, cWhole);
+        for (int nRound = 0; nRound < 3; ++nRound) {
+            Drawing::DIBDrawingOpt cDIB(1, cColour.bits(), cPicture.width(), cPicture.height());
+            Drawing::Gray8DrawingOpt cGray8(1, reinterpret_cast<unsigned char *>(achGrey.data()),
+                                            cPicture.width(), cPicture.height());
+            cDIB.setScaleType(3);
+            cGray8.setScaleType(3);
+            QImage cTarget = target(cView);
+            draw(cDIB, cTarget);
+            QCOMPARE(cTarget, cExpected[0]);
+            QCOMPARE(QImage(cDIB.m_puchData, cPicture.width(), cPicture.height(), cColour.bytesPerLine(),
+                            QImage::Format_RGB888),
+                     cColour.rgbSwapped());
+            draw(cGray8, cTarget);
+            QCOMPARE(cTarget, cExpected[1]);
+        }
+    }
 }
 
 void TestDrawing::writesRowPaddingAndExchangesItsCopy()

@@ -5,10 +5,12 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <memory>
+#include <vector>
 
 #include <QImage>
-#include <QPainter>
 
+#include "Drawing/scalemap.h"
 #include "pixelbuffers.h"
 #include "pixelrows.h"
 
@@ -114,13 +116,14 @@ bool placePicture(int nScaleType, int nAlignType, QSize cPicture, QSize cTarget,
     }
 }
 
-/// Where picture and target lie upon each other pixel by pixel, which saves the painter's way.
+/// Where picture and target lie upon each other: pixel by pixel, or by a map.
 struct Overlap {
     int m_nSrcX, m_nSrcY, m_nDstX, m_nDstY;
     int m_nWidth, m_nHeight; ///< 0 when they do not meet
+    std::shared_ptr<const ScaleMap> m_pcMap;
 };
 
-bool findOverlap(const QImage &cTarget, QSize cPicture, const QRectF &cSource, Overlap &cOverlap)
+bool findUnscaled(const QImage &cTarget, QSize cPicture, const QRectF &cSource, Overlap &cOverlap)
 {
     constexpr int PAINTER_LIMIT = 32767; // the painter paints nothing beyond it
     if (cTarget.width() > PAINTER_LIMIT || cTarget.height() > PAINTER_LIMIT)
@@ -142,6 +145,17 @@ bool findOverlap(const QImage &cTarget, QSize cPicture, const QRectF &cSource, O
     return true;
 }
 
+/// False where the painter has to paint.
+bool findOverlap(const QImage &cTarget, QSize cPicture, const QRectF &cSource, Overlap &cOverlap)
+{
+    if (findUnscaled(cTarget, cPicture, cSource, cOverlap))
+        return true;
+    const auto pcMap = ScaleMap::find(cTarget, cPicture, cSource);
+    if (pcMap)
+        cOverlap = {0, 0, pcMap->m_nDstX, pcMap->m_nDstY, pcMap->width(), pcMap->height(), pcMap};
+    return pcMap != nullptr;
+}
+
 size_t bytesOf(int nPixels)
 {
     return static_cast<size_t>(nPixels) * 3;
@@ -150,6 +164,12 @@ size_t bytesOf(int nPixels)
 unsigned char *targetPixels(QImage &cTarget, const Overlap &cOverlap, int nRow)
 {
     return cTarget.scanLine(cOverlap.m_nDstY + nRow) + bytesOf(cOverlap.m_nDstX);
+}
+
+void repeatRow(QImage &cTarget, const Overlap &cOverlap, int nRow)
+{
+    memcpy(targetPixels(cTarget, cOverlap, nRow), targetPixels(cTarget, cOverlap, nRow - 1),
+           bytesOf(cOverlap.m_nWidth));
 }
 
 void clearTarget(QImage &cTarget)
@@ -179,10 +199,26 @@ void clearAround(QImage &cTarget, const Overlap &cOverlap)
     memset(puchTarget + nEnd * nRowBytes, 0, (nRows - nEnd) * nRowBytes);
 }
 
-void paintPicture(QImage &cTarget, const QImage &cPicture, const QRectF &cSource)
+/// The picture's row at a row of the overlap.
+int sourceRow(const Overlap &cOverlap, int nRow)
 {
-    QPainter cPainter(&cTarget);
-    cPainter.drawImage(QRectF(QPointF(), cTarget.size()), cPicture, cSource);
+    return cOverlap.m_pcMap ? cOverlap.m_pcMap->m_anRows[static_cast<size_t>(nRow)] : cOverlap.m_nSrcY + nRow;
+}
+
+/// Calls fnRow(row of the overlap, its grey values, whether they are those of the row before) for each,
+/// where fnGrey(y) is a row of the picture.
+template <typename GreyFunction, typename RowFunction>
+void forRows(const Overlap &cOverlap, const GreyFunction &fnGrey, const RowFunction &fnRow)
+{
+    const ScaleMap *pcMap = cOverlap.m_pcMap.get();
+    std::vector<unsigned char> auchScaled(pcMap ? pcMap->m_anColumns.size() : 0);
+    for (int nRow = 0; nRow < cOverlap.m_nHeight; ++nRow) {
+        const unsigned char *puchGrey = fnGrey(sourceRow(cOverlap, nRow)) + cOverlap.m_nSrcX;
+        const bool bRepeated = pcMap && pcMap->repeatsRow(nRow);
+        if (pcMap && !bRepeated)
+            PixelRows::pickGrey(auchScaled.data(), puchGrey, pcMap->m_anColumns.data(), pcMap->width());
+        fnRow(nRow, pcMap ? auchScaled.data() : puchGrey, bRepeated);
+    }
 }
 
 /// Builds a picture of 8-bit grey values row by row and paints it: fnRow(row of the picture, y).
@@ -200,7 +236,7 @@ void paintBuilt(QImage &cTarget, QSize cPicture, QImage::Format eFormat, const Q
         return;
     for (int y = 0; y < cPicture.height(); ++y)
         fnRow(pcPixels.get() + nRowBytes * y, y);
-    paintPicture(
+    ScaleMap::paint(
         cTarget,
         QImage(pcPixels.get(), cPicture.width(), cPicture.height(), static_cast<int>(nRowBytes), eFormat),
         cSource);
@@ -309,15 +345,27 @@ void Drawing::DIBDrawingOpt::draw(QImage *pcTarget, ArithmParamMgr *pcAPM)
     const QSize cPicture(m_nWidth, m_nHeight);
     const qint64 nRowBytes = rowBytes(m_nWidth);
     Placement cPlace;
-    Overlap cOverlap;
+    Overlap cOverlap{};
     const bool bPlaced = placePicture(m_nScaleType, m_nAlignType, cPicture, pcTarget->size(), true, cPlace);
     const bool bCopied = bPlaced && findOverlap(*pcTarget, cPicture, cPlace.m_cSource, cOverlap);
     if (bCopied)
         clearAround(*pcTarget, cOverlap);
     else
         clearTarget(*pcTarget);
-    for (int y = 0; y < m_nHeight; ++y) {
+    for (int y = 0, nMapped = 0; y < m_nHeight; ++y) {
         unsigned char *puchRow = m_puchData + nRowBytes * y;
+        if (const ScaleMap *pcMap = cOverlap.m_pcMap.get()) {
+            PixelRows::exchangeRedBlue(puchRow, m_nWidth);
+            for (; nMapped < pcMap->height() && pcMap->m_anRows[static_cast<size_t>(nMapped)] == y;
+                 ++nMapped) {
+                if (pcMap->repeatsRow(nMapped))
+                    repeatRow(*pcTarget, cOverlap, nMapped);
+                else
+                    PixelRows::pickPixels(targetPixels(*pcTarget, cOverlap, nMapped), puchRow,
+                                          pcMap->m_anColumns.data(), pcMap->width(), pcMap->m_nInner);
+            }
+            continue;
+        }
         const int nRow = bCopied ? y - cOverlap.m_nSrcY : -1;
         const bool bShown = nRow >= 0 && nRow < cOverlap.m_nHeight;
         // What is shown goes to the target first and comes back from there, still in the nearest cache.
@@ -335,7 +383,7 @@ void Drawing::DIBDrawingOpt::draw(QImage *pcTarget, ArithmParamMgr *pcAPM)
     if (!bPlaced)
         return;
     if (!bCopied && nRowBytes <= std::numeric_limits<int>::max())
-        paintPicture(
+        ScaleMap::paint(
             *pcTarget,
             QImage(m_puchData, m_nWidth, m_nHeight, static_cast<int>(nRowBytes), QImage::Format_RGB888),
             cPlace.m_cSource);
@@ -363,9 +411,9 @@ void Drawing::Gray8DrawingOpt::draw(QImage *pcTarget, ArithmParamMgr *pcAPM)
         m_nDrawMode < 0 || m_nDrawMode > 2)
         return;
     const QSize cPicture(m_nWidth, m_nHeight);
-    const auto grey = [this](int y) { return m_puchData + qint64{m_nWidth} * y; };
+    const auto fnGrey = [this](int y) { return m_puchData + qint64{m_nWidth} * y; };
     Placement cPlace;
-    Overlap cOverlap;
+    Overlap cOverlap{};
     const bool bPlaced = placePicture(m_nScaleType, m_nAlignType, cPicture, pcTarget->size(), false, cPlace);
     const bool bCopied = bPlaced && findOverlap(*pcTarget, cPicture, cPlace.m_cSource, cOverlap);
     if (m_nDrawMode == 0) {
@@ -379,32 +427,37 @@ void Drawing::Gray8DrawingOpt::draw(QImage *pcTarget, ArithmParamMgr *pcAPM)
     if (m_nDrawMode == 0) {
         // The picture's last pixel is not written and stays 0.
         if (bCopied) {
-            for (int nRow = 0; nRow < cOverlap.m_nHeight; ++nRow)
-                PixelRows::expandGrey(targetPixels(*pcTarget, cOverlap, nRow),
-                                      grey(cOverlap.m_nSrcY + nRow) + cOverlap.m_nSrcX, cOverlap.m_nWidth);
-            if (cOverlap.m_nWidth > 0 && cOverlap.m_nHeight > 0 &&
-                cOverlap.m_nSrcX + cOverlap.m_nWidth == m_nWidth &&
-                cOverlap.m_nSrcY + cOverlap.m_nHeight == m_nHeight)
-                memset(targetPixels(*pcTarget, cOverlap, cOverlap.m_nHeight - 1) +
-                           bytesOf(cOverlap.m_nWidth - 1),
-                       0, 3);
+            forRows(cOverlap, fnGrey, [&](int nRow, const unsigned char *puchRow, bool bRepeated) {
+                if (bRepeated) {
+                    repeatRow(*pcTarget, cOverlap, nRow);
+                    return;
+                }
+                unsigned char *puchTarget = targetPixels(*pcTarget, cOverlap, nRow);
+                PixelRows::expandGrey(puchTarget, puchRow, cOverlap.m_nWidth);
+                if (sourceRow(cOverlap, nRow) == m_nHeight - 1) {
+                    const int nInner = cOverlap.m_pcMap
+                                           ? cOverlap.m_pcMap->m_nInner
+                                           : qBound(0, m_nWidth - 1 - cOverlap.m_nSrcX, cOverlap.m_nWidth);
+                    memset(puchTarget + bytesOf(nInner), 0, bytesOf(cOverlap.m_nWidth - nInner));
+                }
+            });
         } else {
             paintBuilt(*pcTarget, cPicture, QImage::Format_RGB888, cPlace.m_cSource,
                        [&](unsigned char *puchRow, int y) {
-                           PixelRows::expandGrey(puchRow, grey(y), m_nWidth);
+                           PixelRows::expandGrey(puchRow, fnGrey(y), m_nWidth);
                            if (y == m_nHeight - 1)
                                memset(puchRow + bytesOf(m_nWidth - 1), 0, 3);
                        });
         }
     } else if (const Overlay cOverlay(*this); !cOverlay.isEmpty()) {
         if (bCopied && cOverlay.canCompose()) {
-            for (int nRow = 0; nRow < cOverlap.m_nHeight; ++nRow)
-                cOverlay.compose(targetPixels(*pcTarget, cOverlap, nRow),
-                                 grey(cOverlap.m_nSrcY + nRow) + cOverlap.m_nSrcX, cOverlap.m_nWidth);
+            forRows(cOverlap, fnGrey, [&](int nRow, const unsigned char *puchRow, bool) {
+                cOverlay.compose(targetPixels(*pcTarget, cOverlap, nRow), puchRow, cOverlap.m_nWidth);
+            });
         } else {
             paintBuilt(*pcTarget, cPicture, QImage::Format_ARGB32, cPlace.m_cSource,
                        [&](unsigned char *puchRow, int y) {
-                           const unsigned char *puchGrey = grey(y);
+                           const unsigned char *puchGrey = fnGrey(y);
                            auto *pnRow = reinterpret_cast<QRgb *>(puchRow);
                            for (int x = 0; x < m_nWidth; ++x)
                                pnRow[x] = cOverlay[puchGrey[x]];
