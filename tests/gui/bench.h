@@ -7,6 +7,7 @@
 #include <QFileDialog>
 #include <QListWidget>
 #include <QMenu>
+#include <QSettings>
 #include <QTableWidget>
 
 #include "dialoguser.h"
@@ -51,6 +52,14 @@ inline void write(const QString &strPath, const QByteArray &achText)
 {
     QFile cFile(strPath);
     QVERIFY(cFile.open(QFile::WriteOnly) && cFile.write(achText) == achText.size());
+}
+
+/// What windows remember stays in the test's folder.
+inline void keepSettingsIn(const QString &strFolder)
+{
+    QApplication::setOrganizationName("oculinex");
+    QSettings::setDefaultFormat(QSettings::IniFormat);
+    QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, strFolder);
 }
 
 inline QByteArray contents(const QString &strPath)

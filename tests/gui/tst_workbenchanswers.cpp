@@ -4,7 +4,6 @@
 
 #include <QDir>
 #include <QPushButton>
-#include <QSettings>
 #include <QTemporaryDir>
 
 #include <sys/syscall.h>
@@ -107,9 +106,7 @@ private:
 
 void TestWorkbenchAnswers::initTestCase()
 {
-    QApplication::setOrganizationName("oculinex");
-    QSettings::setDefaultFormat(QSettings::IniFormat);
-    QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, m_cFolder.path());
+    keepSettingsIn(m_cFolder.path());
     Fake::reset();
     delete ArithmFactory::getInstance()->m_mapArithm.take("KQ_Drawing"); // the real one draws here
 }

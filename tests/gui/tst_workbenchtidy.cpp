@@ -66,12 +66,7 @@ class TestWorkbenchTidy : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase()
-    {
-        QApplication::setOrganizationName("oculinex");
-        QSettings::setDefaultFormat(QSettings::IniFormat);
-        QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, m_cFolder.path());
-    }
+    void initTestCase() { keepSettingsIn(m_cFolder.path()); }
     /// English comes first: translators stay.
     void windows_data() { languages(); }
     void windows();

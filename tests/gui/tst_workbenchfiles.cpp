@@ -1,0 +1,198 @@
+// The files that the workbench opens and saves, and what it remembers of them.
+
+#include <QtTest>
+
+#include <csignal>
+
+#include <sys/resource.h>
+
+#include <QDockWidget>
+#include <QDropEvent>
+#include <QMessageBox>
+#include <QMimeData>
+#include <QSettings>
+#include <QTemporaryDir>
+#include <QTreeView>
+
+#include "bench.h"
+#include "datatable.h"
+#include "logmodel.h"
+
+class TestWorkbenchFiles : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase() { keepSettingsIn(m_cFolder.path()); }
+    void init()
+    {
+        Fake::reset();
+        m_strFile = m_cFolder.filePath(QString("检测 %1.tasks").arg(++m_nFile));
+        write(m_strFile,
+              (taskText("A", {"a", "5;b", "c"}) + taskText("B", {"d"}) + taskText("C", {})).toUtf8());
+    }
+
+    /// What loading keeps silent about a file is told in the log.
+    void tellsWhatIsOdd()
+    {
+        write(m_strFile, contents(m_strFile).replace("<-MaxExeTimes->5<", "<-MaxExeTimes->five<"));
+        Bench cBench(m_strFile);
+        const auto *pcLines = cBench.findChild<QTreeView *>("lines")->model();
+        const auto fnTold = [&] {
+            for (int nRow = 0; nRow < pcLines->rowCount(); ++nRow)
+                if (pcLines->index(nRow, LogModel::Text).data().toString().contains("holds 'five'"))
+                    return true;
+            return false;
+        };
+        QTRY_VERIFY(fnTold());
+    }
+
+    /// What can't be saved stays as it was in the file, and unsaved in the window.
+    void tellsThatSavingFailed_data()
+    {
+        addRows("reason                  strFolder\n"
+                "the disk is full        -\n"
+                "the folder has gone     gone/");
+    }
+    void tellsThatSavingFailed()
+    {
+        QFETCH(QString, strFolder);
+        Bench cBench(m_strFile);
+        cBench.steps()->item(0, 0)->setText("unsaved");
+        const QByteArray achBefore = contents(m_strFile);
+        QString strBox;
+        const auto fnRead = [&](QWidget &cTop) {
+            strBox = qobject_cast<QMessageBox *>(&cTop)->text();
+            typeKeys(cTop, "Return");
+        };
+        if (strFolder.isEmpty()) {
+            std::signal(SIGXFSZ, SIG_IGN);
+            rlimit cLimit{};
+            getrlimit(RLIMIT_FSIZE, &cLimit);
+            const rlimit cFull{static_cast<rlim_t>(achBefore.size() / 2), cLimit.rlim_max};
+            setrlimit(RLIMIT_FSIZE, &cFull);
+            DialogUser cUser({fnRead});
+            cBench.trigger("Save");
+            setrlimit(RLIMIT_FSIZE, &cLimit);
+            QVERIFY(cUser.isContent());
+        } else {
+            const QString strPath = m_cFolder.filePath(strFolder + "file.tasks");
+            QVERIFY(!cBench.document().save(strPath).isEmpty());
+            QVERIFY(!QFile::exists(strPath));
+            strBox = m_strFile;
+        }
+        QVERIFY2(strBox.startsWith(m_strFile), qPrintable(strBox));
+        QCOMPARE(contents(m_strFile), achBefore);
+        QVERIFY(cBench.isWindowModified());
+        QCOMPARE(cBench.document().path(), m_strFile);
+        QVERIFY(cBench.trigger("Save") && !cBench.isWindowModified());
+        QVERIFY(contents(m_strFile).contains("unsaved"));
+    }
+
+    /// A file comes in by the mouse, by the menu of recent ones, and by a second program.
+    void opensWhatIsDropped()
+    {
+        const QString strOther = m_cFolder.filePath("dropped & recent.tasks");
+        write(strOther, taskText("D", {"d"}).toUtf8());
+        Bench cBench(m_strFile);
+        const auto fnDrop = [&](const QString &strPath, bool bTaken = true) {
+            QMimeData cData;
+            cData.setUrls({QUrl::fromLocalFile(strPath)});
+            QDragEnterEvent cEnter({9, 9}, Qt::CopyAction, &cData, Qt::LeftButton, {});
+            cEnter.ignore();
+            QApplication::sendEvent(&cBench, &cEnter);
+            QCOMPARE(cEnter.isAccepted(), bTaken);
+            QDropEvent cDrop({9, 9}, Qt::CopyAction, &cData, Qt::LeftButton, {});
+            QApplication::sendEvent(&cBench, &cDrop);
+        };
+        // A dialog that is open may be at work with a task, which opening removes.
+        {
+            DialogUser cUser({[&](QWidget &cTop) {
+                fnDrop(strOther, false);
+                cTop.close();
+            }});
+            cBench.trigger("What the operator sees");
+            QVERIFY(cUser.isContent());
+        }
+        QCOMPARE(cBench.names().size(), 3);
+        fnDrop(strOther);
+        QTRY_COMPARE(cBench.names(), QStringList("D"));
+        cBench.trigger("Start all");
+        QTRY_COMPARE(cBench.tasks()->item(0, 1)->text(), "Running");
+        fnDrop(m_strFile); // stops what runs
+        QTRY_COMPARE(cBench.names().size(), 3);
+
+        auto *pcRecent = cBench.action("Open recent")->menu();
+        emit pcRecent->aboutToShow();
+        QVERIFY(pcRecent->actions().size() > 1);
+        QCOMPARE(pcRecent->actions()[1]->text(), QString(strOther).replace("&", "&&"));
+        pcRecent->actions()[1]->trigger();
+        QCOMPARE(cBench.names(), QStringList("D"));
+    }
+
+    /// What can't be opened is told, and what was open stays.
+    void refusesWhatIsNoFlow_data()
+    {
+        QTest::addColumn<QString>("strPath");
+        QTest::newRow("missing") << "/no/such/file.tasks";
+        QTest::newRow("a folder") << PICTURES;
+        QTest::newRow("a picture") << PICTURES + "/coins.png"; // saving would destroy it
+        QTest::newRow("without an end") << "/dev/zero";
+    }
+    void refusesWhatIsNoFlow()
+    {
+        QFETCH(QString, strPath);
+        Bench cBench(m_strFile);
+        QString strBox;
+        DialogUser cUser({DialogUser::read(strBox)});
+        cBench.openFile(strPath);
+        QVERIFY(cUser.isContent());
+        QVERIFY2(strBox.startsWith("Open: " + strPath), qPrintable(strBox));
+        QCOMPARE(cBench.names().join(' '), "A B C");
+        QCOMPARE(cBench.document().path(), m_strFile);
+    }
+
+    /// Two programs with the same file: the second to save is told, and loses nothing.
+    void asksBeforeOverwritingOthers()
+    {
+        Bench cBench(m_strFile);
+        cBench.steps()->item(0, 0)->setText("mine");
+        QVERIFY(cBench.trigger("Save") && !cBench.isWindowModified()); // it was nobody else
+        write(m_strFile, taskText("theirs", {}).toUtf8());
+        for (const char *szAnswer : {"Cancel", "Overwrite"}) {
+            cBench.steps()->item(0, 0)->setText(szAnswer);
+            DialogUser cUser({pressButton(szAnswer)});
+            cBench.trigger("Save");
+            QVERIFY(cUser.isContent());
+            QCOMPARE(cBench.isWindowModified(), szAnswer[0] == 'C');
+            QCOMPARE(contents(m_strFile).contains("theirs"), szAnswer[0] == 'C');
+        }
+    }
+
+    /// A window that was arranged looks so again.
+    void remembersItsLayout()
+    {
+        QSize cSize;
+        {
+            Bench cBench;
+            cBench.findChild<QDockWidget *>("logDock")->hide();
+            cBench.addDockWidget(Qt::LeftDockWidgetArea, cBench.findChild<QDockWidget *>("storeDock"));
+            cBench.resize(cBench.size() + QSize(51, 31));
+            cSize = cBench.size();
+            cBench.close();
+        }
+        Bench cBench;
+        QCOMPARE(cBench.size(), cSize);
+        QVERIFY(cBench.findChild<QDockWidget *>("logDock")->isHidden());
+        QCOMPARE(cBench.dockWidgetArea(cBench.findChild<QDockWidget *>("storeDock")), Qt::LeftDockWidgetArea);
+    }
+
+private:
+    QTemporaryDir m_cFolder;
+    QString m_strFile;
+    int m_nFile = 0;
+};
+
+QTEST_MAIN(TestWorkbenchFiles)
+
+#include "tst_workbenchfiles.moc"
