@@ -41,7 +41,11 @@ unsigned random(unsigned nBelow)
     s_nState ^= s_nState << 5;
     return s_nState % nBelow;
 }
+} // namespace
 
+#if !defined(__SANITIZE_ADDRESS__) && !defined(OCULINEX_TSAN)
+namespace
+{
 void delay()
 {
     const unsigned nChance = random(512);
@@ -52,7 +56,6 @@ void delay()
 }
 } // namespace
 
-#if !defined(__SANITIZE_ADDRESS__) && !defined(OCULINEX_TSAN)
 /// Both stand before the real ones: whoever locks takes its time before and after. The sanitizers have
 /// their own.
 void QMutex::lock() noexcept
