@@ -41,6 +41,11 @@ QByteArray bytesAt(QFile &cFile, qint64 nOffset, int nCount)
     return achBytes.leftJustified(nCount, '\0');
 }
 
+bool isIcon(const QImageReader &cReader)
+{
+    return cReader.format() == "ico" || cReader.format() == "cur";
+}
+
 /// The size of the picture that will be decoded. What a reader tells may be that of a part: a GIF
 /// file's first frame on a larger screen, or what an icon's list of contents says of a PNG file in it.
 QSize decodedSize(QFile &cFile, const QImageReader &cReader)
@@ -51,7 +56,7 @@ QSize decodedSize(QFile &cFile, const QImageReader &cReader)
         return cTold.expandedTo({qFromLittleEndian<quint16>(achScreen.constData()),
                                  qFromLittleEndian<quint16>(achScreen.constData() + 2)});
     }
-    if (cReader.format() == "ico" || cReader.format() == "cur") {
+    if (isIcon(cReader)) {
         const quint32 nFile = qFromLittleEndian<quint32>(bytesAt(cFile, 18, 4).constData());
         const QByteArray achPng = bytesAt(cFile, nFile, 24);
         if (achPng.startsWith("\x89PNG"))
@@ -59,6 +64,17 @@ QSize decodedSize(QFile &cFile, const QImageReader &cReader)
                                      qFromBigEndian<qint32>(achPng.constData() + 20)});
     }
     return cTold;
+}
+
+/// Whether an icon's list of contents announces more bytes than there are. Its decoder asks the memory for
+/// them all, and ends the process that hasn't got them.
+bool lacksBytes(QFile &cFile, const QImageReader &cReader)
+{
+    if (!isIcon(cReader))
+        return false;
+    const QByteArray achPlace = bytesAt(cFile, 14, 8);
+    const qint64 nBytes = qFromLittleEndian<quint32>(achPlace.constData());
+    return qFromLittleEndian<quint32>(achPlace.constData() + 4) + nBytes > cFile.size();
 }
 
 /// Whether a picture of that size can be decoded and stored. A file of a few bytes may announce any.
@@ -170,6 +186,10 @@ QImage PictureFile::read(const QString &strPath, bool bGrey, QString &strError)
     cReader.setDecideFormatFromContent(true);
     if (cReader.format().startsWith("svg")) {
         strError = QStringLiteral("SVG is not supported");
+        return QImage();
+    }
+    if (lacksBytes(cFile, cReader)) {
+        strError = QStringLiteral("the file lacks bytes");
         return QImage();
     }
     const QSize cSize = cReader.size();
