@@ -112,6 +112,7 @@ private:
 Measure tasks(int nTasks, int nWidth, int nHeight)
 {
     std::vector<std::shared_ptr<Inspection>> vTasks;
+    vTasks.reserve(static_cast<size_t>(nTasks));
     for (int nTask = 0; nTask < nTasks; ++nTask) // three views can be read
         vTasks.push_back(std::make_shared<Inspection>(nTask % 3, nWidth, nHeight));
     for (const auto &pcTask : vTasks)

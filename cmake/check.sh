@@ -30,7 +30,7 @@ report "$(git diff --name-only --diff-filter=d "$base" HEAD -- '*.cpp' |
 begin "that each header stands alone"
 flags=(-std=c++17 -fPIC -fsyntax-only -x c++
     '-DOCULINEX_BINARY_DIR=""' '-DOCULINEX_SOURCE_DIR=""' # the tests' own, from CMake
-    -IArithmParamMgr -IOculinexQTStandAlone -Iplugins -Ihosts -Itests
+    -IArithmParamMgr -IOculinexQTStandAlone -Iplugins -Ihosts -Ihosts/oculinex-workbench -Itests
     -Ibuild/debug/ArithmParamMgr -Ibuild/debug/OculinexQTStandAlone
     -Ibuild/debug/OculinexQTStandAlone/OculinexQTStandAlone_autogen/include)
 read -ra packages < <(pkg-config --cflags Qt5Widgets Qt5Test opencv4)

@@ -141,7 +141,7 @@ QString Document::open(const QString &strPath, QString &strWarning)
     QByteArray achPath = strPath.toLocal8Bit();
     if (QString::fromLocal8Bit(achPath) != strPath)
         return tr("the path has characters that the locale lacks");
-    const QString strError = QString::fromLocal8Bit(openTasksFile(achPath.data()));
+    QString strError = QString::fromLocal8Bit(openTasksFile(achPath.data()));
     if (!strError.isEmpty())
         return strError;
 
