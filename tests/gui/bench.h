@@ -9,6 +9,7 @@
 #include <QMenu>
 #include <QSettings>
 #include <QTableWidget>
+#include <QTemporaryDir>
 
 #include "dialoguser.h"
 #include "flowpage.h"
@@ -52,6 +53,15 @@ inline void write(const QString &strPath, const QByteArray &achText)
 {
     QFile cFile(strPath);
     QVERIFY(cFile.open(QFile::WriteOnly) && cFile.write(achText) == achText.size());
+}
+
+/// A file with the tasks A, B and C, another one at each call.
+inline QString makeFile(const QTemporaryDir &cFolder)
+{
+    static int s_nFile = 0;
+    const QString strFile = cFolder.filePath(QString("检测 %1.tasks").arg(++s_nFile));
+    write(strFile, (taskText("A", {"a", "5;b", "c"}) + taskText("B", {"d"}) + taskText("C", {})).toUtf8());
+    return strFile;
 }
 
 /// What windows remember stays in the test's folder.

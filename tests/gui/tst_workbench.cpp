@@ -30,9 +30,7 @@ private slots:
     void init()
     {
         Fake::reset();
-        m_strFile = m_cFolder.filePath(QString("检测 %1.tasks").arg(++m_nFile));
-        write(m_strFile,
-              (taskText("A", {"a", "5;b", "c"}) + taskText("B", {"d"}) + taskText("C", {})).toUtf8());
+        m_strFile = makeFile(m_cFolder);
     }
 
     /// From nothing to a flow that is saved, with the mouse alone.
@@ -442,7 +440,6 @@ private:
 
     QTemporaryDir m_cFolder;
     QString m_strFile;
-    int m_nFile = 0;
 };
 
 QTEST_MAIN(TestWorkbench)

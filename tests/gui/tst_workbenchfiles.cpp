@@ -27,9 +27,7 @@ private slots:
     void init()
     {
         Fake::reset();
-        m_strFile = m_cFolder.filePath(QString("检测 %1.tasks").arg(++m_nFile));
-        write(m_strFile,
-              (taskText("A", {"a", "5;b", "c"}) + taskText("B", {"d"}) + taskText("C", {})).toUtf8());
+        m_strFile = makeFile(m_cFolder);
     }
 
     /// What loading keeps silent about a file is told in the log.
@@ -190,7 +188,6 @@ private slots:
 private:
     QTemporaryDir m_cFolder;
     QString m_strFile;
-    int m_nFile = 0;
 };
 
 QTEST_MAIN(TestWorkbenchFiles)
