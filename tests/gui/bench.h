@@ -59,7 +59,7 @@ inline void write(const QString &strPath, const QByteArray &achText)
 inline QString makeFile(const QTemporaryDir &cFolder)
 {
     static int s_nFile = 0;
-    const QString strFile = cFolder.filePath(QString("检测 %1.tasks").arg(++s_nFile));
+    QString strFile = cFolder.filePath(QString("检测 %1.tasks").arg(++s_nFile));
     write(strFile, (taskText("A", {"a", "5;b", "c"}) + taskText("B", {"d"}) + taskText("C", {})).toUtf8());
     return strFile;
 }
