@@ -46,11 +46,18 @@ bool isIcon(const QImageReader &cReader)
     return cReader.format() == "ico" || cReader.format() == "cur";
 }
 
+/// The size that a reader tells. That of a BMP file whose rows run from the top down has a negative height.
+QSize toldSize(const QImageReader &cReader)
+{
+    const QSize cTold = cReader.size();
+    return {cTold.width(), qAbs(cTold.height())};
+}
+
 /// The size of the picture that will be decoded. What a reader tells may be that of a part: a GIF
 /// file's first frame on a larger screen, or what an icon's list of contents says of a PNG file in it.
 QSize decodedSize(QFile &cFile, const QImageReader &cReader)
 {
-    const QSize cTold = cReader.size();
+    const QSize cTold = toldSize(cReader);
     if (cReader.format() == "gif") {
         const QByteArray achScreen = bytesAt(cFile, 6, 4);
         return cTold.expandedTo({qFromLittleEndian<quint16>(achScreen.constData()),
@@ -192,7 +199,7 @@ QImage PictureFile::read(const QString &strPath, bool bGrey, QString &strError)
         strError = QStringLiteral("the file lacks bytes");
         return QImage();
     }
-    const QSize cSize = cReader.size();
+    const QSize cSize = toldSize(cReader);
     const QSize cDecoded = decodedSize(cFile, cReader);
     if (cDecoded.isValid() && !fits(cDecoded, bGrey)) {
         strError = QStringLiteral("%1 x %2 pixels are too many").arg(cDecoded.width()).arg(cDecoded.height());

@@ -193,6 +193,7 @@ private slots:
         row("24 bit", achBmp);
         achBmp[28] = 32;
         row("32 bit", achBmp);
+        row("rows from the top", QByteArray(achBmp).replace(22, 4, "\xEC\xFF\xFF\xFF"));
         achBmp[28] = 8;
         achBmp[10] = 58;
         achBmp[46] = 1;
