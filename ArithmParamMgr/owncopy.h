@@ -9,29 +9,29 @@
 #include "arithmparammgr.h"
 
 template <class T>
-void unshare(T &)
+void detachData(T &)
 {
 }
-inline void unshare(QString &strText)
+inline void detachData(QString &strText)
 {
     strText.detach();
 }
-inline void unshare(ParamPolys::Poly &cPoly)
+inline void detachData(ParamPolys::Poly &cPoly)
 {
     cPoly.verts.detach();
 }
 template <class T>
-void unshare(QList<T> &lst)
+void detachData(QList<T> &lst)
 {
     for (T &cItem : lst)
-        unshare(cItem);
+        detachData(cItem);
 }
 
 template <class T>
 T ownCopy(const T &cValue)
 {
     T cCopy = cValue;
-    unshare(cCopy);
+    detachData(cCopy);
     return cCopy;
 }
 
