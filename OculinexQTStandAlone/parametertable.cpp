@@ -13,7 +13,6 @@ QMap<int, int> fillParameterTable(QTableWidget *pcTable, const ArithmParamMgr *p
     pcTable->setAlternatingRowColors(true);
     pcTable->verticalHeader()->hide();
     pcTable->horizontalHeader()->setHighlightSections(false);
-    pcTable->horizontalHeader()->setStretchLastSection(true);
     pcTable->setTabKeyNavigation(false); // Tab goes on to the next widget
 
     QMap<int, int> mapID;

@@ -70,8 +70,12 @@ private slots:
     {
         Store cStore;
         QString strSeen;
+        int nWidth = 0;
+        const QString strLong(99, 'W');
+        cStore.getParamDIB(3)->setDescribe(strLong);
         DialogUser cUser({[&](QWidget &cDialog) {
                               strSeen += cDialog.windowTitle();
+                              nWidth = cDialog.findChild<QTableWidget *>("tblRGB")->columnWidth(1);
                               for (const char *szTable : {"tblRGB", "tblGray8"}) {
                                   auto *pcTable = cDialog.findChild<QTableWidget *>(szTable);
                                   for (int nRow = -1; nRow < pcTable->rowCount(); ++nRow)
@@ -85,7 +89,9 @@ private slots:
                           },
                           DialogUser::press("btnCancel")});
         QCOMPARE(configure("<InputID>7</InputID>", &cStore), "");
-        QCOMPARE(strSeen, "写内存盘配置|名称|描述|彩色三||彩色七|相机|名称|描述|零||灰度七|阈值之后");
+        QCOMPARE(strSeen,
+                 "写内存盘配置|名称|描述|彩色三|" + strLong + "|彩色七|相机|名称|描述|零||灰度七|阈值之后");
+        QVERIFY(nWidth > QApplication::fontMetrics().horizontalAdvance(strLong)); // all can be read
         QVERIFY(cUser.isContent());
     }
 
