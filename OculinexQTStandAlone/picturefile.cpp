@@ -41,9 +41,14 @@ QByteArray bytesAt(QFile &cFile, qint64 nOffset, int nCount)
     return achBytes.leftJustified(nCount, '\0');
 }
 
-bool isIcon(const QImageReader &cReader)
+/// The first bytes of the PNG file that an icon consists of; empty where there is none.
+QByteArray pngOfIcon(QFile &cFile, const QImageReader &cReader)
 {
-    return cReader.format() == "ico" || cReader.format() == "cur";
+    if (cReader.format() != "ico" && cReader.format() != "cur")
+        return QByteArray();
+    const quint32 nFile = qFromLittleEndian<quint32>(bytesAt(cFile, 18, 4).constData());
+    const QByteArray achPng = bytesAt(cFile, nFile, 24);
+    return achPng.startsWith("\x89PNG") ? achPng : QByteArray();
 }
 
 /// The size that a reader tells. That of a BMP file whose rows run from the top down has a negative height.
@@ -63,25 +68,20 @@ QSize decodedSize(QFile &cFile, const QImageReader &cReader)
         return cTold.expandedTo({qFromLittleEndian<quint16>(achScreen.constData()),
                                  qFromLittleEndian<quint16>(achScreen.constData() + 2)});
     }
-    if (isIcon(cReader)) {
-        const quint32 nFile = qFromLittleEndian<quint32>(bytesAt(cFile, 18, 4).constData());
-        const QByteArray achPng = bytesAt(cFile, nFile, 24);
-        if (achPng.startsWith("\x89PNG"))
-            return cTold.expandedTo({qFromBigEndian<qint32>(achPng.constData() + 16),
-                                     qFromBigEndian<qint32>(achPng.constData() + 20)});
-    }
+    const QByteArray achPng = pngOfIcon(cFile, cReader);
+    if (!achPng.isEmpty())
+        return cTold.expandedTo({qFromBigEndian<qint32>(achPng.constData() + 16),
+                                 qFromBigEndian<qint32>(achPng.constData() + 20)});
     return cTold;
 }
 
-/// Whether an icon's list of contents announces more bytes than there are. Its decoder asks the memory for
-/// them all, and ends the process that hasn't got them.
+/// Whether an icon's list of contents announces far more bytes than there are. The decoder of a PNG file in
+/// it asks the memory for them all, and ends the process that hasn't got them.
 bool lacksBytes(QFile &cFile, const QImageReader &cReader)
 {
-    if (!isIcon(cReader))
-        return false;
-    const QByteArray achPlace = bytesAt(cFile, 14, 8);
-    const qint64 nBytes = qFromLittleEndian<quint32>(achPlace.constData());
-    return qFromLittleEndian<quint32>(achPlace.constData() + 4) + nBytes > cFile.size();
+    constexpr qint64 HARMLESS = 1 << 20;
+    const qint64 nBytes = qFromLittleEndian<quint32>(bytesAt(cFile, 14, 4).constData());
+    return nBytes > qMax(cFile.size(), HARMLESS) && !pngOfIcon(cFile, cReader).isEmpty();
 }
 
 /// Whether a picture of that size can be decoded and stored. A file of a few bytes may announce any.

@@ -102,6 +102,7 @@ private slots:
         row("16 bit grey", "grey16.png", QImage::Format_Grayscale16);
         row("16 bit colour", "deep.png", QImage::Format_RGBA64);
         row("one bit", "mono.png", QImage::Format_Mono);
+        row("icon that overstates its bytes", "icon.ico", QImage::Format_ARGB32);
     }
     void loadsEveryFormatAndWidth()
     {
@@ -109,6 +110,8 @@ private slots:
         QFETCH(QImage::Format, eFormat);
         for (int nWidth = 1; nWidth <= 9; ++nWidth) {
             QVERIFY(pattern(nWidth, 4, eFormat).save(path(strFile)));
+            if (strFile == "icon.ico")
+                write("icon.ico", read("icon.ico").replace(14, 4, "\xFF\xFF\xFF\x7F"));
             const QImage cDecoded(path(strFile));
             const bool bIndexed = cDecoded.format() == QImage::Format_Indexed8;
 
