@@ -318,6 +318,8 @@ private slots:
         QFETCH(QString, strPattern);
         m_pcAPM->getParamGray8(1)->resize(4, 2);
         m_pcAPM->getParamStrings(9)->addString(QStringLiteral("零件"));
+        if (strPattern.isEmpty())
+            QTest::ignoreMessage(QtWarningMsg, QRegularExpression("cannot save .*cam.*: "));
         QCOMPARE(save(strConfig + greyTo("cam", "1")), QString());
         const QStringList lstFiles = files();
         QCOMPARE(lstFiles.size(), strPattern.isEmpty() ? 0 : 1);

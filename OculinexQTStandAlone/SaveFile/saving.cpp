@@ -92,11 +92,16 @@ QString filePath(const ConfigText &cSettings, ArithmParamMgr *pcAPM)
     return strBase + strFile;
 }
 
+void tellFailure(const QString &strPath, const QString &strError)
+{
+    qCWarning(lcFile).noquote() << "cannot save" << strPath + QLatin1Char(':') << strError;
+}
+
 void save(const QImage &cImage, const QString &strPath)
 {
     QString strError;
     if (!PictureFile::write(cImage, strPath, strError))
-        qCWarning(lcFile).noquote() << "cannot save" << strPath + QLatin1Char(':') << strError;
+        tellFailure(strPath, strError);
 }
 
 void saveColour(const ParamDIB *pcDIB, const QString &strPath)
@@ -148,7 +153,9 @@ void saveView(int nView, const QString &strPath)
     QImage cImage;
     {
         const ViewHold cView(nView);
-        if (!cView || !cView->haveDrawingOpt())
+        if (!cView)
+            return tellFailure(strPath, QStringLiteral("there is no view %1").arg(nView));
+        if (!cView->haveDrawingOpt())
             return;
         cImage = QImage(cView->m_nViewWidth, cView->m_nViewHeight, QImage::Format_RGB888);
         cImage.fill(0);
@@ -189,16 +196,17 @@ char *Saving::execute(char *pchConfig, ArithmParamMgr *pcAPM)
     const ConfigText cSettings(pchConfig);
     const QString strPath = filePath(cSettings, pcAPM);
     const int nWindow = cSettings.number("Wnd");
-    if (nWindow >= 0 && nWindow < WINDOW_STORE) {
+    const int nID = cSettings.number("PicID");
+    const QString strType = cSettings.text("PicType");
+    const bool bFromStore = nWindow == WINDOW_STORE && nID >= 0;
+    if (nWindow >= 0 && nWindow < WINDOW_STORE)
         saveView(nWindow, strPath);
-    } else if (nWindow == WINDOW_STORE) {
-        const int nID = cSettings.number("PicID");
-        const QString strType = cSettings.text("PicType");
-        if (nID >= 0 && strType == QLatin1String("RGB"))
-            saveColour(pcAPM->getParamDIB(nID), strPath);
-        else if (nID >= 0 && strType == QLatin1String("Gray"))
-            saveGrey(pcAPM->getParamGray8(nID), strPath);
-    }
+    else if (bFromStore && strType == QLatin1String("RGB"))
+        saveColour(pcAPM->getParamDIB(nID), strPath);
+    else if (bFromStore && strType == QLatin1String("Gray"))
+        saveGrey(pcAPM->getParamGray8(nID), strPath);
+    else
+        tellFailure(strPath, QStringLiteral("the step names no picture"));
     return TextBuffer::blank();
 }
 
