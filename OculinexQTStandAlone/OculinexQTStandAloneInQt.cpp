@@ -191,9 +191,10 @@ void init()
     TaskMgr::getInstance()->setMssageCallBack(FuncHaveErrorMessage);
     TaskMgr::getInstance()->setPrintCallBack(FuncHavePrintMessage);
     // As much as lets a list of that many texts move them rather than grow: a message that says that
-    // memory is short needs none.
+    // memory is short needs none. A host that wants no limit sets one that no memory could hold.
+    constexpr int MOST = 1000;
     for (QList<QString> *plstMsg : {&glstErrMsg, &glstOutputMsg})
-        plstMsg->reserve(4 * gMaxMsgNum);
+        plstMsg->reserve(4 * qBound(0, gMaxMsgNum, MOST));
     gbInited = true;
 }
 

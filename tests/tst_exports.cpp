@@ -60,7 +60,11 @@ class TestExports : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase() { ::init(); }
+    void initTestCase()
+    {
+        const QScopedValueRollback<int> cUnlimited(gMaxMsgNum, 300000000);
+        ::init();
+    }
 
     void cleanup()
     {
