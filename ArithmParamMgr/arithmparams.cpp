@@ -49,7 +49,8 @@ void *allocatePixels(std::size_t nBytes)
     void *pPixels = nullptr;
     if (nBytes == 0 || posix_memalign(&pPixels, PIXEL_ALIGNMENT, nBytes) != 0)
         return nullptr;
-    return std::memset(pPixels, 0, nBytes);
+    // All that a later size may find large enough.
+    return std::memset(pPixels, 0, malloc_usable_size(pPixels));
 }
 
 // The allocator knows how much a buffer holds; the picture has no member for it.

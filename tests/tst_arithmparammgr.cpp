@@ -49,6 +49,12 @@ void checkPicture(Pixel *(Param::*get)() const, int nBits)
         cParam.resize(cSize.width(), cSize.height());
         return QSize(cParam.getWidth(), cParam.getHeight());
     };
+    mallopt(M_PERTURB, 0xA5);
+    resize({1, 1});
+    // What may become pixels with the next size, too.
+    QVERIFY(
+        std::all_of(pixels(), pixels() + malloc_usable_size(pixels()), [](uchar uch) { return uch == 0; }));
+    mallopt(M_PERTURB, 0);
     // Sizes of which the bytes, also those of a row, exceed an int or come to few in 32 or 64 bits.
     for (QSize cBad : {QSize(0, 5), QSize(-5, 5), QSize(46341, 46341), QSize(65536, 65536),
                        QSize(0x40000001, 8), QSize(2, INT_MAX), QSize(INT_MAX, 2), QSize(INT_MAX, INT_MAX)}) {
