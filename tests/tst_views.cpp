@@ -223,6 +223,12 @@ void TestViews::viewsComeAndGo()
     const Canvas cCanvas(5);
     QVERIFY(!cCanvas->haveDrawingOpt());
     QCOMPARE(cCanvas->m_nViewHeight.load(), 2);
+
+    QLoggingCategory::setFilterRules("oculinex.task.info=true");
+    QTest::ignoreMessage(QtInfoMsg, "there is no view 4 to draw into");
+    drawStep(4, newStore().get());
+    QTest::ignoreMessage(QtInfoMsg, QRegularExpression("names nothing .*<DataType>9"));
+    drawStep(5, newStore().get(), 9);
     QCOMPARE(lstDestroyed, QVector<int>({1, 2}));
 }
 

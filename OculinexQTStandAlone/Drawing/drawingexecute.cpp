@@ -9,6 +9,7 @@
 #include "arithmparammgr.h"
 #include "configtext.h"
 #include "dialogs.h"
+#include "logging.h"
 #include "viewhold.h"
 
 namespace
@@ -156,11 +157,13 @@ Drawing::DrawingOpt *Drawing::parseConfigString(QString strConfig, ArithmParamMg
 char *Drawing::execute(char *pchConfig, ArithmParamMgr *pcAPM)
 {
     std::unique_ptr<DrawingOpt> pcOpt(parseConfigString(QString::fromUtf8(pchConfig), pcAPM));
-    if (pcOpt) {
-        if (const ViewHold cView(pcOpt->getViewID()); cView) {
-            pcOpt->m_pcAPM = pcAPM;
-            cView->pushDrawingOpt(pcOpt.release());
-        }
+    if (!pcOpt) {
+        qCInfo(lcTask) << "a drawing step names nothing that can be drawn:" << pchConfig;
+    } else if (const ViewHold cView(pcOpt->getViewID()); cView) {
+        pcOpt->m_pcAPM = pcAPM;
+        cView->pushDrawingOpt(pcOpt.release());
+    } else {
+        qCInfo(lcTask) << "there is no view" << pcOpt->getViewID() << "to draw into";
     }
     QString strResult;
     return transConfigStr(strResult);
