@@ -34,6 +34,14 @@ Kept removeKept(Kept *pcKept)
 }
 } // namespace
 
+unsigned char *PixelBuffers::allocate(size_t nBytes)
+{
+    constexpr size_t CACHE_LINE = 64;
+    void *pvBytes = nullptr;
+    return posix_memalign(&pvBytes, CACHE_LINE, nBytes) == 0 ? static_cast<unsigned char *>(pvBytes)
+                                                             : nullptr;
+}
+
 unsigned char *PixelBuffers::take(size_t nBytes)
 {
     if (nBytes == 0)
@@ -47,7 +55,7 @@ unsigned char *PixelBuffers::take(size_t nBytes)
                 return removeKept(&s_acKept[i]).m_puchBuffer;
         }
     }
-    return static_cast<unsigned char *>(malloc(nBytes));
+    return allocate(nBytes);
 }
 
 void PixelBuffers::giveBack(unsigned char *puchBuffer)

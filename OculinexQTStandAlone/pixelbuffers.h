@@ -12,6 +12,10 @@
 /// Threads: any; a leaf lock.
 namespace PixelBuffers
 {
+/// nBytes bytes of undefined contents from the start of a cache line, which copies and conversions are
+/// quickest with; null when they cannot be allocated. Freed by free().
+unsigned char *allocate(size_t nBytes);
+
 /// At least nBytes bytes of undefined contents; null when nBytes is 0 or cannot be allocated.
 unsigned char *take(size_t nBytes);
 /// Gives a buffer of take() back; null is ignored.

@@ -97,7 +97,7 @@ template <typename Record>
 void freeBuffers(const QList<Record *> &lstRecords, unsigned char *Record::*pPixels)
 {
     for (Record *pcRecord : lstRecords) {
-        delete[] std::exchange(pcRecord->*pPixels, nullptr);
+        std::free(std::exchange(pcRecord->*pPixels, nullptr));
         pcRecord->m_nBuffLen = 0;
     }
 }

@@ -1,5 +1,7 @@
 #include "MemoryDisk/memorydisk.h"
 
+#include <cstdlib>
+
 #include "MemoryDisk/memorypool.h"
 
 namespace
@@ -52,12 +54,12 @@ MemoryDisk (&MemoryDisk::s_acMemDisk)[MemoryDisk::DISK_NUM] = makeDisks();
 
 MemoryDisk::DIB::~DIB()
 {
-    delete[] m_puchDIB;
+    std::free(m_puchDIB);
 }
 
 MemoryDisk::Gray8::~Gray8()
 {
-    delete[] m_puchGray8;
+    std::free(m_puchGray8);
 }
 
 MemoryDisk *MemoryDisk::getInstance(int nPos)

@@ -1,14 +1,15 @@
 #ifndef MEMORYPOOL_H
 #define MEMORYPOOL_H
 
+#include <cstdlib>
 #include <cstring>
 #include <limits>
-#include <new>
 
 #include <QList>
 #include <QMutex>
 
 #include "MemoryDisk/countingsemaphore.h"
+#include "pixelbuffers.h"
 #include "qguard.h"
 
 /// The pool of one kind of picture: the members of a MemoryDisk that make it, and what is done with
@@ -147,10 +148,10 @@ private:
     {
         if (cRecord.m_nBuffLen >= nSize)
             return true;
-        auto *puchGrown = new (std::nothrow) unsigned char[static_cast<size_t>(nSize)];
+        unsigned char *puchGrown = PixelBuffers::allocate(static_cast<size_t>(nSize));
         if (!puchGrown)
             return false;
-        delete[](cRecord.*m_pPixels);
+        std::free(cRecord.*m_pPixels);
         cRecord.*m_pPixels = puchGrown;
         cRecord.m_nBuffLen = nSize;
         return true;
