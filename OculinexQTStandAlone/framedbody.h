@@ -11,6 +11,8 @@ struct FramedBody {
     qsizetype m_nEnd = 0;   ///< one past the last character of the end marker
 
     static FramedBody find(QStringView strSource, QStringView strBegin, QStringView strEnd);
+    /// Where the marker first stands from nFrom on, in whatever case; -1 where it does not.
+    static qsizetype findMarker(QStringView strText, QStringView strMarker, qsizetype nFrom = 0);
 };
 
 #endif

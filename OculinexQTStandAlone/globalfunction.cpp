@@ -2,13 +2,25 @@
 
 #include "framedbody.h"
 
+qsizetype FramedBody::findMarker(QStringView strText, QStringView strMarker, qsizetype nFrom)
+{
+    // No other character folds to '<', so the quick search for it misses nothing.
+    const QChar chBracket = QLatin1Char('<');
+    if (!strMarker.startsWith(chBracket))
+        return strText.indexOf(strMarker, nFrom, Qt::CaseInsensitive);
+    qsizetype nAt = strText.indexOf(chBracket, nFrom);
+    while (nAt >= 0 && !strText.mid(nAt).startsWith(strMarker, Qt::CaseInsensitive))
+        nAt = strText.indexOf(chBracket, nAt + 1);
+    return nAt;
+}
+
 FramedBody FramedBody::find(QStringView strSource, QStringView strBegin, QStringView strEnd)
 {
-    const qsizetype nBegin = strSource.indexOf(strBegin, 0, Qt::CaseInsensitive);
+    const qsizetype nBegin = findMarker(strSource, strBegin);
     if (nBegin < 0)
         return {};
     // From the start and not from behind the begin marker: there is no pairing of markers.
-    const qsizetype nEnd = strSource.indexOf(strEnd, 0, Qt::CaseInsensitive);
+    const qsizetype nEnd = findMarker(strSource, strEnd);
     if (nBegin >= nEnd || nEnd >= strSource.size())
         return {};
     const qsizetype nBody = nBegin + strBegin.size();

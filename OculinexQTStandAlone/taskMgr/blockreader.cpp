@@ -1,5 +1,7 @@
 #include "taskMgr/blockreader.h"
 
+#include "framedbody.h"
+
 BlockReader::BlockReader(QStringView strText, QStringView strBegin, QStringView strEnd)
     : m_strText(strText), m_strBegin(strBegin), m_strEnd(strEnd)
 {
@@ -11,8 +13,9 @@ QStringView BlockReader::next()
     if (lengthBeforeJoin(m_strEnd) > 0)
         return {};
     const int nSpan = lengthBeforeJoin(m_strBegin);
-    const qsizetype nBegin = nSpan > 0 ? m_nRest - nSpan : find(m_strBegin);
-    const qsizetype nEnd = find(m_strEnd);
+    const qsizetype nBegin =
+        nSpan > 0 ? m_nRest - nSpan : FramedBody::findMarker(m_strText, m_strBegin, m_nRest);
+    const qsizetype nEnd = FramedBody::findMarker(m_strText, m_strEnd, m_nRest);
     if ((nSpan == 0 && nBegin < 0) || nEnd < nBegin || nEnd < 0)
         return {};
 
@@ -23,18 +26,6 @@ QStringView BlockReader::next()
     m_nRest = nEnd + m_strEnd.size();
     const qsizetype nBody = nBegin + m_strBegin.size();
     return m_strText.mid(nBody, nEnd - nBody);
-}
-
-qsizetype BlockReader::find(QStringView strMarker) const
-{
-    // No other character folds to '<', so the quick search for it misses nothing.
-    const qsizetype nLast = m_strText.size() - strMarker.size();
-    for (qsizetype nAt = m_strText.indexOf(QLatin1Char('<'), m_nRest); nAt >= 0 && nAt <= nLast;
-         nAt = m_strText.indexOf(QLatin1Char('<'), nAt + 1)) {
-        if (m_strText.mid(nAt, strMarker.size()).compare(strMarker, Qt::CaseInsensitive) == 0)
-            return nAt;
-    }
-    return -1;
 }
 
 /// How many characters of a marker that spans the join stand in the kept part; 0 if none spans it.

@@ -22,7 +22,6 @@ public:
     QString rest() const { return m_strKept + m_strText.mid(m_nRest).toString(); }
 
 private:
-    qsizetype find(QStringView strMarker) const;
     int lengthBeforeJoin(QStringView strMarker) const;
 
     const QStringView m_strText;
