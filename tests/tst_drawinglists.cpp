@@ -12,6 +12,7 @@
 
 #include "Drawing/drawing.h"
 #include "arithmparammgr.h"
+#include "fixtures/row.h"
 
 namespace
 {
@@ -22,7 +23,8 @@ constexpr int INT_HIGH = std::numeric_limits<int>::max();
 const QColor s_cOrange(255, 128, 64);
 const QColor s_cExchanged(64, 128, 255);
 const QColor s_cComplement(0, 127, 191);
-const QString s_strOrange = QString::number(0x12FF8040); // its alpha must not matter
+// The alpha must not matter.
+const QString s_strOrange = QStringLiteral("<Color>%1</Color><BorderColor>%1</BorderColor>").arg(0x12FF8040);
 
 QImage black(int nWidth = 200, int nHeight = 150)
 {
@@ -40,11 +42,6 @@ void lines(QPainter &c, const QVector<QLine> &lstLines)
 {
     c.drawLines(lstLines);
 }
-
-QString tags(const char *szTags)
-{
-    return QString(szTags).replace(QLatin1String("ORANGE"), s_strOrange);
-}
 } // namespace
 
 /// The lists: where points, lines, polygons, areas and texts are painted, and in which colour.
@@ -61,7 +58,7 @@ private slots:
     void mapsCoordinates_data();
     void mapsCoordinates();
     void paintsPixelByPixel();
-    void computesAreas();
+    void squaresTheAreaOfWhatIsNearlyFlat();
     void hostileNumbers();
     void emptyListsAndMissingOnes();
     void textsNeedAGuiApplication();
@@ -77,20 +74,19 @@ private:
     {
         const std::unique_ptr<Drawing::DrawingOpt> pcOpt(Drawing::parseConfigString(
             QStringLiteral("<DataType>%1</DataType><DataID>%2</DataID><Config>%3</Config>")
-                .arg(nType)
-                .arg(ID)
-                .arg(strSettings),
+                .arg(QString::number(nType), QString::number(ID), strSettings),
             &m_cStore));
         return drawn(*pcOpt, cTarget);
     }
-    /// Compares with what a painter paints.
-    void compare(int nType, const char *szTags, const std::function<void(QPainter &)> &fnPaint)
+    /// Compares what is drawn in orange with what a painter paints.
+    void compare(int nType, const QString &strSettings, const std::function<void(QPainter &)> &fnPaint)
     {
         QImage cExpected = black();
         QPainter cPainter(&cExpected);
+        cPainter.setPen(s_cOrange);
         fnPaint(cPainter);
         cPainter.end();
-        QVERIFY2(drawn(nType, tags(szTags)) == cExpected, szTags);
+        QVERIFY2(drawn(nType, strSettings + s_strOrange) == cExpected, qPrintable(strSettings));
     }
 
     ArithmParamMgr m_cStore;
@@ -98,34 +94,34 @@ private:
 
 void TestDrawingLists::mapsCoordinates_data()
 {
-    QTest::addColumn<QVector<float>>("lstScale");
+    QTest::addColumn<QPointF>("cScale");
     QTest::addColumn<QPoint>("cOffset");
     QTest::addColumn<QPoint>("cPoint");
-    QTest::addColumn<QPoint>("cPixel"); // (-1, -1): none
-    const auto row = [](const char *szName, const QVector<float> &lstScale, QPoint cOffset, QPoint cPoint,
-                        QPoint cPixel) { QTest::newRow(szName) << lstScale << cOffset << cPoint << cPixel; };
-    row("offset", {1, 1}, {160, 120}, {160, 219}, {0, 99});
-    row("scale", {2, 0.5F}, {0, 0}, {7, 7}, {3, 14});
-    row("towards zero", {3, 3}, {2, 2}, {0, 0}, {0, 0});
-    row("outside", {1, 1}, {0, 0}, {100, 5}, {-1, -1});
-    row("scale 0", {0, 1}, {0, 0}, {5, 5}, {-1, -1});
-    row("0 by scale 0", {1, 0}, {0, 0}, {0, 0}, {-1, -1});
-    row("difference overflows", {1, 1}, {INT_HIGH, 0}, {INT_LOW, 0}, {-1, -1});
-    row("overflow, scaled back", {0x1p26F, 1}, {INT_LOW, 0}, {INT_HIGH, 0}, {64, 0});
+    QTest::addColumn<QPoint>("cPixel");
+    const QPoint cNone(-1, -1);
+    row("offset", QPointF(1, 1), QPoint(160, 120), QPoint(160, 219), QPoint(0, 99));
+    row("scale", QPointF(2, 0.5), QPoint(0, 0), QPoint(7, 7), QPoint(3, 14));
+    row("towards zero", QPointF(3, 3), QPoint(2, 2), QPoint(0, 0), QPoint(0, 0));
+    row("outside", QPointF(1, 1), QPoint(0, 0), QPoint(100, 5), cNone);
+    row("scale 0", QPointF(0, 1), QPoint(0, 0), QPoint(5, 5), cNone);
+    row("0 by scale 0", QPointF(1, 0), QPoint(0, 0), QPoint(0, 0), cNone);
+    row("overflow", QPointF(1, 1), QPoint(INT_HIGH, 0), QPoint(INT_LOW, 0), cNone);
+    row("overflow, scaled back", QPointF(0x1p26, 1), QPoint(INT_LOW, 0), QPoint(INT_HIGH, 0), QPoint(64, 0));
 }
 
 void TestDrawingLists::mapsCoordinates()
 {
-    QFETCH(QVector<float>, lstScale);
+    QFETCH(QPointF, cScale);
     QFETCH(QPoint, cOffset);
     QFETCH(QPoint, cPoint);
     QFETCH(QPoint, cPixel);
-    Drawing::setViewScaleOpt(VIEW, {{lstScale[0], lstScale[1]}, {cOffset.x(), cOffset.y()}});
+    Drawing::setViewScaleOpt(
+        VIEW, {{static_cast<float>(cScale.x()), static_cast<float>(cScale.y())}, {cOffset.x(), cOffset.y()}});
     m_cStore.getParamPoints(ID)->addPoint({cPoint.x(), cPoint.y()});
     QImage cExpected = black(100, 100);
     if (cPixel.x() >= 0)
         cExpected.setPixelColor(cPixel, s_cOrange);
-    QCOMPARE(drawn(3, tags("<Color>ORANGE</Color>"), black(100, 100)), cExpected);
+    QCOMPARE(drawn(3, s_strOrange, black(100, 100)), cExpected);
 }
 
 void TestDrawingLists::paintsPixelByPixel()
@@ -133,29 +129,22 @@ void TestDrawingLists::paintsPixelByPixel()
     Drawing::setViewScaleOpt(VIEW, {{0.5F, 0.5F}, {0, 0}}); // every coordinate twice
 
     m_cStore.getParamPoints(ID)->setPoints({{10, 10}, {0, 99}, {-20, 50}, {101, 50}});
-    for (const char *szSize : {"<Size>0</Size>", "<Size>-3</Size>", ""})
-        compare(3, (QByteArray(szSize) + "<Color>ORANGE</Color>").constData(), [](QPainter &c) {
-            c.setPen(s_cOrange);
-            c.drawPoint(20, 20);
-        });
-    compare(3, "<Size>3</Size><Color>ORANGE</Color>", [](QPainter &c) {
-        c.setPen(s_cOrange);
+    for (const char *szSize : {"<Size>-3</Size>", ""})
+        compare(3, szSize, [](QPainter &c) { c.drawPoint(20, 20); });
+    compare(3, "<Size>3</Size>", [](QPainter &c) {
         lines(c, {{17, 20, 23, 20}, {20, 17, 20, 23}, {199, 100, 205, 100}});
     });
-    compare(3, "<Size>2147483647</Size><Color>ORANGE</Color>", [](QPainter &c) {
-        c.setPen(s_cOrange);
+    compare(3, "<Size>2147483647</Size>", [](QPainter &c) {
         lines(c, {{0, 20, 199, 20}, {20, 0, 20, 149}, {0, 100, 199, 100}, {0, 0, 0, 149}});
     });
 
     m_cStore.getParamLines(ID)->setLines({{10, 20, 60, 20}, {10, 60, 40, 20}});
-    for (const int nSize : {-2, 0, 1, 6})
-        compare(
-            4, QStringLiteral("<Size>%1</Size><DspLen>2</DspLen><Color>ORANGE</Color>").arg(nSize).toLatin1(),
-            [nSize](QPainter &c) {
-                c.setPen(solid(s_cOrange, nSize));
-                lines(c, {{20, 40, 120, 40}, {20, 120, 80, 40}});
-            });
-    compare(4, "<Size>6 px</Size><DspLen>1</DspLen><Color>ORANGE</Color>", [](QPainter &c) {
+    for (const int nSize : {-2, 0, 6})
+        compare(4, QStringLiteral("<Size>%1</Size><DspLen>2</DspLen>").arg(nSize), [nSize](QPainter &c) {
+            c.setPen(solid(s_cOrange, nSize));
+            lines(c, {{20, 40, 120, 40}, {20, 120, 80, 40}});
+        });
+    compare(4, "<Size>6 px</Size><DspLen>1</DspLen>", [](QPainter &c) {
         c.setPen(solid(s_cOrange, 1));
         c.drawLine(20, 40, 120, 40);
         c.setPen(s_cComplement); // and it stays
@@ -167,78 +156,55 @@ void TestDrawingLists::paintsPixelByPixel()
     // Two vertices draw nothing; only the border exchanges red and blue.
     m_cStore.getParamPolys(ID)->setPolys(
         {{{{45, 45}, {48, 48}}}, {{{5, 5}, {30, 5}, {30, 20}, {5, 20}}}, {{{35, 65}, {40, 70}, {40, 65}}}});
-    for (const int nSize : {0, 5})
-        compare(5,
-                QStringLiteral("<BorderSize>%1</BorderSize><BorderColor>ORANGE</BorderColor>")
-                    .arg(nSize)
-                    .toLatin1(),
-                [nSize](QPainter &c) {
-                    c.setPen(solid(s_cExchanged, nSize));
-                    lines(c, {{10, 10, 60, 10}, {60, 10, 60, 40}, {60, 40, 10, 40}, {10, 40, 10, 10}});
-                    lines(c, {{70, 130, 80, 140}, {80, 140, 80, 130}, {80, 130, 70, 130}});
-                });
-    compare(5, "<BorderSize>5</BorderSize><BorderColor>ORANGE</BorderColor><DspArea>1</DspArea>",
-            [](QPainter &c) {
-                c.setPen(solid(s_cExchanged, 5));
-                lines(c, {{10, 10, 60, 10}, {60, 10, 60, 40}, {60, 40, 10, 40}, {10, 40, 10, 10}});
+    for (const bool bArea : {false, true})
+        compare(5, bArea ? "<BorderSize>5</BorderSize><DspArea>1</DspArea>" : "", [bArea](QPainter &c) {
+            c.setPen(solid(s_cExchanged, bArea ? 5 : 0));
+            lines(c, {{10, 10, 60, 10}, {60, 10, 60, 40}, {60, 40, 10, 40}, {10, 40, 10, 10}});
+            if (bArea) {
                 c.setPen(s_cComplement); // and it stays
                 c.drawText(35, 25, QStringLiteral("1500.00"));
-                lines(c, {{70, 130, 80, 140}, {80, 140, 80, 130}, {80, 130, 70, 130}});
                 c.drawText(76, 133, QStringLiteral("-50.00"));
-            });
+            }
+            lines(c, {{70, 130, 80, 140}, {80, 140, 80, 130}, {80, 130, 70, 130}});
+        });
 
     m_cStore.getParamAreas(ID)->setName(QStringLiteral("name"));
     m_cStore.getParamAreas(ID)->setAreas({{5, {10, 25, 5, 40}, 20, 17}, {123456, {35, 45, 5, 15}, 0, 74}});
     for (const bool bName : {false, true})
-        compare(6, bName ? "<Color>ORANGE</Color><DspArea>1</DspArea>" : "<Color>ORANGE</Color>",
-                [bName](QPainter &c) {
-                    c.setPen(s_cOrange);
-                    c.drawRect(10, 20, 70, 30);
-                    c.drawRect(10, 70, 20, 20);
-                    lines(c, {{37, 34, 43, 34}, {40, 31, 40, 37}, {0, 148, 3, 148}, {0, 145, 0, 149}});
-                    c.setPen(s_cComplement);
-                    if (bName) {
-                        c.drawText(13, 17, QStringLiteral("name"));
-                        c.drawText(13, 67, QStringLiteral("name"));
-                    }
-                });
+        compare(6, bName ? "<DspArea>1</DspArea>" : "", [bName](QPainter &c) {
+            c.drawRect(10, 20, 70, 30);
+            c.drawRect(10, 70, 20, 20);
+            lines(c, {{37, 34, 43, 34}, {40, 31, 40, 37}, {0, 148, 3, 148}, {0, 145, 0, 149}});
+            c.setPen(s_cComplement);
+            for (const int nY : {17, 67})
+                c.drawText(13, nY, bName ? QStringLiteral("name") : QString());
+        });
 
     // An empty text leaves its line blank; a zero ends a text.
     m_cStore.getParamStrings(ID)->setStrings(
         {QStringLiteral("MM"), QString(), QStringLiteral("a") + QChar(0) + "M"});
     for (const int nSize : {20, 3})
-        compare(7,
-                QStringLiteral("<FontSize>%1</FontSize><Pos>10,5</Pos><Color>ORANGE</Color>")
-                    .arg(nSize)
-                    .toLatin1(),
-                [nSize](QPainter &c) {
-                    const int nPixels = qMax(nSize, 5);
-                    QFont cFont;
-                    cFont.setPixelSize(nPixels);
-                    c.setFont(cFont);
-                    c.setPen(s_cOrange);
-                    c.drawText(20, 10 + nPixels, QStringLiteral("MM"));
-                    c.drawText(20, 10 + nPixels + 2 * (nPixels + 10), QStringLiteral("a"));
-                });
+        compare(7, QStringLiteral("<FontSize>%1</FontSize><Pos>10,5</Pos>").arg(nSize), [nSize](QPainter &c) {
+            const int nPixels = qMax(nSize, 5);
+            QFont cFont;
+            cFont.setPixelSize(nPixels);
+            c.setFont(cFont);
+            c.drawText(20, 10 + nPixels, QStringLiteral("MM"));
+            c.drawText(20, 10 + nPixels + 2 * (nPixels + 10), QStringLiteral("a"));
+        });
     // 1023 bytes, no more: what a longer one adds is not painted.
-    m_cStore.getParamStrings(ID)->setStrings({QString(1021, QLatin1Char(' ')) + QStringLiteral("MM")});
-    const QImage cWhole = drawn(7, tags("<FontSize>12</FontSize><Color>ORANGE</Color>"), black(9000, 30));
-    m_cStore.getParamStrings(ID)->setStrings({QString(1021, QLatin1Char(' ')) + QStringLiteral("MMMM")});
-    QVERIFY(cWhole != black(9000, 30));
-    QCOMPARE(drawn(7, tags("<FontSize>12</FontSize><Color>ORANGE</Color>"), black(9000, 30)), cWhole);
+    const auto fnLong = [this](const char *szEnd) {
+        m_cStore.getParamStrings(ID)->setStrings({QString(1021, QLatin1Char(' ')) + szEnd});
+        return drawn(7, "<FontSize>12</FontSize>" + s_strOrange, black(9000, 30));
+    };
+    QVERIFY(fnLong("MM") != black(9000, 30));
+    QCOMPARE(fnLong("MMMM"), fnLong("MM"));
 }
 
-void TestDrawingLists::computesAreas()
+void TestDrawingLists::squaresTheAreaOfWhatIsNearlyFlat()
 {
-    Drawing::PolysDrawingOpt cOpt(ID);
-    float afSquare[] = {0, 0, 10, 0, 10, 10, 0, 10};
-    QVERIFY(qAbs(cOpt.getPolyArea2D(afSquare, 4) - 100) < 1e-3F);
-    QCOMPARE(cOpt.getPolyArea2D(afSquare, 2), 0.0F);
-    float afTurned[] = {0, 10, 10, 10, 10, 0, 0, 0};
-    QVERIFY(qAbs(cOpt.getPolyArea2D(afTurned, 4) + 100) < 1e-3F);
-    // Not the area but its square for a nearly flat one: 4e-6, whose root is 2e-3.
     float afFlat[] = {0, 0, 2, 0, 1, 0.002F};
-    QVERIFY(cOpt.getPolyArea2D(afFlat, 3) < 1e-4F);
+    QVERIFY(Drawing::PolysDrawingOpt(ID).getPolyArea2D(afFlat, 3) < 1e-4F); // whose root is 2e-3
 }
 
 void TestDrawingLists::hostileNumbers()
@@ -263,10 +229,10 @@ void TestDrawingLists::hostileNumbers()
                     const QImage cTarget = drawn(
                         nType,
                         QStringLiteral("<Size>%1</Size><BorderSize>%1</BorderSize><FontSize>%1</FontSize>"
-                                       "<Pos>%1,%2</Pos><Color>255</Color><BorderColor>255</BorderColor>"
-                                       "<DspLen>1</DspLen><DspArea>1</DspArea>")
-                            .arg(nSize)
-                            .arg(nOffset),
+                                       "<Pos>%1,%2</Pos><DspLen>1</DspLen><DspArea>1</DspArea>")
+                                .arg(nSize)
+                                .arg(nOffset) +
+                            s_strOrange,
                         black(40, 30));
                     if (fScale == 0 || std::isnan(fScale))
                         QCOMPARE(cTarget, black(40, 30));
