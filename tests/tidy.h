@@ -20,14 +20,9 @@ namespace Tidy
 /// The texts of a widget that a person reads.
 inline QString captions(const QWidget *pcWidget)
 {
-    QString strText;
-    if (const auto *pcLabel = qobject_cast<const QLabel *>(pcWidget))
-        strText = QTextDocumentFragment::fromHtml(pcLabel->text()).toPlainText();
-    else if (const auto *pcButton = qobject_cast<const QAbstractButton *>(pcWidget))
-        strText = pcButton->text();
-    else if (const auto *pcGroup = qobject_cast<const QGroupBox *>(pcWidget))
-        strText = pcGroup->title();
-    else if (const auto *pcCombo = qobject_cast<const QComboBox *>(pcWidget))
+    QString strText = QTextDocumentFragment::fromHtml(pcWidget->property("text").toString()).toPlainText() +
+                      pcWidget->property("title").toString();
+    if (const auto *pcCombo = qobject_cast<const QComboBox *>(pcWidget))
         for (int nItem = 0; nItem < pcCombo->count(); ++nItem)
             strText += pcCombo->itemText(nItem);
     else if (const auto *pcTabs = qobject_cast<const QTabBar *>(pcWidget))

@@ -143,7 +143,7 @@ QStringList nonsense(const PluginSetting &cSetting)
     }
 }
 
-/// The settings of a README's table: what it says of the values and the default of each tag.
+/// What a README's table says of the values and the default of each tag.
 QMap<QString, QPair<QString, QString>> readmeTable(const QString &strReadme)
 {
     QMap<QString, QPair<QString, QString>> mapRow;
@@ -213,6 +213,7 @@ private slots:
     void missingInputs();
     void nonsenseSettings_data() { rows(algorithms() + dataSources()); }
     void nonsenseSettings();
+    void tables();
 
 private:
     static void rows(const QList<PluginTable> &lstTable)
@@ -227,6 +228,7 @@ void TestEveryPlugin::readme()
 {
     QFETCH(QString, strID);
     const PluginTable cTable = table(strID);
+    QVERIFY(!cTable.m_cHelp.m_strChinese.isEmpty() && !cTable.m_cHelp.m_strEnglish.isEmpty());
     const bool bAlgorithm = ArithmFactory::getInstance()->getArithm(strID);
     const QString strName = strID.mid(bAlgorithm ? strlen("OCX_") : 0).remove(' ');
     const QString strFolder = QStringLiteral(OCULINEX_SOURCE_DIR "/plugins/") +
@@ -249,9 +251,11 @@ void TestEveryPlugin::readme()
         if (!writtenDefault(cSetting).isEmpty())
             QCOMPARE(strDefault, writtenDefault(cSetting));
         mapRow.remove(cSetting.m_strTypeTag);
-        for (const char *szTag : {"Name", "Describe"})
-            QVERIFY2(!cSetting.isOutput() || mapRow.remove(cSetting.m_strPrefix + szTag),
-                     qPrintable(cSetting.m_strPrefix + szTag));
+        if (cSetting.isOutput()) {
+            QCOMPARE(mapRow.take(cSetting.m_strPrefix + "Name").second, cSetting.m_strName);
+            QCOMPARE(mapRow.remove(cSetting.m_strPrefix + "Describe"), 1);
+        }
+        QVERIFY(!cSetting.m_cCaption.m_strChinese.isEmpty());
     }
     QCOMPARE(mapRow.keys(), QStringList());
 }
@@ -277,14 +281,6 @@ void TestEveryPlugin::window()
         QString strFault;
         const DialogUser cUser({[&](QWidget &cTop) {
             strFault = Tidy::fault(&cTop);
-            // A folder for pictures of the windows, to be looked at.
-            const QString strShots = qEnvironmentVariable("OCULINEX_SHOTS");
-            if (!strShots.isEmpty()) {
-                constexpr int PREVIEW_MS = 500;
-                QTest::qSleep(PREVIEW_MS);
-                QCoreApplication::sendPostedEvents(); // no timers: they are the user's next steps
-                cTop.grab().save(strShots + '/' + strID + ".png");
-            }
             DialogUser::click(cTop, szButton);
         }});
         const QString strEdited =
@@ -370,6 +366,23 @@ void TestEveryPlugin::nonsenseSettings()
                      qPrintable(cSetting.m_strTag + " = " + strValue + '\n' + strResult));
         }
     }
+}
+
+/// What no README tells, and files without a table.
+void TestEveryPlugin::tables()
+{
+    const auto fnSetting = [](const QString &strID, const QString &strTag) {
+        const QList<PluginSetting> lstSetting = table(strID).m_lstSetting;
+        return *std::find_if(lstSetting.begin(), lstSetting.end(),
+                             [&](const PluginSetting &cSetting) { return cSetting.m_strTag == strTag; });
+    };
+    QCOMPARE(fnSetting("OCX_Blur", "InputID").m_lstKind, (QList<Kind>{Kind::Gray8, Kind::DIB}));
+    QCOMPARE(fnSetting("OCX_Blur", "Sigma").m_cUnit.m_strEnglish, QString("pixels"));
+    const PluginSetting cLimit = fnSetting("OCX_Compare", "UpperLimit");
+    QCOMPARE(cLimit.m_strWhenTag, QString("Condition"));
+    QCOMPARE(cLimit.m_lstWhenValue, (QStringList{"Between", "Outside"}));
+    for (const char *szFile : {"", "/no/such.so", OCULINEX_BINARY_DIR "/bin/DataSource/PictureFolder.so"})
+        QVERIFY(algorithmTable(szFile).isNull());
 }
 
 QTEST_MAIN(TestEveryPlugin)

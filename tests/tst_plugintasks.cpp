@@ -9,14 +9,6 @@
 
 using namespace EveryPlugin;
 
-namespace
-{
-QString field(const char *szName, const QString &strText)
-{
-    return QStringLiteral("<%1>%2</%1>\n").arg(szName, strText);
-}
-} // namespace
-
 class TestPluginTasks : public QObject
 {
     Q_OBJECT
@@ -38,17 +30,17 @@ void TestPluginTasks::runTogether()
     const QList<Step> lstFlow = flow();
     QVERIFY(lstFlow.size() > 10);
     for (const Step &cStep : lstFlow)
-        strSteps +=
-            field("-TaskItem-", field("-MaxExeTimes-", "-1") + field("-ArithmID-", cStep.m_cTable.m_strID) +
-                                    field("-OptionStr-", cStep.m_strConfig));
+        strSteps += tagged("-TaskItem-", tagged("-MaxExeTimes-", "-1") +
+                                             tagged("-ArithmID-", cStep.m_cTable.m_strID) +
+                                             tagged("-OptionStr-", cStep.m_strConfig));
     QString strTasks;
     for (int nTask = 0; nTask < TASKS; ++nTask)
-        strTasks += field(
+        strTasks += tagged(
             "=TaskInfo=",
-            field("-TaskName-", QString::number(nTask)) + field("-Kernel-", "-1") + field("-View-", "-1") +
-                field("-DataSource-", "<DSName>Picture Folder</DSName><OutputType>RGB</OutputType>"
-                                      "<OutputID>1</OutputID><Config><Path>" +
-                                          cDir.path() + "</Path><Loop>1</Loop></Config>") +
+            tagged("-TaskName-", QString::number(nTask)) + tagged("-Kernel-", "-1") + tagged("-View-", "-1") +
+                tagged("-DataSource-", "<DSName>Picture Folder</DSName><OutputType>RGB</OutputType>"
+                                       "<OutputID>1</OutputID><Config><Path>" +
+                                           cDir.path() + "</Path><Loop>1</Loop></Config>") +
                 strSteps);
     QFile cFile(cDir.filePath("four.tasks"));
     QVERIFY(cFile.open(QIODevice::WriteOnly) && cFile.write(strTasks.toUtf8()) > 0);
