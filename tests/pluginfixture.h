@@ -82,6 +82,8 @@ protected:
     {
         return runPlugin(strID, strConfig, m_pcStore.get());
     }
+    /// Runs a plug-in that has nothing to complain of.
+    void works(const QString &strID, const QString &strConfig) { QCOMPARE(run(strID, strConfig), QString()); }
 
     std::unique_ptr<ArithmParamMgr> m_pcStore;
 };
