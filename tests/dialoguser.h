@@ -10,6 +10,7 @@
 #include <QApplication>
 #include <QComboBox>
 #include <QLineEdit>
+#include <QListWidget>
 #include <QMessageBox>
 #include <QTabWidget>
 #include <QTableWidget>
@@ -29,15 +30,17 @@ public:
         s_pcPresent = this; // the one before has left
         wait();
     }
+    /// The test fails unless everything was done and nothing had to be closed.
     ~DialogUser()
     {
         if (s_pcPresent == this)
             s_pcPresent = nullptr;
+        if (!isContent())
+            QTest::qFail("The user of the dialogs is not content.", __FILE__, __LINE__);
     }
     DialogUser(const DialogUser &) = delete;
     DialogUser &operator=(const DialogUser &) = delete;
 
-    /// Whether everything was done and nothing had to be closed.
     bool isContent() const { return m_lstAct.empty() && !m_bClosed; }
 
     static void click(QWidget &cTop, const char *szButton)
@@ -73,6 +76,26 @@ public:
                     pcBox->setCurrentIndex(strValue.toInt());
                 else if (qobject_cast<QAbstractButton *>(pcWidget)->isChecked() != (strValue == "1"))
                     qobject_cast<QAbstractButton *>(pcWidget)->click();
+            }
+        };
+    }
+    /// Reads what widgets show, "name name …": the texts of line edits, of the items that combo boxes and
+    /// lists show as chosen, and of the tab in front; '|' after each.
+    static Act look(QString &strShown, const char *szNames)
+    {
+        return [&strShown, szNames](QWidget &cTop) {
+            for (const QString &strName : QString(szNames).split(' ')) {
+                auto *pcWidget = cTop.findChild<QWidget *>(strName);
+                if (auto *pcEdit = qobject_cast<QLineEdit *>(pcWidget))
+                    strShown += pcEdit->text();
+                else if (auto *pcBox = qobject_cast<QComboBox *>(pcWidget))
+                    strShown += pcBox->currentText();
+                else if (auto *pcTabs = qobject_cast<QTabWidget *>(pcWidget))
+                    strShown += pcTabs->tabText(pcTabs->currentIndex());
+                else
+                    for (const auto *pcItem : qobject_cast<QListWidget *>(pcWidget)->selectedItems())
+                        strShown += pcItem->text();
+                strShown += '|';
             }
         };
     }

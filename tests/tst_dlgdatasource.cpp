@@ -6,7 +6,6 @@
 
 #include <QtTest>
 
-#include <QComboBox>
 #include <QLineEdit>
 #include <QListWidget>
 
@@ -19,8 +18,6 @@
 
 namespace
 {
-using Instance = DataSource::DataSourceInstance;
-
 /// A kind in this process: what was called, and what its window does.
 QStringList s_lstCall;
 std::function<QByteArray()> s_fnWindow;
@@ -66,13 +63,13 @@ DialogUser::Act type(const char *szEdit, const QString &strText)
 
 DialogUser::Act look(QString &strShown)
 {
-    return [&strShown](QWidget &cDialog) {
-        const auto lstSelected = cDialog.findChild<QListWidget *>("lbSourceNames")->selectedItems();
-        strShown = lstSelected.isEmpty() ? QString() : lstSelected.constFirst()->text();
-        for (const char *szEdit : {"edtSelectedSource", "edtName", "edtDescribe"})
-            strShown += '|' + cDialog.findChild<QLineEdit *>(szEdit)->text();
-        strShown += '|' + cDialog.findChild<QComboBox *>("cbDataType")->currentText();
-    };
+    return DialogUser::look(strShown, "lbSourceNames edtSelectedSource edtName edtDescribe cbDataType");
+}
+
+std::unique_ptr<DataSource::DataSourceInstance> newSource(ArithmParamMgr *pcStore, QString &strConfig)
+{
+    return std::unique_ptr<DataSource::DataSourceInstance>(
+        DataSource::getInstance()->newDataSource(pcStore, strConfig));
 }
 
 const auto OK = DialogUser::press("btnOK");
@@ -111,10 +108,9 @@ private slots:
                           OK, DialogUser::read(strBox), type("edtName", "图像"), OK, DialogUser::read(strBox),
                           type("edtDescribe", "相机 & <1>"), use("坏"), DialogUser::read(strBox), use("假"),
                           OK});
-        const std::unique_ptr<Instance> pcInstance(
-            DataSource::getInstance()->newDataSource(&cStore, strConfig));
-        QVERIFY(cUser.isContent() && pcInstance);
-        QCOMPARE(strShown, "||||RGB");
+        const auto pcInstance = newSource(&cStore, strConfig);
+        QVERIFY(pcInstance);
+        QCOMPARE(strShown, "||||RGB|");
         QCOMPARE(strBox, "警告: 数据名称不能为空 1\n警告: 无数据源 1\n警告: 创建数据源实例失败. 1\n");
         QCOMPARE(s_lstCall, QStringList({"set ", "set ", "show ", "set kind's own"}));
         QCOMPARE(strConfig, "<DSName>假</DSName><OutputName>图像</OutputName>"
@@ -129,7 +125,6 @@ private slots:
     void editsASource_data()
     {
         addRows("row        strType  strID  strShownType  strNewID\n"
-                "colour     RGB      12     RGB           12\n"
                 "grey       Gray8    12     Gray8         12\n"
                 "16 bits    Gray16   12     RGB           12\n"
                 "no number  Gray8    x      Gray8         1");
@@ -150,111 +145,79 @@ private slots:
         QString strBox;
         s_fnWindow = [] { return ""; };
         DialogUser cUser({look(strShown), OK, DialogUser::read(strBox), use("假"), OK});
-        const std::unique_ptr<Instance> pcInstance(
-            DataSource::getInstance()->newDataSource(&cStore, strConfig));
-        QVERIFY(cUser.isContent() && pcInstance);
-        QCOMPARE(strShown, "假||图像|d|" + strShownType);
+        const auto pcInstance = newSource(&cStore, strConfig);
+        QVERIFY(pcInstance);
+        QCOMPARE(strShown, "假||图像|d|" + strShownType + '|');
         QCOMPARE(strBox, "警告: 无数据源 1\n");
         QCOMPARE(s_lstCall, QStringList({"set ", "set old", "show old", "set "}));
         QCOMPARE(strConfig, strText.arg(strShownType, strNewID));
         QCOMPARE(pcInstance->getDataID(), strNewID.toInt());
     }
 
-    /// Nothing survives, however the dialog is left.
-    void cancels_data()
-    {
-        addRows("row  strHow\n1  button\n2  key\n3  closed inside the kind's window\n4  pressed inside it");
-    }
     void cancels()
     {
-        QFETCH(QString, strHow);
-        ArithmParamMgr cStore;
-        QString strConfig = "<DSName>gone</DSName><Config>old</Config>";
-        const QString strKept = strConfig;
-        std::list<DialogUser::Act> lstAct = {use("假"), use("假")};
-        const bool bNested = strHow == "pressed inside it";
-        if (bNested)
-            s_fnWindow = [] {
-                if (s_lstCall.filter("show").size() == 1)
-                    QMetaObject::invokeMethod(QApplication::activeModalWidget(), "on_btnSetting_clicked");
-                return "new";
-            };
-        if (strHow == "button" || bNested)
-            lstAct.push_back(CANCEL);
-        else if (strHow == "key")
-            lstAct.push_back([](QWidget &cDialog) { QTest::keyClick(&cDialog, Qt::Key_Escape); });
-        else
-            s_fnWindow = [] {
-                QWidget *pcDialog = QApplication::activeModalWidget();
-                if (pcDialog->isEnabled())
-                    return "the dialog takes input";
-                if (s_lstCall.count("remove") == 1)
-                    pcDialog->close();
-                return "new";
-            };
-        DialogUser cUser(lstAct);
-        QVERIFY(!DataSource::getInstance()->newDataSource(&cStore, strConfig));
-        QVERIFY(cUser.isContent());
-        QCOMPARE(strConfig, strKept);
-        QCOMPARE(s_lstCall.filter("show").size(), bNested ? 3 : 2);
-        QCOMPARE(s_lstCall.filter("remove").size(), s_lstCall.filter("show").size());
-        QVERIFY(!s_lstCall.join(' ').contains("takes input"));
-        QVERIFY(cStore.requestParamDIBMap()->isEmpty());
+        cancel({use("假"), use("假"), CANCEL}, 2);
+        cancel({use("假"), use("假"), DialogUser::type(Qt::Key_Escape)}, 2);
+        // A kind's window that closes the dialog behind it, which takes no input.
+        s_fnWindow = [] {
+            QWidget *pcDialog = QApplication::activeModalWidget();
+            if (!pcDialog->isEnabled() && s_lstCall.count("remove") == 1)
+                pcDialog->close();
+            return "new";
+        };
+        cancel({use("假"), use("假")}, 2);
+        // One that opens another one.
+        s_fnWindow = [] {
+            if (s_lstCall.filter("show").size() == 1)
+                QMetaObject::invokeMethod(QApplication::activeModalWidget(), "on_btnSetting_clicked");
+            return "new";
+        };
+        cancel({use("假"), use("假"), CANCEL}, 3);
     }
 
     /// What a kind's window does must not hurt; the configuration stays where it gives none.
-    void survivesKinds_data() { addRows("row      strSubConfig\nthrows   old\nrubbish  </Config>\uFFFD"); }
     void survivesKinds()
     {
-        QFETCH(QString, strSubConfig);
-        const bool bThrows = strSubConfig == "old";
-        s_fnWindow = [=]() -> QByteArray {
-            if (bThrows)
-                throw std::runtime_error("no window");
-            return "</Config>\xff";
+        const auto fnConfig = [] {
+            QString strConfig = "<DSName>x</DSName><OutputName>n</OutputName><Config>old</Config>";
+            DialogUser cUser({use("假"), OK});
+            newSource(nullptr, strConfig);
+            return strConfig.section("<OutputID>-1</OutputID>", 1);
         };
-        if (bThrows)
-            QTest::ignoreMessage(QtWarningMsg, QRegularExpression("no window"));
-        QString strConfig = "<DSName>x</DSName><OutputName>n</OutputName><Config>old</Config>";
-        DialogUser cUser({use("假"), OK});
-        const std::unique_ptr<Instance> pcInstance(
-            DataSource::getInstance()->newDataSource(nullptr, strConfig));
-        QVERIFY(cUser.isContent() && pcInstance);
-        QVERIFY(strConfig.endsWith("<OutputID>-1</OutputID><Config>" + strSubConfig + "</Config>"));
+        s_fnWindow = []() -> QByteArray { throw std::runtime_error("no window"); };
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("no window"));
+        QCOMPARE(fnConfig(), "<Config>old</Config>");
+        s_fnWindow = [] { return "</Config>\xff"; };
+        QCOMPARE(fnConfig(), "<Config></Config>\uFFFD</Config>");
     }
 
     /// The task takes the source over, unless another tasks file has replaced it meanwhile.
-    void ofATask_data()
-    {
-        QTest::addColumn<bool>("bReplaced");
-        QTest::newRow("stays") << false;
-        QTest::newRow("replaced") << true;
-    }
     void ofATask()
     {
-        QFETCH(bool, bReplaced);
-        auto *pcTask = new TaskInfo("t", nullptr);
-        QPointer<TaskInfo> pcAlive(pcTask);
         ::init();
-        TaskMgr::getInstance()->clear();
-        TaskMgr::getInstance()->addTask(pcTask, 0);
         QTemporaryFile cFile;
         QVERIFY(cFile.open());
-        const auto replace = [&] {
-            if (bReplaced && s_lstCall.filter("show").size() == 1)
-                openTasksFile(cFile.fileName().toLocal8Bit().data());
-            return "kind's own";
-        };
-        s_fnWindow = replace;
-        DialogUser cUser({use("假"), use("假"), type("edtName", "n"), OK});
-        QCOMPARE(::selectDataSource(0), "");
-        QVERIFY(cUser.isContent());
-        QCOMPARE(!pcAlive, bReplaced);
-        QCOMPARE(s_lstCall.filter("remove").size(), bReplaced ? 2 : 1);
-        if (!bReplaced)
-            QVERIFY(pcTask->m_pcDS && pcTask->m_strDataSourceConfigString.startsWith("<DSName>假</DSName>"));
-        TaskMgr::getInstance()->clear();
-        QCOMPARE(s_lstCall.filter("remove").size(), 2);
+        for (const bool bReplaced : {false, true}) {
+            auto *pcTask = new TaskInfo("t", nullptr);
+            const QPointer<TaskInfo> pcAlive(pcTask);
+            TaskMgr::getInstance()->clear();
+            TaskMgr::getInstance()->addTask(pcTask, 0);
+            s_lstCall.clear();
+            s_fnWindow = [&] {
+                if (bReplaced && s_lstCall.filter("show").size() == 1)
+                    openTasksFile(cFile.fileName().toLocal8Bit().data());
+                return "kind's own";
+            };
+            DialogUser cUser({use("假"), use("假"), type("edtName", "n"), OK});
+            QCOMPARE(::selectDataSource(0), "");
+            QCOMPARE(!pcAlive, bReplaced);
+            QCOMPARE(s_lstCall.filter("remove").size(), bReplaced ? 2 : 1);
+            if (!bReplaced)
+                QVERIFY(pcTask->m_pcDS &&
+                        pcTask->m_strDataSourceConfigString.startsWith("<DSName>假</DSName>"));
+            TaskMgr::getInstance()->clear();
+            QCOMPARE(s_lstCall.filter("remove").size(), 2);
+        }
     }
 
     void offTheGuiThread()
@@ -262,8 +225,23 @@ private slots:
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression("DlgDataSource opens only"));
         std::thread([] {
             QString strConfig;
-            DataSource::getInstance()->newDataSource(nullptr, strConfig);
+            newSource(nullptr, strConfig);
         }).join();
+    }
+
+private:
+    /// Nothing survives a dialog that is left.
+    static void cancel(const std::list<DialogUser::Act> &lstAct, int nWindows)
+    {
+        s_lstCall.clear();
+        ArithmParamMgr cStore;
+        QString strConfig = "<DSName>gone</DSName><Config>old</Config>";
+        DialogUser cUser(lstAct);
+        QVERIFY(!newSource(&cStore, strConfig));
+        QCOMPARE(strConfig, "<DSName>gone</DSName><Config>old</Config>");
+        QCOMPARE(s_lstCall.filter("show").size(), nWindows);
+        QCOMPARE(s_lstCall.filter("remove").size(), nWindows);
+        QVERIFY(cStore.requestParamDIBMap()->isEmpty());
     }
 };
 

@@ -43,21 +43,12 @@ QString configure(const QString &strConfig, ArithmParamMgr *pcAPM)
 QString config(int nType, int nID, const QString &strSettings)
 {
     return QString("<DataType>%1</DataType><DataID>%2</DataID><Config>%3</Config>")
-        .arg(nType)
-        .arg(nID)
-        .arg(strSettings);
+        .arg(QString::number(nType), QString::number(nID), strSettings);
 }
 
-/// What the dialog shows: tab, data type, name and description.
 DialogUser::Act look(QString &strShown)
 {
-    return [&strShown](QWidget &cDialog) {
-        strShown = QString("%1|%2|%3|%4")
-                       .arg(cDialog.findChild<QTabWidget *>()->currentIndex())
-                       .arg(cDialog.findChild<QComboBox *>("cbDataType")->currentIndex())
-                       .arg(cDialog.findChild<QLineEdit *>("edtName")->text(),
-                            cDialog.findChild<QLineEdit *>("edtDescribe")->text());
-    };
+    return DialogUser::look(strShown, "tabDataType cbDataType edtName edtDescribe");
 }
 
 /// Picks a colour, or leaves the colour dialog without one.
@@ -89,8 +80,7 @@ private slots:
         addRows(
             "kind            type  set                                                           colour                  settings\n"
             "colour          0     cbScaleModeRGB=3 cbPosRGB=1                                   -                       <Scale>3</Scale><Pos>1</Pos>\n"
-            "grey            1     cbScaleModeGray8=2 cbMaskColorGray8=1                         -                       <Scale>2</Scale><Pos>0</Pos><DrawMode><Val>0</Val></DrawMode>\n"
-            "grey overlay    1     rbDrawModeLappedGray8=1 cbLappedTypeGray8=1 cbPosGray8=1      -                       <Scale>0</Scale><Pos>1</Pos><DrawMode><Lapped>1</Lapped><Val>1</Val></DrawMode>\n"
+            "grey overlay    1     rbDrawModeLappedGray8=1 cbLappedTypeGray8=1 cbScaleModeGray8=2 cbPosGray8=1  -  <Scale>2</Scale><Pos>1</Pos><DrawMode><Lapped>1</Lapped><Val>1</Val></DrawMode>\n"
             "grey mask       1     rbDrawModeMaskGray8=1 cbMaskValGray8=1 cbMaskColorGray8=2     -                       <Scale>0</Scale><Pos>0</Pos><DrawMode><Mask>1,2</Mask><Val>2</Val></DrawMode>\n"
             "16 bit          2     cbScaleModeGray16=1 cbPosGray16=1                             -                       <Scale>1</Scale><Pos>1</Pos><DrawMode><Val>0</Val></DrawMode>\n"
             "16 bit overlay  2     rbDrawModeLappedGray16=1 cbLappedTypeGray16=1                 -                       <Scale>0</Scale><Pos>0</Pos><DrawMode><Lapped>1</Lapped><Val>1</Val></DrawMode>\n"
@@ -134,10 +124,9 @@ private slots:
         QString strShown;
         DialogUser cAgain({look(strShown), OK});
         QCOMPARE(configure(strConfig, &cStore), strConfig);
-        QCOMPARE(strShown, QString("%1|%1|%2|描述%3").arg(type, TABLES[nType] + '7', TABLES[nType]));
+        QCOMPARE(strShown, QString("%1|%1|%2|描述tbl%1|").arg(TABLES[nType].mid(3), TABLES[nType] + '7'));
         DialogUser cSelecting({SELECT, OK});
         QCOMPARE(configure(strConfig, &cStore), strConfig);
-        QVERIFY(cFirst.isContent() && cAgain.isContent() && cSelecting.isContent());
     }
 
     void takesWhatWasSelectedLast()
@@ -148,18 +137,12 @@ private slots:
         const auto fnGoToAreas = [](QWidget &cDialog) {
             cDialog.findChild<QTabWidget *>()->setCurrentIndex(6);
         };
-        DialogUser cNone({DialogUser::choose("tblPoints", 1), SELECT, fnGoToAreas, SELECT, look(strShown), OK,
-                          DialogUser::read(strBoxes), DialogUser::press("btnCancel")});
-        QCOMPARE(configure(QString(), &cStore), QString());
-        QCOMPARE(strShown, "6|-1||");
-        QVERIFY(cNone.isContent());
-
-        strBoxes.clear();
-        DialogUser cUser({OK, DialogUser::read(strBoxes), SELECT, OK, DialogUser::read(strBoxes),
-                          DialogUser::choose("tblPoints", 1), SELECT, DialogUser::choose("tblRGB", 1),
-                          DialogUser::set("cbScaleModeRGB=1"), SELECT, DialogUser::set("cbScaleModeRGB=3"),
-                          DialogUser::choose("tblGray8", 2), OK});
+        DialogUser cUser({OK, DialogUser::read(strBoxes), DialogUser::choose("tblPoints", 1), SELECT,
+                          fnGoToAreas, SELECT, look(strShown), OK, DialogUser::read(strBoxes),
+                          DialogUser::choose("tblRGB", 1), DialogUser::set("cbScaleModeRGB=1"), SELECT,
+                          DialogUser::set("cbScaleModeRGB=3"), DialogUser::choose("tblGray8", 2), OK});
         QCOMPARE(configure(QString(), &cStore), config(0, 3, "<Scale>1</Scale><Pos>0</Pos>"));
+        QCOMPARE(strShown, "Areas||||");
         QCOMPARE(strBoxes, "警告: 未选中绘制对象. 1\n警告: 未选中绘制对象. 1\n");
 
         strBoxes.clear();
@@ -171,9 +154,7 @@ private slots:
              {DialogUser::press("btnCancel"), DialogUser::type(Qt::Key_Escape)}) {
             DialogUser cLeaving({DialogUser::choose("tblLines", 1), SELECT, fnLeave});
             QCOMPARE(configure(config(0, 3, "x"), &cStore), QString());
-            QVERIFY(cLeaving.isContent());
         }
-        QVERIFY(cUser.isContent() && cZero.isContent());
     }
 
     /// Config strings that others wrote: what is shown, and what selecting it makes.
@@ -182,21 +163,20 @@ private slots:
         // clang-format off
         addRows(
             "config            text                                                                 shown                        made\n"
-            "no type           <DataID>3</DataID><Config><Scale>2</Scale></Config>                  0|0|tblRGB3|描述tblRGB         0 <Scale>2</Scale><Pos>0</Pos>\n"
-            "unknown type      <DataType>9</DataType><DataID>3</DataID><Config>x</Config>           0|-1||                       -\n"
-            "negative type     <DataType>-7</DataType><DataID>3</DataID>                            0|-1||                       -\n"
-            "unknown ID        <DataType>1</DataType><DataID>44</DataID>                            1|1||                        -\n"
-            "no settings       <DataType>3</DataType><DataID>3</DataID>                             3|3|tblPoints3|描述tblPoints  3 <Size>0</Size><Color>-16777216</Color>\n"
+            "no type           <DataID>3</DataID><Config><Scale>2</Scale></Config>                  RGB|RGB|tblRGB3|描述tblRGB|         0 <Scale>2</Scale><Pos>0</Pos>\n"
+            "unknown type      <DataType>9</DataType><DataID>3</DataID><Config>x</Config>           RGB||||                      -\n"
+            "unknown ID        <DataType>1</DataType><DataID>44</DataID>                            Gray8|Gray8|||                       -\n"
+            "no settings       <DataType>3</DataType><DataID>3</DataID>                             Points|Points|tblPoints3|描述tblPoints|  3 <Size>0</Size><Color>-16777216</Color>\n"
             "no such items     <DataType>1</DataType><DataID>3</DataID><Config><Scale>99</Scale><Pos>x</Pos><DrawMode><Val>7</Val><Lapped>-5</Lapped></DrawMode></Config>"
-            "  1|1|tblGray83|描述tblGray8  1 <Scale>-1</Scale><Pos>0</Pos><DrawMode><Val>0</Val></DrawMode>\n"
+            "  Gray8|Gray8|tblGray83|描述tblGray8|  1 <Scale>-1</Scale><Pos>0</Pos><DrawMode><Val>0</Val></DrawMode>\n"
             "half a mask       <DataType>1</DataType><DataID>3</DataID><Config><DrawMode><Mask>1</Mask><Val>2</Val></DrawMode></Config>"
-            "  1|1|tblGray83|描述tblGray8  1 <Scale>0</Scale><Pos>0</Pos><DrawMode><Mask>1,0</Mask><Val>2</Val></DrawMode>\n"
+            "  Gray8|Gray8|tblGray83|描述tblGray8|  1 <Scale>0</Scale><Pos>0</Pos><DrawMode><Mask>1,0</Mask><Val>2</Val></DrawMode>\n"
             "no such colours   <DataType>4</DataType><DataID>3</DataID><Config><Color>red</Color></Config>"
-            "  4|4|tblLines3|描述tblLines  4 <Size>0</Size><DspLen>0</DspLen><Color>-16777216</Color>\n"
+            "  Lines|Lines|tblLines3|描述tblLines|  4 <Size>0</Size><DspLen>0</DspLen><Color>-16777216</Color>\n"
             "transparent       <DataType>6</DataType><DataID>3</DataID><Config><Color>255</Color></Config>"
-            "  6|6|tblAreas3|描述tblAreas  6 <DspArea>0</DspArea><Color>-16776961</Color>\n"
+            "  Areas|Areas|tblAreas3|描述tblAreas|  6 <DspArea>0</DspArea><Color>-16776961</Color>\n"
             "half a position   <DataType>7</DataType><DataID>3</DataID><Config><Color>99999999999</Color><Pos>9</Pos><FontSize>-1</FontSize></Config>"
-            "  7|7|tblStrings3|描述tblStrings  7 <Color>-16777216</Color><Pos>9,50</Pos><FontSize>5</FontSize>\n");
+            "  Strings|Strings|tblStrings3|描述tblStrings|  7 <Color>-16777216</Color><Pos>9,50</Pos><FontSize>5</FontSize>\n");
         // clang-format on
     }
     void readsAnyConfig()
@@ -216,21 +196,18 @@ private slots:
         const QString strMade = configure(text, &cStore);
         QCOMPARE(strShown, shown);
         QCOMPARE(strMade, made.isEmpty() ? QString() : config(made.left(1).toInt(), 3, made.mid(2)));
-        QVERIFY(cUser.isContent());
     }
 
     /// A host's own dialog goes with its parent, also while a box or another dialog of it is open.
-    void goesMeanwhile_data() { addRows("row     strButton\nbox     btnOK\ncolour  btnColorLines"); }
     void goesMeanwhile()
     {
-        QFETCH(QString, strButton);
-        Store cStore;
-        const QPointer<QWidget> pcParent = new QWidget;
-        auto *pcDialog = new DlgDrawingConfig(config(4, 0, QString()), &cStore, pcParent);
-        pcDialog->open();
-        const QByteArray achButton = strButton.toUtf8();
-        DialogUser cUser({DialogUser::press(achButton), [&](QWidget &) { delete pcParent; }});
-        QTRY_VERIFY(!pcParent && cUser.isContent());
+        for (const char *szButton : {"btnOK", "btnColorLines"}) {
+            Store cStore;
+            const QPointer<QWidget> pcParent = new QWidget;
+            (new DlgDrawingConfig(config(4, 0, QString()), &cStore, pcParent))->open();
+            DialogUser cUser({DialogUser::press(szButton), [&](QWidget &) { delete pcParent; }});
+            QTRY_VERIFY(!pcParent);
+        }
     }
 
     /// The store may die while the dialog is open, and nothing opens where no window can.
@@ -241,7 +218,6 @@ private slots:
         QCOMPARE(configure(QString(), pcStore), config(6, 7, "<DspArea>0</DspArea><Color>-16777216</Color>"));
         DialogUser cNoStore({SELECT, DialogUser::press("btnCancel")});
         QCOMPARE(configure(config(3, 3, "x"), nullptr), QString());
-        QVERIFY(cUser.isContent() && cNoStore.isContent());
 
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression("DlgDrawingConfig opens only"));
         std::thread([] { configure(QString(), nullptr); }).join();
