@@ -6,19 +6,9 @@
 #include <QtTest>
 
 #include "OculinexQTStandAloneInQt.h"
+#include "datatable.h"
 #include "fixtures/row.h"
 #include "pluginfixture.h"
-
-namespace
-{
-/// Random areas: nShare percent of the pixels are set.
-void fillBinary(ParamGray8 *pcPicture, int nSeed, int nShare, int nWidth = 97, int nHeight = 64)
-{
-    fill(pcPicture, nSeed, nWidth, nHeight);
-    cv::Mat cPixels = header(pcPicture);
-    cv::threshold(cPixels, cPixels, 255 * (1 - nShare / 100.0), 255, cv::THRESH_BINARY);
-}
-} // namespace
 
 using Expected = std::function<void(const cv::Mat &, cv::Mat &)>;
 Q_DECLARE_METATYPE(Expected)
@@ -37,41 +27,36 @@ private slots:
         QTest::addColumn<QString>("strConfig");
         QTest::addColumn<bool>("bColour"); // of the input
         QTest::addColumn<Expected>("fnExpected");
-        const auto step = [](const char *szName, const char *szID, const char *szConfig, bool bColour,
-                             const Expected &fn) { row(szName, szID, szConfig, bColour, fn); };
-
-        step("grey", "OCX_ToGray", "", true,
+        const auto step = [](const char *szID, const QByteArray &achConfig, bool bColour,
+                             const Expected &fn) {
+            QTest::addRow("%s %s", szID, achConfig.constData())
+                << QString(szID) << QString(achConfig) << bColour << fn;
+        };
+        step("OCX_ToGray", "", true,
              [](const cv::Mat &cIn, cv::Mat &cOut) { cv::cvtColor(cIn, cOut, cv::COLOR_BGR2GRAY); });
-        step("red channel", "OCX_ToGray", "<Channel>red</Channel>", true,
+        step("OCX_ToGray", "<Channel>red</Channel>", true,
              [](const cv::Mat &cIn, cv::Mat &cOut) { cv::extractChannel(cIn, cOut, 2); });
-        step("otsu", "OCX_Threshold", "", false, [](const cv::Mat &cIn, cv::Mat &cOut) {
+        step("OCX_Threshold", "", false, [](const cv::Mat &cIn, cv::Mat &cOut) {
             cv::threshold(cIn, cOut, 0, 255, cv::THRESH_BINARY | cv::THRESH_OTSU);
         });
-        step("fixed, dark", "OCX_Threshold",
-             "<Method>Fixed</Method><Level>100</Level><Polarity>Dark</Polarity>", false,
+        step("OCX_Threshold", "<Method>Fixed</Method><Level>100</Level><Polarity>Dark</Polarity>", false,
              [](const cv::Mat &cIn, cv::Mat &cOut) { cOut = cIn <= 100; });
-        step("adaptive", "OCX_Threshold", "<Method>Adaptive</Method><Block>7</Block><Offset>20</Offset>",
-             false, [](const cv::Mat &cIn, cv::Mat &cOut) {
-                 cv::Mat cMean;
-                 cv::blur(cIn, cMean, {7, 7}, {-1, -1}, cv::BORDER_REPLICATE);
-                 cOut = cIn > cMean + 20;
-             });
-        step("adaptive, dark", "OCX_Threshold",
-             "<Method>Adaptive</Method><Block>7</Block><Offset>20</Offset><Polarity>Dark</Polarity>", false,
+        const char *const szAdaptive = "<Method>Adaptive</Method><Block>7</Block><Offset>20</Offset>";
+        for (const bool bDark : {false, true})
+            step("OCX_Threshold", QByteArray(szAdaptive).append(bDark ? "<Polarity>Dark</Polarity>" : ""),
+                 false, [bDark](const cv::Mat &cIn, cv::Mat &cOut) {
+                     cv::Mat cMean;
+                     cv::blur(cIn, cMean, {7, 7}, {-1, -1}, cv::BORDER_REPLICATE);
+                     cOut = bDark ? cIn <= cMean - 20 : cIn > cMean + 20;
+                 });
+        step("OCX_Blur", "<InputType>RGB</InputType><Size>7</Size><Sigma>1.5</Sigma>", true,
              [](const cv::Mat &cIn, cv::Mat &cOut) {
-                 cv::Mat cMean;
-                 cv::blur(cIn, cMean, {7, 7}, {-1, -1}, cv::BORDER_REPLICATE);
-                 cOut = cIn <= cMean - 20;
-             });
-        step("gaussian, colour", "OCX_Blur", "<InputType>RGB</InputType><Size>7</Size><Sigma>1.5</Sigma>",
-             true, [](const cv::Mat &cIn, cv::Mat &cOut) {
                  cv::GaussianBlur(cIn, cOut, {7, 7}, 1.5);
              });
-        step("box", "OCX_Blur", "<Method>Box</Method><Size>3</Size>", false,
-             [](const cv::Mat &cIn, cv::Mat &cOut) {
-                 cv::blur(cIn, cOut, {3, 3});
-             });
-        step("median", "OCX_Blur", "<Method>Median</Method>", false,
+        step("OCX_Blur", "<Method>Box</Method><Size>3</Size>", false, [](const cv::Mat &cIn, cv::Mat &cOut) {
+            cv::blur(cIn, cOut, {3, 3});
+        });
+        step("OCX_Blur", "<Method>Median</Method>", false,
              [](const cv::Mat &cIn, cv::Mat &cOut) { cv::medianBlur(cIn, cOut, 5); });
     }
 
@@ -94,9 +79,8 @@ private slots:
                                   : header(m_pcStore->getParamGray8(nOutputID));
             };
             const void *pvBefore = pixels().data;
-            QCOMPARE(run(strID, QString("<InputID>1</InputID><OutputID>%1</OutputID>").arg(nOutputID) +
-                                    strTitle + strConfig),
-                     QString());
+            works(strID, QString("<InputID>1</InputID><OutputID>%1</OutputID>").arg(nOutputID) + strTitle +
+                             strConfig);
             QVERIFY2(same(pixels(), cExpected), qPrintable(QString("into %1").arg(nOutputID)));
             QVERIFY(!pvBefore || pvBefore == pixels().data);
         }
@@ -108,38 +92,36 @@ private slots:
 
     void labelsAsOpenCV_data()
     {
-        QTest::addColumn<int>("nShare");
         QTest::addColumn<int>("nNeighbours");
         QTest::addColumn<bool>("bDark");
-        for (const int nShare : {0, 5, 41, 59, 100})
-            for (const int nNeighbours : {4, 8})
-                for (const bool bDark : {false, true})
-                    QTest::addRow("%d%%, %d, %s", nShare, nNeighbours, bDark ? "dark" : "bright")
-                        << nShare << nNeighbours << bDark;
+        row("4, bright", 4, false);
+        row("4, dark", 4, true);
+        row("8, bright", 8, false);
     }
 
     void labelsAsOpenCV()
     {
-        QFETCH(int, nShare);
         QFETCH(int, nNeighbours);
         QFETCH(bool, bDark);
         const QString strConfig = QString("<InputID>1</InputID><AreasID>3</AreasID><StringsID>4</StringsID>"
                                           "<Neighbours>%1</Neighbours><Polarity>%2</Polarity>")
                                       .arg(nNeighbours)
                                       .arg(bDark ? "Dark" : "Bright");
-        for (int nSeed = 1; nSeed <= 5; ++nSeed) {
+        for (int nSeed = 0; nSeed < 25; ++nSeed) {
             ParamGray8 *pcPicture = m_pcStore->getParamGray8(1);
-            fillBinary(pcPicture, nSeed, nShare, 60 + nSeed * 7, 80 - nSeed * 7);
-            cv::Mat cObjects = header(pcPicture).clone();
-            if (bDark)
-                cObjects = cObjects == 0;
+            fill(pcPicture, nSeed, 60 + nSeed, 80 - nSeed);
+            const int anPercent[] = {0, 5, 41, 59, 100}; // of the pixels are set
+            cv::Mat cObjects = header(pcPicture);
+            cv::threshold(cObjects, cObjects, 255 * (1 - anPercent[nSeed % 5] / 100.0), 255,
+                          cv::THRESH_BINARY);
+            cObjects = bDark ? cv::Mat(cObjects == 0) : cObjects.clone();
             cv::Mat cLabels;
             cv::Mat cStats;
             cv::Mat cCentres;
             const int nCount =
                 cv::connectedComponentsWithStats(cObjects, cLabels, cStats, cCentres, nNeighbours) - 1;
 
-            QCOMPARE(run("OCX_Blobs", strConfig), QString());
+            works("OCX_Blobs", strConfig);
             const QList<ParamAreas::Area> lstArea = m_pcStore->getParamAreas(3)->getAreas();
             QCOMPARE(m_pcStore->getParamStrings(4)->getStrings(),
                      QList<QString>{QString("%1 objects").arg(nCount)});
@@ -166,30 +148,24 @@ private slots:
 
     void steersTheFlow_data()
     {
-        QTest::addColumn<QString>("strConfig");
-        QTest::addColumn<QString>("strResult");
-        QTest::addColumn<QString>("strCount");
-        row("silent", "", "", "3 objects");
-        row("print", "<Print>1</Print><Label>dots</Label>", "<CMD>print:3 dots, 1 to 12 pixels</CMD>",
-            "3 dots");
-        row("by size", "<MinSize>2</MinSize><MaxSize>11</MaxSize><Print>1</Print>",
-            "<CMD>print:1 objects, 4 pixels</CMD>", "1 objects");
-        row("none, outside",
-            "<MinSize>13</MinSize><Print>1</Print><MinCount>1</MinCount>"
-            "<WhenInside>skip:2</WhenInside><WhenOutside>stop:nothing there</WhenOutside>",
-            "<CMD>print:0 objects</CMD><CMD>stop:nothing there</CMD>", "0 objects");
-        row("inside",
-            "<MinCount>3</MinCount><MaxCount>3</MaxCount>"
-            "<WhenInside>skip:-2</WhenInside><WhenOutside>skip:1</WhenOutside>",
-            "<CMD>skip:-2</CMD>", "3 objects");
-        row("border", "<Border>Drop</Border>", "", "2 objects");
+        // clang-format off
+        addRows(
+            "case           settings                                                   result                                      count\n"
+            "print          <Print>1</Print><Label>dots</Label>                        <CMD>print:3 dots, 1 to 12 pixels</CMD>     3 dots\n"
+            "by size        <MinSize>2</MinSize><MaxSize>11</MaxSize><Print>1</Print>  <CMD>print:1 objects, 4 pixels</CMD>        1 objects\n"
+            "none, outside  <MinSize>13</MinSize><Print>1</Print><MinCount>1</MinCount><WhenInside>skip:2</WhenInside><WhenOutside>stop:nothing there</WhenOutside>"
+            "  <CMD>print:0 objects</CMD><CMD>stop:nothing there</CMD>  0 objects\n"
+            "inside         <MinCount>3</MinCount><MaxCount>3</MaxCount><WhenInside>skip:-2</WhenInside><WhenOutside>skip:1</WhenOutside>"
+            "  <CMD>skip:-2</CMD>  3 objects\n"
+            "border         <Border>Drop</Border>                                      -                                           2 objects");
+        // clang-format on
     }
 
     void steersTheFlow()
     {
-        QFETCH(QString, strConfig);
-        QFETCH(QString, strResult);
-        QFETCH(QString, strCount);
+        QFETCH(QString, settings);
+        QFETCH(QString, result);
+        QFETCH(QString, count);
         ParamGray8 *pcPicture = m_pcStore->getParamGray8(0);
         pcPicture->resize(20, 10);
         cv::Mat cPixels = header(pcPicture);
@@ -198,9 +174,9 @@ private slots:
         cPixels(cv::Rect(10, 4, 2, 2)) = 1;
         cPixels(cv::Rect(19, 9, 1, 1)) = 255;
         QCOMPARE(
-            run("OCX_Blobs", "<InputID>0</InputID><AreasID>1</AreasID><StringsID>1</StringsID>" + strConfig),
-            strResult);
-        QCOMPARE(m_pcStore->getParamStrings(1)->getStrings(), QList<QString>{strCount});
+            run("OCX_Blobs", "<InputID>0</InputID><AreasID>1</AreasID><StringsID>1</StringsID>" + settings),
+            result);
+        QCOMPARE(m_pcStore->getParamStrings(1)->getStrings(), QList<QString>{count});
     }
 
     void countsOnThePhotographs()
