@@ -10,9 +10,10 @@
 #include <QtTest>
 
 #include "DataSource/datasource.h"
-#include "arithmparammgr.h"
+#include "datatable.h"
 #include "fixtures/row.h"
 #include "fixtures/together.h"
+#include "pluginfixture.h"
 
 /// The data source "Picture Folder", as the registry finds it beside the executable. A picture is
 /// told from another by its width.
@@ -36,12 +37,10 @@ private slots:
     {
         QTest::addColumn<QString>("strSuffix");
         QTest::addColumn<int>("nType");
-        row("png", "png", CV_8UC3);
         row("grey png", "png", CV_8UC1);
         row("png with alpha", "png", CV_8UC4);
         row("16-bit png", "png", CV_16UC3);
         row("jpeg", "JPG", CV_8UC3);
-        row("tiff", "tif", CV_8UC3);
     }
 
     void deliversPixels()
@@ -50,29 +49,23 @@ private slots:
         QFETCH(int, nType);
         // Padded rows twice in one size, then no padding, then another padding and a single pixel.
         const QList<cv::Size> lstSize{{7, 5}, {7, 5}, {8, 5}, {9, 6}, {1, 1}};
+        const auto fnFile = [&](int nPicture) {
+            return path(QString("%1.%2").arg(nPicture).arg(strSuffix)).toStdString();
+        };
         cv::RNG cRandom(7);
         for (int nPicture = 0; nPicture < lstSize.size(); ++nPicture) {
             cv::Mat cPixels(lstSize.at(nPicture), nType);
             cRandom.fill(cPixels, cv::RNG::UNIFORM, 0, 256);
-            QVERIFY(cv::imwrite(path(QString("%1.%2").arg(nPicture).arg(strSuffix)).toStdString(), cPixels));
+            QVERIFY(cv::imwrite(fnFile(nPicture), cPixels));
         }
-        for (const QString strType : {"RGB", "Gray8"}) {
-            open(m_pcDir->path(), {}, strType);
-            const bool bGray = strType == "Gray8";
+        for (const bool bGrey : {false, true}) {
+            open(m_pcDir->path(), {}, bGrey ? "Gray8" : "RGB");
             for (int nPicture = 0; nPicture < lstSize.size(); ++nPicture) {
                 QVERIFY(m_pcSource->execute());
                 const cv::Mat cExpected =
-                    cv::imread(path(QString("%1.%2").arg(nPicture).arg(strSuffix)).toStdString(),
-                               bGray ? cv::IMREAD_GRAYSCALE : cv::IMREAD_COLOR);
-                ParamDIB *pcColour = m_pcStore->getParamDIB(1);
-                ParamGray8 *pcGray = m_pcStore->getParamGray8(1);
-                const cv::Size cSize = bGray ? cv::Size(pcGray->getWidth(), pcGray->getHeight())
-                                             : cv::Size(pcColour->getWidth(), pcColour->getHeight());
-                QCOMPARE(cSize, cExpected.size());
-                const cv::Mat cPixels(cSize, cExpected.type(),
-                                      bGray ? pcGray->getGray8() : pcColour->getDIB(),
-                                      static_cast<size_t>(bGray ? cSize.width : (cSize.width + 1) * 3 & ~3));
-                QCOMPARE(cv::norm(cPixels, cExpected, cv::NORM_INF), 0.0);
+                    cv::imread(fnFile(nPicture), bGrey ? cv::IMREAD_GRAYSCALE : cv::IMREAD_COLOR);
+                QVERIFY(same(bGrey ? header(m_pcStore->getParamGray8(1)) : header(m_pcStore->getParamDIB(1)),
+                             cExpected));
             }
             QVERIFY(!m_pcSource->execute());
             QCOMPARE(m_pcSource->getLastError(), QString());
@@ -81,39 +74,34 @@ private slots:
 
     void playsInOrder_data()
     {
-        QTest::addColumn<QString>("strPath");
-        QTest::addColumn<QString>("strSettings");
-        QTest::addColumn<QList<int>>("lstWidth");
-        row("folder, once", "", "", QList<int>{1, 2, 3, 10, 11, 0, 0});
-        row("folder, looping", "", "<Loop>1</Loop>", QList<int>{1, 2, 3, 10, 11, 1, 2, 3});
-        row("glob", "/img*.png", "", QList<int>{2, 3, 10, 0});
-        row("set of letters", "/[ab]*", "", QList<int>{1, 11, 0});
-        row("one file", "/img010.png", "<Loop>1</Loop>", QList<int>{10, 10, 10});
+        addRows("case             path         settings        widths\n"
+                "folder, once     -            -               1 2 3 10 11 0 0\n"
+                "folder, looping  -            <Loop>1</Loop>  1 2 3 10 11 1 2 3\n"
+                "glob             /img*.png    -               2 3 10 0\n"
+                "set of letters   /[az]*       -               1 11 0\n"
+                "one file         /img010.png  <Loop>1</Loop>  10 10 10");
     }
 
     void playsInOrder()
     {
-        QFETCH(QString, strPath);
-        QFETCH(QString, strSettings);
-        QFETCH(QList<int>, lstWidth);
+        QFETCH(QString, path);
+        QFETCH(QString, settings);
+        QFETCH(QString, widths);
         write("img010.png", 10);
         write("img2.png", 2);
         write("Img3.png", 3);
         write("a1.bmp", 1);
-        write("a1b.jpeg", 11);
-        QVERIFY(QFile::rename(path("a1b.jpeg"), path("z.jpeg")));
-        if (strPath.contains("[ab]"))
-            QVERIFY(QFile::rename(path("z.jpeg"), path("b.jpeg")));
+        write("z.jpeg", 11);
         writeText("notes.txt");
         QVERIFY(QDir(m_pcDir->path()).mkdir("folder.png"));
-        open(m_pcDir->path() + strPath, strSettings);
-        QCOMPARE(play(lstWidth.size()), lstWidth);
+        open(m_pcDir->path() + path, settings);
+        QCOMPARE(play(widths.count(' ') + 1), widths);
         // A start goes back to the first picture, also in the middle.
         m_pcSource->start();
-        QCOMPARE(play(2), lstWidth.mid(0, 2));
+        QVERIFY(widths.startsWith(play(2)));
         m_pcSource->stop();
         m_pcSource->start();
-        QCOMPARE(play(2), lstWidth.mid(0, 2));
+        QVERIFY(widths.startsWith(play(2)));
     }
 
     void seesNewFilesAtTheNextLoop()
@@ -121,11 +109,11 @@ private slots:
         write("2.png", 2);
         write("4.png", 4);
         open(m_pcDir->path(), "<Loop>1</Loop>");
-        QCOMPARE(play(1), QList<int>{2});
+        QCOMPARE(play(1), "2");
         write("3.png", 3);
-        QCOMPARE(play(4), (QList<int>{4, 2, 3, 4}));
+        QCOMPARE(play(4), "4 2 3 4");
         QVERIFY(QFile::remove(path("2.png")));
-        QCOMPARE(play(2), (QList<int>{3, 4})); // the missing one is passed over
+        QCOMPARE(play(2), "3 4"); // the missing one is passed over
     }
 
     void passesOverWhatIsBroken()
@@ -145,7 +133,7 @@ private slots:
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression("3.jpg: It is empty"));
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression("4.png: It cannot be decoded"));
         open(m_pcDir->path(), "<Loop>1</Loop>");
-        QCOMPARE(play(2), (QList<int>{1, 5}));
+        QCOMPARE(play(2), "1 5");
         QCOMPARE(m_pcSource->getLastError(), path("4.png") + ": It cannot be decoded.");
 
         // Not told again in the next loop, but told by the source until the file is whole.
@@ -153,17 +141,17 @@ private slots:
         s_nMessages = 0;
         const auto fnBefore = qInstallMessageHandler(
             [](QtMsgType, const QMessageLogContext &, const QString &) { ++s_nMessages; });
-        const QList<int> lstSecond = play(2);
+        const QString strSecond = play(2);
         const QString strSecondError = m_pcSource->getLastError();
         QFile::remove(path("0.png"));
         write("2.png", 2);
         write("3.jpg", 3);
         write("4.png", 4);
-        const QList<int> lstThird = play(5);
+        const QString strThird = play(5);
         qInstallMessageHandler(fnBefore);
-        QCOMPARE(lstSecond, (QList<int>{1, 5}));
+        QCOMPARE(strSecond, "1 5");
         QCOMPARE(strSecondError, path("4.png") + ": It cannot be decoded.");
-        QCOMPARE(lstThird, (QList<int>{1, 2, 3, 4, 5}));
+        QCOMPARE(strThird, "1 2 3 4 5");
         QCOMPARE(m_pcSource->getLastError(), QString());
         QCOMPARE(s_nMessages, 0);
     }
@@ -173,44 +161,32 @@ private slots:
         const QString strFolder = path("in");
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression("Folder: .*in does not exist"));
         open(strFolder, "<Loop>1</Loop>");
-        QCOMPARE(play(2), (QList<int>{0, 0}));
+        QCOMPARE(play(2), "0 0");
         QCOMPARE(m_pcSource->getLastError(), strFolder + " does not exist.");
 
         QVERIFY(QDir().mkdir(strFolder));
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression("no pictures at .*in"));
-        QCOMPARE(play(1), QList<int>{0});
+        QCOMPARE(play(1), "0");
         write("in/1.png", 1);
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression("in has pictures again"));
-        QCOMPARE(play(2), (QList<int>{1, 1}));
+        QCOMPARE(play(2), "1 1");
         QCOMPARE(m_pcSource->getLastError(), QString());
 
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression("Folder: .*in does not exist"));
         QVERIFY(QDir(strFolder).removeRecursively());
-        QCOMPARE(play(1), QList<int>{0});
+        QCOMPARE(play(1), "0");
         QCOMPARE(m_pcSource->getLastError(), strFolder + " does not exist.");
-    }
-
-    void refusesBadSettings_data()
-    {
-        QTest::addColumn<QString>("strPath");
-        QTest::addColumn<QString>("strSettings");
-        QTest::addColumn<QString>("strError");
-        row("no path", " ", "", "Setting Path is missing.");
-        row("rate", ".", "<Fps>fast</Fps>", "Setting Fps is \"fast\", wanted is a number from 0 to 10000.");
     }
 
     void refusesBadSettings()
     {
-        QFETCH(QString, strPath);
-        QFETCH(QString, strSettings);
-        QFETCH(QString, strError);
-        QTest::ignoreMessage(QtWarningMsg, qPrintable("Picture Folder: " + strError));
-        open(strPath, strSettings);
-        QCOMPARE(play(1), QList<int>{0});
-        QCOMPARE(m_pcSource->getLastError(), strError);
+        QTest::ignoreMessage(QtWarningMsg, "Picture Folder: Setting Path is missing.");
+        open(" ");
+        QCOMPARE(play(1), "0");
+        QCOMPARE(m_pcSource->getLastError(), "Setting Path is missing.");
         write("1.png", 1);
         m_pcSource->setConfigString("<Path>" + m_pcDir->path() + "</Path>");
-        QCOMPARE(play(1), QList<int>{1});
+        QCOMPARE(play(1), "1");
         QCOMPARE(m_pcSource->getLastError(), QString());
     }
 
@@ -220,42 +196,32 @@ private slots:
         open(m_pcDir->path(), "<Loop>1</Loop><Fps>50</Fps>");
         QElapsedTimer cTimer;
         cTimer.start();
-        QCOMPARE(play(6), (QList<int>{1, 1, 1, 1, 1, 1}));
+        QCOMPARE(play(6), "1 1 1 1 1 1");
         QVERIFY2(cTimer.elapsed() >= 100, qPrintable(QString::number(cTimer.elapsed())));
 
         // A slow rate never holds the task for long.
         open(m_pcDir->path(), "<Loop>1</Loop><Fps>0.001</Fps>");
         cTimer.start();
-        QCOMPARE(play(2), (QList<int>{1, 0}));
+        QCOMPARE(play(2), "1 0");
         QVERIFY2(cTimer.elapsed() < 1000, qPrintable(QString::number(cTimer.elapsed())));
-    }
-
-    void idlesWithoutSpinning_data()
-    {
-        QTest::addColumn<QString>("strSettings");
-        QTest::addColumn<bool>("bBroken");
-        row("empty", "", false);
-        row("empty, looping", "<Loop>1</Loop>", false);
-        row("all broken", "", true);
-        row("all broken, looping", "<Loop>1</Loop>", true);
     }
 
     void idlesWithoutSpinning()
     {
-        QFETCH(QString, strSettings);
-        QFETCH(bool, bBroken);
-        QTest::ignoreMessage(QtWarningMsg,
-                             QRegularExpression(bBroken ? "It cannot be decoded" : "no pictures"));
-        if (bBroken)
+        for (const char *szProblem : {"no pictures", "It cannot be decoded"}) {
+            for (const char *szSettings : {"", "<Loop>1</Loop>"}) {
+                QTest::ignoreMessage(QtWarningMsg, QRegularExpression(szProblem));
+                open(m_pcDir->path(), szSettings);
+                const std::clock_t nBefore = std::clock();
+                QElapsedTimer cTimer;
+                cTimer.start();
+                QCOMPARE(play(3), "0 0 0");
+                QVERIFY2(cTimer.elapsed() >= 290, qPrintable(QString::number(cTimer.elapsed())));
+                const double dBusy = double(std::clock() - nBefore) / CLOCKS_PER_SEC;
+                QVERIFY2(dBusy < 0.05, qPrintable(QString::number(dBusy)));
+            }
             writeText("1.png");
-        open(m_pcDir->path(), strSettings);
-        const std::clock_t nBefore = std::clock();
-        QElapsedTimer cTimer;
-        cTimer.start();
-        QCOMPARE(play(3), (QList<int>{0, 0, 0}));
-        QVERIFY2(cTimer.elapsed() >= 290, qPrintable(QString::number(cTimer.elapsed())));
-        const double dBusy = double(std::clock() - nBefore) / CLOCKS_PER_SEC;
-        QVERIFY2(dBusy < 0.05, qPrintable(QString::number(dBusy)));
+        }
     }
 
     void servesSeveralTasks()
@@ -326,12 +292,12 @@ private:
                          strSettings + "</Config>");
     }
     /// Widths of the next pictures, 0 for a request that gave none.
-    QList<int> play(int nRequests)
+    QString play(int nRequests)
     {
-        QList<int> lstWidth;
+        QStringList lstWidth;
         while (nRequests-- > 0)
-            lstWidth << (m_pcSource->execute() ? m_pcStore->getParamDIB(1)->getWidth() : 0);
-        return lstWidth;
+            lstWidth << QString::number(m_pcSource->execute() ? m_pcStore->getParamDIB(1)->getWidth() : 0);
+        return lstWidth.join(' ');
     }
 
     std::unique_ptr<QTemporaryDir> m_pcDir;
