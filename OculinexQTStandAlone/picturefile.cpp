@@ -16,7 +16,6 @@
 #include <QSet>
 #include <QtEndian>
 
-#include "pixelbuffers.h"
 #include "plainbmp.h"
 
 namespace
@@ -177,7 +176,8 @@ bool isSpecial(const QString &strPath, QString &strError)
 }
 } // namespace
 
-QImage PictureFile::read(const QString &strPath, bool bGrey, QString &strError)
+QImage PictureFile::read(const QString &strPath, bool bGrey, QString &strError,
+                         const PixelBuffers::Maker &fnMake)
 {
     QFile cFile(strPath);
     if (isSpecial(strPath, strError))
@@ -188,7 +188,7 @@ QImage PictureFile::read(const QString &strPath, bool bGrey, QString &strError)
     }
     const QSize cPlain = PlainBmp::size(cFile);
     if (cPlain.isValid() && fits(cPlain, bGrey))
-        return PlainBmp::read(cFile, cPlain);
+        return PlainBmp::read(cFile, cPlain, fnMake);
     QImageReader cReader(&cFile);
     cReader.setDecideFormatFromContent(true);
     if (cReader.format().startsWith("svg")) {

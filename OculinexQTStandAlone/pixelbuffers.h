@@ -2,6 +2,7 @@
 #define PIXELBUFFERS_H
 
 #include <cstddef>
+#include <functional>
 #include <memory>
 
 #include <QImage>
@@ -28,6 +29,8 @@ using Owned = std::unique_ptr<unsigned char, GiveBack>;
 
 /// A picture that gives its memory back; its pixels are undefined. Null where there is no memory.
 QImage image(QSize cSize, QImage::Format eFormat);
+/// What makes such a picture, or one in memory of its own choice.
+using Maker = std::function<QImage(QSize cSize, QImage::Format eFormat)>;
 } // namespace PixelBuffers
 
 #endif

@@ -55,6 +55,11 @@ OCULINEX_SSSE3 void storeBytes(unsigned char *puch, __m128i aBytes)
     _mm_storeu_si128(reinterpret_cast<__m128i *>(puch), aBytes);
 }
 
+OCULINEX_AVX2 void storeWide(unsigned char *puch, __m256i aBytes)
+{
+    _mm256_storeu_si256(reinterpret_cast<__m256i *>(puch), aBytes);
+}
+
 OCULINEX_AVX2 int exchangeWide(unsigned char *puchDst, const unsigned char *puchSrc, int nPixels)
 {
     return exchangeBlocks<96>(puchDst, puchSrc, nPixels);
@@ -69,16 +74,13 @@ OCULINEX_AVX2 int expandWide(unsigned char *puchDst, const unsigned char *puchGr
                                              0, 0, 0, 1, 1, 1, 2, 2, 2, 3, 3, 3, 4, 4, 4, 5);
     const __m256i aThird = _mm256_setr_epi8(5, 5, 6, 6, 6, 7, 7, 7, 8, 8, 8, 9, 9, 9, 10, 10, 10, 11, 11, 11,
                                             12, 12, 12, 13, 13, 13, 14, 14, 14, 15, 15, 15);
-    const auto fnStore = [](unsigned char *puch, __m256i aBytes) OCULINEX_AVX2 {
-        _mm256_storeu_si256(reinterpret_cast<__m256i *>(puch), aBytes);
-    };
     int nDone = 0;
     for (; nPixels - nDone >= 32; nDone += 32, puchDst += 96) {
         const __m128i aLow = loadBytes(puchGrey + nDone);
         const __m128i aHigh = loadBytes(puchGrey + nDone + 16);
-        fnStore(puchDst, _mm256_shuffle_epi8(_mm256_broadcastsi128_si256(aLow), aFirst));
-        fnStore(puchDst + 32, _mm256_shuffle_epi8(_mm256_set_m128i(aHigh, aLow), aSecond));
-        fnStore(puchDst + 64, _mm256_shuffle_epi8(_mm256_broadcastsi128_si256(aHigh), aThird));
+        storeWide(puchDst, _mm256_shuffle_epi8(_mm256_broadcastsi128_si256(aLow), aFirst));
+        storeWide(puchDst + 32, _mm256_shuffle_epi8(_mm256_set_m128i(aHigh, aLow), aSecond));
+        storeWide(puchDst + 64, _mm256_shuffle_epi8(_mm256_broadcastsi128_si256(aHigh), aThird));
     }
     return nDone;
 }
@@ -109,6 +111,31 @@ OCULINEX_SSSE3 int packVectors(unsigned char *puchDst, const unsigned int *punPi
             _mm_shuffle_epi8(loadBytes(reinterpret_cast<const unsigned char *>(punPixels + nDone)), aOrder));
     return nDone;
 }
+
+OCULINEX_AVX2 int lowerWide(unsigned char *puchDst, const unsigned char *puchSrc,
+                            const PixelRows::Lowering &cLowering, int nBytes)
+{
+    const __m256i aLessLow = _mm256_broadcastsi128_si256(loadBytes(cLowering.m_auchLess.data()));
+    const __m256i aLessHigh = _mm256_broadcastsi128_si256(loadBytes(cLowering.m_auchLess.data() + 16));
+    const __m256i aBits = _mm256_set1_epi64x(static_cast<long long>(0x8040201008040201));
+    const __m256i aTop = _mm256_set1_epi8(-128);
+    const __m256i aNibble = _mm256_set1_epi8(15);
+    int nDone = 0;
+    for (; nBytes - nDone >= 32; nDone += 32) {
+        const __m256i aValues = _mm256_loadu_si256(reinterpret_cast<const __m256i *>(puchSrc + nDone));
+        // An index with its top bit set picks 0.
+        const __m256i aIndexes = _mm256_and_si256(aValues, _mm256_or_si256(aTop, aNibble));
+        const __m256i aLess =
+            _mm256_or_si256(_mm256_shuffle_epi8(aLessLow, aIndexes),
+                            _mm256_shuffle_epi8(aLessHigh, _mm256_xor_si256(aIndexes, aTop)));
+        const __m256i aBit =
+            _mm256_shuffle_epi8(aBits, _mm256_and_si256(_mm256_srli_epi16(aValues, 4), aNibble));
+        // What is equal becomes -1.
+        storeWide(puchDst + nDone,
+                  _mm256_add_epi8(aValues, _mm256_cmpeq_epi8(_mm256_and_si256(aLess, aBit), aBit)));
+    }
+    return nDone;
+}
 } // namespace
 #else
 namespace
@@ -128,6 +155,10 @@ int expandVectors(unsigned char *, const unsigned char *, int)
     return 0;
 }
 int packVectors(unsigned char *, const unsigned int *, int)
+{
+    return 0;
+}
+int lowerWide(unsigned char *, const unsigned char *, const PixelRows::Lowering &, int)
 {
     return 0;
 }
@@ -209,4 +240,11 @@ void PixelRows::packColours(unsigned char *puchDst, const unsigned int *punPixel
         puchDst[1] = static_cast<unsigned char>(punPixels[nDone] >> 8);
         puchDst[2] = static_cast<unsigned char>(punPixels[nDone]);
     }
+}
+
+void PixelRows::lower(unsigned char *puchDst, const unsigned char *puchSrc, const Lowering &cLowering,
+                      int nBytes)
+{
+    for (int i = s_bAVX2 ? lowerWide(puchDst, puchSrc, cLowering, nBytes) : 0; i < nBytes; ++i)
+        puchDst[i] = cLowering.m_auchTo[puchSrc[i]];
 }

@@ -5,7 +5,6 @@
 #include <QFile>
 #include <QtEndian>
 
-#include "pixelbuffers.h"
 #include "pixelrows.h"
 
 namespace
@@ -87,17 +86,15 @@ QSize PlainBmp::size(QFile &cFile)
     return nPixelBytes / rowBytes(cSize.width()) >= cSize.height() ? cSize : QSize();
 }
 
-QImage PlainBmp::read(QFile &cFile, QSize cSize)
+QImage PlainBmp::read(QFile &cFile, QSize cSize, const PixelBuffers::Maker &fnMake)
 {
-    const Header cHeader(cFile.read(HEADER_BYTES));
     const qint64 nRowBytes = rowBytes(cSize.width());
-    QImage cImage = PixelBuffers::image(cSize, QImage::Format_RGB888);
     const PixelBuffers::Owned pcChunk(
         PixelBuffers::take(static_cast<size_t>(nRowBytes * chunkRows(nRowBytes))));
-    if (!pcChunk || cImage.isNull())
-        return {};
-    cImage.setDotsPerMeterX(cHeader.get(Header::DOTS_X));
-    cImage.setDotsPerMeterY(cHeader.get(Header::DOTS_Y));
+    QImage cImage = pcChunk ? fnMake(cSize, QImage::Format_RGB888) : QImage();
+    if (cImage.isNull())
+        return cImage;
+    cFile.skip(HEADER_BYTES);
     for (int nLeft = cSize.height(); nLeft > 0;) {
         const int nRows = std::min(nLeft, chunkRows(nRowBytes));
         const qint64 nWanted = nRowBytes * nRows;

@@ -3,6 +3,8 @@
 
 #include <QImage>
 
+#include "pixelbuffers.h"
+
 class QFile;
 
 /// BMP files of 24 bits a pixel without compression, rows from the bottom up, and a header of the
@@ -13,9 +15,9 @@ namespace PlainBmp
 /// Size of the picture; invalid when the file is none of these or lacks bytes. The file stays at its
 /// beginning.
 QSize size(QFile &cFile);
-/// The picture of a file whose size() is cSize, as RGB888; null when there is no memory. What the file
-/// lacks by now is 0.
-QImage read(QFile &cFile, QSize cSize);
+/// The picture of a file whose size() is cSize, as an RGB888 one of fnMake, which is called when nothing else
+/// can fail; null when there is no memory. What the file lacks by now is 0.
+QImage read(QFile &cFile, QSize cSize, const PixelBuffers::Maker &fnMake);
 
 /// Whether a picture is RGB888 or Indexed8, of which the bytes of a row are as many as in the file.
 bool canWrite(const QImage &cImage);

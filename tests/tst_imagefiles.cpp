@@ -118,7 +118,7 @@ private slots:
     {
         QFETCH(QString, strFile);
         QFETCH(QImage::Format, eFormat);
-        for (int nWidth = 1; nWidth <= 9; ++nWidth) {
+        for (int nWidth : {1, 2, 3, 4, 5, 6, 7, 8, 9, 250}) {
             QVERIFY(pattern(nWidth, 4, eFormat).save(path(strFile)));
             if (strFile == "icon.ico")
                 write("icon.ico", read("icon.ico").replace(14, 4, "\xFF\xFF\xFF\x7F"));
@@ -216,6 +216,34 @@ private slots:
         QCOMPARE(QSize(pcDIB->getWidth(), pcDIB->getHeight()), QSize(20, 20));
         QCOMPARE(QByteArray(reinterpret_cast<const char *>(pcDIB->getDIB()), 20 * 60),
                  QByteArray(20 * 60, '\0'));
+    }
+
+    void variantsOfBmpAreReadAlike_data()
+    {
+        QTest::addColumn<int>("nOffset");
+        QTest::addColumn<QByteArray>("achBytes");
+        row("as written", 0, QByteArray("B"));
+        row("top row first", 22, QByteArray("\x90\xfe\xff\xff", 4)); // the height: -368
+        row("lower than its pixels", 22, QByteArray("\x03\0\0\0", 4));
+        row("pixels at once", 10, QByteArray("\x0e\0\0\0", 4)); // after the first header, over the second
+        row("bit fields", 30, QByteArray("\x03"));
+        row("wider than its pixels", 18, QByteArray("\xff\x0f", 2));
+        row("no pixel wide", 18, QByteArray("\0\0", 2));
+    }
+    void variantsOfBmpAreReadAlike()
+    {
+        QFETCH(int, nOffset);
+        QFETCH(QByteArray, achBytes);
+        QVERIFY(pattern(333, 368, QImage::Format_RGB888).save(path("a.bmp"))); // more than is read at once
+        write("a.bmp", read("a.bmp").replace(nOffset, achBytes.size(), achBytes));
+        const QImage cDecoded = QImage(path("a.bmp")).convertToFormat(QImage::Format_RGB888);
+        if (cDecoded.isNull())
+            QTest::ignoreMessage(QtWarningMsg, QRegularExpression("cannot load .*a.bmp: "));
+        load(path("a.bmp"), false);
+        QCOMPARE(m_pcAPM->requestParamDIBMap()->isEmpty(), cDecoded.isNull());
+        const ParamDIB *pcDIB = m_pcAPM->getParamDIB(3);
+        QCOMPARE(QImage(pcDIB->getDIB(), pcDIB->getWidth(), pcDIB->getHeight(), QImage::Format_RGB888),
+                 cDecoded);
     }
 
     void onlyRegularFilesCount()

@@ -29,7 +29,7 @@ struct GreyWeights {
     std::array<double, 256> adFirst{};
     std::array<double, 256> adSecond{};
     std::array<double, 256> adThird{};
-    std::array<uchar, 256> auchOfGrey{}; ///< where all three are equal; rounding makes some one less
+    PixelRows::Lowering cOfGrey; ///< where all three are equal; rounding makes some one less
 
     GreyWeights()
     {
@@ -37,7 +37,7 @@ struct GreyWeights {
             adFirst[i] = static_cast<double>(i) * 0.114;
             adSecond[i] = static_cast<double>(i) * 0.587;
             adThird[i] = static_cast<double>(i) * 0.299;
-            auchOfGrey[i] = grey(i, i, i);
+            cOfGrey.set(i, grey(i, i, i) < i);
         }
     }
     uchar grey(size_t nFirst, size_t nSecond, size_t nThird) const
@@ -52,13 +52,19 @@ bool isPacked(QImage::Format eFormat)
     return eFormat == QImage::Format_RGB32 || eFormat == QImage::Format_ARGB32;
 }
 
+/// Bytes of a row of colour pixels, in the store and in an RGB888 picture.
+int rowBytes(int nWidth)
+{
+    return ((nWidth + 1) * 3) & ~3;
+}
+
 void toColour(const QImage &cImage, ParamDIB *pcDIB)
 {
     uchar *puchTo = pcDIB->getDIB();
     if (puchTo == nullptr)
         return;
     const int nWidth = cImage.width();
-    const int nStride = ((nWidth + 1) * 3) & ~3;
+    const int nStride = rowBytes(nWidth);
     for (int y = 0; y < cImage.height(); ++y, puchTo += nStride) {
         const uchar *puchFrom = cImage.constScanLine(y);
         if (isPacked(cImage.format()))
@@ -88,8 +94,7 @@ void toGrey(const QImage &cImage, ParamGray8 *pcGray8)
             for (size_t x = 0; x < nWidth; ++x, puchFrom += 3)
                 puchTo[x] = s_cWeights.grey(puchFrom[0], puchFrom[1], puchFrom[2]);
         } else if (cImage.format() == QImage::Format_Grayscale8) {
-            for (size_t x = 0; x < nWidth; ++x)
-                puchTo[x] = s_cWeights.auchOfGrey[puchFrom[x]];
+            PixelRows::lower(puchTo, puchFrom, s_cWeights.cOfGrey, cImage.width());
         } else {
             memcpy(puchTo, puchFrom, nWidth);
         }
@@ -97,11 +102,11 @@ void toGrey(const QImage &cImage, ParamGray8 *pcGray8)
 }
 
 template <typename Param>
-Param *prepare(Param *pcParam, const QImage &cImage, const QString &strName, const QString &strDescribe)
+Param *prepare(Param *pcParam, QSize cSize, const ConfigText &cSettings)
 {
-    pcParam->setName(strName);
-    pcParam->setDescribe(strDescribe);
-    pcParam->resize(cImage.width(), cImage.height());
+    pcParam->setName(cSettings.text("OutputName"));
+    pcParam->setDescribe(cSettings.text("Describe"));
+    pcParam->resize(cSize.width(), cSize.height());
     return pcParam;
 }
 } // namespace
@@ -140,7 +145,14 @@ char *Loading::execute(char *pchConfig, ArithmParamMgr *pcAPM)
         nID = -1;
 
     QString strError = QStringLiteral("memory is short");
-    QImage cImage = PictureFile::read(strPath, bGrey, strError);
+    bool bStored = false;
+    const auto fnStored = [&](QSize cSize, QImage::Format eFormat) {
+        bStored = true;
+        ParamDIB *pcDIB = prepare(pcAPM->getParamDIB(nID), cSize, cSettings);
+        return QImage(pcDIB->getDIB(), cSize.width(), cSize.height(), rowBytes(cSize.width()), eFormat);
+    };
+    QImage cImage = PictureFile::read(strPath, bGrey, strError,
+                                      bGrey ? PixelBuffers::Maker(PixelBuffers::image) : fnStored);
     // The other kinds become 24-bit pixels on their way into the store.
     const QImage::Format eFormat = cImage.format();
     if (!isPacked(eFormat) && eFormat != QImage::Format_Indexed8 && eFormat != QImage::Format_Grayscale8)
@@ -149,13 +161,10 @@ char *Loading::execute(char *pchConfig, ArithmParamMgr *pcAPM)
         qCWarning(lcFile).noquote() << "cannot load" << strPath + QLatin1Char(':') << strError;
         return TextBuffer::blank();
     }
-
-    const QString strName = cSettings.text("OutputName");
-    const QString strDescribe = cSettings.text("Describe");
     if (bGrey)
-        toGrey(cImage, prepare(pcAPM->getParamGray8(nID), cImage, strName, strDescribe));
-    else
-        toColour(cImage, prepare(pcAPM->getParamDIB(nID), cImage, strName, strDescribe));
+        toGrey(cImage, prepare(pcAPM->getParamGray8(nID), cImage.size(), cSettings));
+    else if (!bStored)
+        toColour(cImage, prepare(pcAPM->getParamDIB(nID), cImage.size(), cSettings));
     return TextBuffer::blank();
 }
 
