@@ -10,6 +10,7 @@
 
 #include <QImage>
 
+#include "Drawing/plaintarget.h"
 #include "Drawing/scalemap.h"
 #include "pixelbuffers.h"
 #include "pixelrows.h"
@@ -125,10 +126,7 @@ struct Overlap {
 
 bool findUnscaled(const QImage &cTarget, QSize cPicture, const QRectF &cSource, Overlap &cOverlap)
 {
-    constexpr int PAINTER_LIMIT = 32767; // the painter paints nothing beyond it
-    if (cTarget.width() > PAINTER_LIMIT || cTarget.height() > PAINTER_LIMIT)
-        return false;
-    if (cTarget.format() != QImage::Format_RGB888 || cSource.size() != QSizeF(cTarget.size()) ||
+    if (!isPlainTarget(cTarget) || cSource.size() != QSizeF(cTarget.size()) ||
         cSource.x() != std::floor(cSource.x()) || cSource.y() != std::floor(cSource.y()))
         return false;
     const auto meet = [](qint64 nOffset, qint64 nSrcLen, qint64 nDstLen, int &nSrc, int &nDst, int &nLen) {

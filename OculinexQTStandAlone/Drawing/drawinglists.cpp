@@ -12,6 +12,7 @@
 #include <QVarLengthArray>
 
 #include "Drawing/drawingregistry.h"
+#include "Drawing/plaintarget.h"
 #include "arithmparammgr.h"
 #include "logging.h"
 
@@ -86,7 +87,7 @@ class Brush
 public:
     explicit Brush(QImage *pcTarget)
         : m_cView(pcTarget->rect()),
-          m_puchPixels(canFill(*pcTarget) ? pcTarget->bits() : nullptr),
+          m_puchPixels(isPlainTarget(*pcTarget) ? pcTarget->bits() : nullptr),
           m_nRowBytes(pcTarget->bytesPerLine()),
           m_cPainter(pcTarget)
     {
@@ -133,13 +134,6 @@ public:
     }
 
 private:
-    /// Whether straight lines can be filled in, as the painter would at many times the cost.
-    static bool canFill(const QImage &cTarget)
-    {
-        constexpr int PAINTER_LIMIT = 32767; // the painter paints nothing beyond it
-        return cTarget.format() == QImage::Format_RGB888 && cTarget.width() <= PAINTER_LIMIT &&
-               cTarget.height() <= PAINTER_LIMIT;
-    }
     void setPen(const QPen &cPen)
     {
         m_cPainter.setPen(cPen);

@@ -6,6 +6,7 @@
 
 #include <QPainter>
 
+#include "Drawing/plaintarget.h"
 #include "pixelbuffers.h"
 
 namespace
@@ -135,8 +136,7 @@ void ScaleMap::paint(QImage &cTarget, const QImage &cPicture, const QRectF &cSou
 std::shared_ptr<const ScaleMap> ScaleMap::find(const QImage &cTarget, QSize cPicture, const QRectF &cSource)
 {
     const auto fits = [](QSize cSize) { return qint64{cSize.width()} * cSize.height() <= MAX_PIXELS; };
-    if (cTarget.format() != QImage::Format_RGB888 || cTarget.devicePixelRatioF() != 1.0 ||
-        !fits(cTarget.size()) || !fits(cPicture))
+    if (!isPlainTarget(cTarget) || !fits(cTarget.size()) || !fits(cPicture))
         return nullptr;
     const Geometry cGeometry{
         cTarget.size(), cPicture, {cSource.x(), cSource.y(), cSource.width(), cSource.height()}};
