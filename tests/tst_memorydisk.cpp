@@ -5,7 +5,6 @@
 #include <future>
 #include <limits>
 #include <memory>
-#include <numeric>
 
 #include "DataSource/MemoryDiskCallBack/memorydiskcallback.h"
 #include "DataSource/datasource.h"
@@ -63,38 +62,9 @@ QByteArray execute(QByteArray achConfig, ArithmParamMgr *pcAPM)
 
 QByteArray writerConfig(int nDisk, int nID, const char *szType)
 {
-    return QStringLiteral("<MemDisk>%1</MemDisk><InputID>%2</InputID><InputType>%3</InputType>")
-        .arg(nDisk)
-        .arg(nID)
-        .arg(QLatin1String(szType))
+    return QString("<MemDisk>%1</MemDisk><InputID>%2</InputID><InputType>%3</InputType>")
+        .arg(QString::number(nDisk), QString::number(nID), szType)
         .toUtf8();
-}
-
-template <class Record>
-void checkEmptying(const Kind<Record> &cKind)
-{
-    MemoryDisk cDisk;
-    unsigned char auchPicture[4] = {};
-    std::atomic<bool> bStop{false};
-    std::thread cEmptier([&] {
-        while (!bStop)
-            (cDisk.*cKind.m_fnEmpty)();
-    });
-    // Takes the picture while the other thread, which has counted it already, is about to.
-    std::thread cConsumer([&] {
-        while (!bStop)
-            (cDisk.*cKind.m_fnRelease)((cDisk.*cKind.m_fnRequest)());
-    });
-    int nAdded = 0;
-    while (nAdded < 20000 && (cDisk.*cKind.m_fnAdd)(auchPicture, 1, 1))
-        ++nAdded;
-    bStop = true;
-    cEmptier.join();
-    (cDisk.*cKind.m_fnAdd)(auchPicture, 1, 1); // wakes the consumer
-    cConsumer.join();
-    (cDisk.*cKind.m_fnEmpty)();
-    QCOMPARE(cKind.counts(cDisk), UNTOUCHED);
-    QCOMPARE(nAdded, 20000);
 }
 
 std::atomic<int> gnNextInstance{1}; // an instance belongs to one thread
@@ -111,9 +81,10 @@ QString traffic(const Kind<Record> &cKind)
     MemoryDisk &cDisk = *MemoryDisk::getInstance(2);
     std::atomic<int> nFaults{0};
     std::atomic<int> nLeft{PRODUCERS * PICTURES};
-    QVector<int> alstReceived[CONSUMERS][PRODUCERS];
+    int anLast[CONSUMERS][PRODUCERS] = {};  // each consumer gets a producer's pictures in order,
+    std::atomic<int> anSum[PRODUCERS] = {}; // and all together get each once
     const auto produce = [&](int nProducer) {
-        for (int nNumber = 0; nNumber < PICTURES; ++nNumber) {
+        for (int nNumber = 1; nNumber <= PICTURES; ++nNumber) {
             const int nHeight = 1 + nNumber % 4;
             QVector<int> lstPicture(WIDTH * nHeight, nNumber);
             lstPicture[0] = nProducer;
@@ -135,7 +106,8 @@ QString traffic(const Kind<Record> &cKind)
                     nInstance, cKind.m_szType, &nWidth, &nHeight));
             const int nInts = WIDTH * (cKind.m_nRowLengthOf5 / 5) * nHeight / 4;
             nFaults += std::any_of(pnPixels + 2, pnPixels + nInts, [&](int n) { return n != pnPixels[1]; });
-            alstReceived[nConsumer][pnPixels[0]].append(pnPixels[1]);
+            nFaults += pnPixels[1] <= std::exchange(anLast[nConsumer][pnPixels[0]], pnPixels[1]);
+            anSum[pnPixels[0]] += pnPixels[1];
             MemoryDiskCallBack2::MemoryDiskReleasePicture(nInstance);
             MemoryDiskCallBack2::MemoryDiskRemoveInstance(nInstance);
         }
@@ -143,21 +115,10 @@ QString traffic(const Kind<Record> &cKind)
     together(PRODUCERS + CONSUMERS,
              [&](int nThread) { nThread < PRODUCERS ? produce(nThread) : consume(nThread - PRODUCERS); });
 
-    QVector<int> lstSent(PICTURES);
-    std::iota(lstSent.begin(), lstSent.end(), 0);
-    for (int nProducer = 0; nProducer < PRODUCERS; ++nProducer) {
-        QVector<int> lstAll;
-        for (const auto &alstOfConsumer : alstReceived) {
-            const QVector<int> &lstReceived = alstOfConsumer[nProducer];
-            nFaults += !std::is_sorted(lstReceived.begin(), lstReceived.end());
-            lstAll += lstReceived;
-        }
-        std::sort(lstAll.begin(), lstAll.end());
-        if (lstAll != lstSent)
-            return QStringLiteral("%1 of %2 received").arg(lstAll.size()).arg(PICTURES);
-    }
+    for (const std::atomic<int> &nSum : anSum)
+        nFaults += nSum != PICTURES * (PICTURES + 1) / 2;
     if (nFaults > 0 || cKind.counts(cDisk) != UNTOUCHED)
-        return QStringLiteral("%1 torn or out of order, or the counts are wrong").arg(nFaults.load());
+        return QString("%1 lost, torn or out of order, or the counts are wrong").arg(nFaults.load());
     return QString();
 }
 } // namespace
@@ -171,11 +132,10 @@ private slots:
     {
         MemoryDisk cDisk;
         unsigned char auchPicture[45] = {};
-        for (int nHeight : {9, 2, 5}) {
-            for (int nPicture = 0; nPicture < 6; ++nPicture)
-                QVERIFY(cDisk.addGray8(auchPicture, 5, nHeight));
+        for (int nHeight : {9, 2}) {
             MemoryDisk::Gray8 *apcRecords[6];
             for (auto *&pcRecord : apcRecords) {
+                QVERIFY(cDisk.addGray8(auchPicture, 5, nHeight));
                 pcRecord = cDisk.requestGray8();
                 QCOMPARE(pcRecord->m_nBuffLen, 45);
                 // Copies to and from the middle of a cache line take up to a tenth longer.
@@ -198,7 +158,6 @@ private slots:
                    COLOUR.counts(cDisk) == UNTOUCHED && GREY.counts(cDisk) == UNTOUCHED;
         };
         QVERIFY(refused(nullptr, 1, 1));
-        QVERIFY(refused(&uchPixel, -1, 1));
         QVERIFY(refused(&uchPixel, -1000, -1000));
         QVERIFY(refused(&uchPixel, 65536, 65536)); // more bytes than an int counts
         QVERIFY(refused(&uchPixel, MAX, MAX));     // and than 64 bits count
@@ -210,8 +169,28 @@ private slots:
 
     void emptyingRacesWithConsumer()
     {
-        checkEmptying(COLOUR);
-        checkEmptying(GREY);
+        MemoryDisk cDisk;
+        unsigned char auchPicture[4] = {};
+        std::atomic<bool> bStop{false};
+        std::thread cEmptier([&] {
+            while (!bStop)
+                cDisk.emptyDIBPrepared();
+        });
+        // Takes the picture while the other thread, which has counted it already, is about to.
+        std::thread cConsumer([&] {
+            while (!bStop)
+                cDisk.releaseDIB(cDisk.requestDIB());
+        });
+        int nAdded = 0;
+        while (nAdded < 20000 && cDisk.addDIB(auchPicture, 1, 1))
+            ++nAdded;
+        bStop = true;
+        cEmptier.join();
+        cDisk.addDIB(auchPicture, 1, 1); // wakes the consumer
+        cConsumer.join();
+        cDisk.emptyDIBPrepared();
+        QCOMPARE(COLOUR.counts(cDisk), UNTOUCHED);
+        QCOMPARE(nAdded, 20000);
     }
 
     void everyPictureIsDeliveredOnce()
@@ -222,51 +201,35 @@ private slots:
     }
 
     /// From one task's store through the writer, the memory disk and the source to another's store.
-    void writerToSource_data()
-    {
-        QTest::addColumn<bool>("bColour");
-        QTest::newRow("colour") << true;
-        QTest::newRow("grey") << false;
-    }
     void writerToSource()
     {
-        QFETCH(bool, bColour);
-        const char *szType = bColour ? "RGB" : "Gray8";
-        const int nSize = bColour ? 12 * 2 : 3 * 2;
         ArithmParamMgr cFrom;
         ArithmParamMgr cTo;
-        const auto pixels = [&](ArithmParamMgr &cAPM, int nID) {
-            return bColour ? cAPM.getParamDIB(nID)->getDIB() : cAPM.getParamGray8(nID)->getGray8();
-        };
-        const auto counts = [&] {
-            MemoryDisk *pcDisk = MemoryDisk::getInstance(5);
-            return bColour ? COLOUR.counts(*pcDisk) : GREY.counts(*pcDisk);
-        };
+        MemoryDisk &cDisk = *MemoryDisk::getInstance(5);
+        const QByteArray achWriter = writerConfig(5, 4, "Gray8");
         const std::unique_ptr<DataSource::DataSourceInstance> pcSource(
             DataSource::getInstance()->createDataSourceFromConfigString(
-                &cTo, QStringLiteral("<DSName>Memory Disk 5</DSName><OutputType>%1</OutputType>"
-                                     "<OutputID>7</OutputID>")
-                          .arg(QLatin1String(szType))));
-        QCOMPARE(execute(writerConfig(5, 4, szType), &cFrom), QByteArray()); // still empty: skipped
-        QCOMPARE(counts(), UNTOUCHED);
+                &cTo, "<DSName>Memory Disk 5</DSName><OutputType>Gray8</OutputType><OutputID>7</OutputID>"));
+        QCOMPARE(execute(achWriter, &cFrom), QByteArray()); // still empty: skipped
+        QCOMPARE(GREY.counts(cDisk), UNTOUCHED);
 
-        bColour ? cFrom.getParamDIB(4)->resize(3, 2) : cFrom.getParamGray8(4)->resize(3, 2);
+        cFrom.getParamGray8(4)->resize(3, 2);
         QElapsedTimer cTimer;
         cTimer.start();
         for (int nPicture = 0; nPicture < 7; ++nPicture) {
             QVERIFY(nPicture == 6 || cTimer.elapsed() < 900);
-            memset(pixels(cFrom, 4), nPicture + 1, static_cast<size_t>(nSize));
-            QCOMPARE(execute(writerConfig(5, 4, szType), &cFrom), QByteArray());
+            memset(cFrom.getParamGray8(4)->getGray8(), nPicture, 6);
+            QCOMPARE(execute(achWriter, &cFrom), QByteArray());
         }
         QVERIFY(cTimer.elapsed() >= 999); // the seventh waited and was dropped
-        QCOMPARE(counts(), QVector<int>({6, 0, 6, 0}));
+        QCOMPARE(GREY.counts(cDisk), QVector<int>({6, 0, 6, 0}));
 
         for (int nPicture = 0; nPicture < 6; ++nPicture) {
             QVERIFY(pcSource->execute());
-            QCOMPARE(QByteArray(reinterpret_cast<char *>(pixels(cTo, 7)), nSize),
-                     QByteArray(nSize, static_cast<char>(nPicture + 1)));
+            QCOMPARE(QByteArray(reinterpret_cast<char *>(cTo.getParamGray8(7)->getGray8()), 6),
+                     QByteArray(6, static_cast<char>(nPicture)));
         }
-        QCOMPARE(counts(), UNTOUCHED);
+        QCOMPARE(GREY.counts(cDisk), UNTOUCHED);
         cTimer.start();
         QVERIFY(!pcSource->execute());
         QVERIFY(cTimer.elapsed() >= 999 && cTimer.elapsed() < 5000);
@@ -282,7 +245,7 @@ private slots:
             QVERIFY(MemoryDisk::getInstance(nDisk)->addGray8(auchPicture, nDisk + 1, 1));
         for (int nDisk = 5; nDisk >= 0; --nDisk) {
             const DataSource::DataSourceInfo &cKind =
-                *DataSource::getInstance()->m_mapDataSourceInfo[QStringLiteral("Memory Disk %1").arg(nDisk)];
+                *DataSource::getInstance()->m_mapDataSourceInfo[QString("Memory Disk %1").arg(nDisk)];
             int nWidth = 0;
             int nHeight = 0;
             QVERIFY(cKind.m_fnRequestPicture(1000, "Gray8", &nWidth, &nHeight));
@@ -301,17 +264,17 @@ private slots:
         unsigned char auchPicture[8] = {};
         for (int nWidth = 1; nWidth <= 3; ++nWidth)
             QVERIFY(cDisk.addGray8(auchPicture, nWidth, 2));
-        const auto width = [](int nInstance, const char *szType) {
+        const auto fnWidth = [](int nInstance, const char *szType) {
             int nWidth = -1;
             int nHeight = -1;
             MemoryDiskCallBack3::MemoryDiskRequestPicture(nInstance, szType, &nWidth, &nHeight);
             return nWidth;
         };
-        QCOMPARE(width(1001, "Gray16"), -1);
-        QCOMPARE(width(1001, "Gray8 and more"), 1);
-        QCOMPARE(width(1002, "Gray8"), 2);
+        QCOMPARE(fnWidth(1001, "Gray16"), -1);
+        QCOMPARE(fnWidth(1001, "Gray8 and more"), 1);
+        QCOMPARE(fnWidth(1002, "Gray8"), 2);
 #ifdef QT_NO_DEBUG // a debug build ends here with an assertion
-        QCOMPARE(width(1001, "Gray8"), 3);
+        QCOMPARE(fnWidth(1001, "Gray8"), 3);
         QCOMPARE(GREY.counts(cDisk), QVector<int>({6, 4, 0, 2}));
 #endif
         for (int nInstance : {1001, 1001, 1002})
@@ -325,7 +288,6 @@ private slots:
         const std::pair<QByteArray, QByteArray> aErrors[] = {
             {writerConfig(6, 1, "RGB"), "指定的内存盘:\x06 不存在."},
             {writerConfig(-1, 1, "RGB"), "指定的内存盘:\xC3\xBF 不存在."},
-            {writerConfig(300, 1, "RGB"), "指定的内存盘:, 不存在."},
             // The raw character is a zero, which ends the text for whoever reads it as a C string.
             {QByteArray(), "指定的内存盘:"},
             {"<MemDisk>0</MemDisk><InputID>x</InputID>", "指定的输入变量不存在."},
@@ -338,7 +300,7 @@ private slots:
     /// A process may end while its tasks' threads are inside the memory disks and the sources.
     void processEndsUnderTraffic()
     {
-        QCOMPARE(QProcess::execute(QCoreApplication::applicationFilePath(), {QStringLiteral("end")}), 0);
+        QCOMPARE(QProcess::execute(QCoreApplication::applicationFilePath(), {"end"}), 0);
     }
 };
 
