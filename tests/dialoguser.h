@@ -51,15 +51,15 @@ public:
     {
         return [szButton](QWidget &cTop) { click(cTop, szButton); };
     }
-    /// Reads a box, "title: text" and the number of its buttons, and answers with the default.
-    static Act read(QString &strText)
+    /// Reads a box, "title: text" and the number of its buttons, and answers it.
+    static Act read(QString &strText, QMessageBox::StandardButton eAnswer = QMessageBox::Ok)
     {
-        return [&strText](QWidget &cTop) {
+        return [&strText, eAnswer](QWidget &cTop) {
             auto *pcBox = qobject_cast<QMessageBox *>(&cTop);
             strText += pcBox ? pcBox->windowTitle() + ": " + pcBox->text() + ' ' +
                                    QString::number(pcBox->buttons().size()) + '\n'
                              : "no box\n";
-            pcBox ? pcBox->button(QMessageBox::Ok)->click() : void();
+            pcBox ? pcBox->button(eAnswer)->click() : void();
         };
     }
     /// Sets widgets, "name=value name=value": line edits to the text, combo boxes to the index, buttons

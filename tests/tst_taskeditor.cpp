@@ -3,56 +3,19 @@
 #include <functional>
 #include <thread>
 
-#include <QAbstractButton>
-#include <QComboBox>
-#include <QLineEdit>
 #include <QMenu>
-#include <QMessageBox>
 #include <QPushButton>
-#include <QTableWidget>
 
 #include "OculinexQTStandAloneInQt.h"
 #include "arithmMgr/arithmregister.h"
 #include "arithmMgr/arithms.h"
 #include "arithmparammgr.h"
+#include "dialoguser.h"
 #include "taskMgr/taskMgr.h"
 
 namespace
 {
 QStringList s_lstError;
-
-/// What the user does with the next boxes; each answer is the text of a button.
-class Boxes : public QObject
-{
-public:
-    Boxes(const QStringList &lstAnswer = {}) : m_lstAnswer(lstAnswer)
-    {
-        connect(&m_cTimer, &QTimer::timeout, this, &Boxes::look);
-        m_cTimer.start(5);
-    }
-
-    QString m_strSeen; ///< the texts of the boxes, each title before it
-    std::function<void()> m_fnMeanwhile;
-
-private:
-    void look()
-    {
-        auto *pcBox = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
-        if (!pcBox)
-            return;
-        m_strSeen += pcBox->windowTitle() + ": " + pcBox->text() + '\n';
-        if (const auto fnMeanwhile = std::exchange(m_fnMeanwhile, nullptr))
-            fnMeanwhile();
-        const QString strAnswer = m_lstAnswer.isEmpty() ? QString() : m_lstAnswer.takeFirst();
-        for (QAbstractButton *pcButton : pcBox->buttons())
-            if (pcButton->text().remove('&') == strAnswer)
-                return pcButton->click();
-        pcBox->defaultButton()->click();
-    }
-
-    QStringList m_lstAnswer;
-    QTimer m_cTimer;
-};
 
 /// A task in the hands of a user: all widgets, three steps that leave their number in strings 1.
 struct Bench {
@@ -60,8 +23,8 @@ struct Bench {
         : m_pcTask(new TaskInfo("t", [](QString strError) { s_lstError.append(strError); }))
     {
         s_lstError.clear();
-        m_cView.addItems({"0", "1", "2", "3"});
-        m_cCore.addItems({"0", "1", "2"});
+        for (QComboBox *pcBox : {&m_cView, &m_cCore, &m_cLater})
+            pcBox->addItems({"0", "1", "2", "3"});
         m_cTable.setColumnCount(nColumns);
         m_pcTask->m_nWhichView = 2;
         attach(*m_pcTask);
@@ -126,6 +89,7 @@ struct Bench {
     QPushButton m_cRun;
     QComboBox m_cView;
     QComboBox m_cCore;
+    QComboBox m_cLater;
     QPushButton m_cSource;
     QTableWidget m_cTable;
 };
@@ -147,10 +111,8 @@ private slots:
             QCOMPARE(cBench.m_cTable.item(nRow, 0)->toolTip(), "探针");
             QVERIFY(!(cBench.m_cTable.item(nRow, 2)->flags() & Qt::ItemIsEditable));
         }
-        QComboBox cLater;
-        cLater.addItems({"0", "1", "2", "3"});
-        cBench.m_pcTask->addViewSelectCombo(&cLater);
-        QCOMPARE(cLater.currentIndex(), 3);
+        cBench.m_pcTask->addViewSelectCombo(&cBench.m_cLater);
+        QCOMPARE(cBench.m_cLater.currentIndex(), 3);
         // A table that lacks the column for the times keeps every row's own cells.
         Bench cNarrow(2);
         cNarrow.m_cTable.selectRow(0);
@@ -220,13 +182,15 @@ private slots:
     {
         Bench cBench;
         QVERIFY(cBench.algorithm());
-        QMenu *pcMenu = cBench.m_pcTask->m_pcMenu;
+        const QPointer<QMenu> pcMenu = cBench.m_pcTask->m_pcMenu;
         QStringList lstText;
         for (const QAction *pcAction : pcMenu->actions())
             lstText.append(pcAction->text());
         QCOMPARE(lstText.join('/'), "添加算法/添加扩展算法//修改配置/删除//执行到选中算法");
         cBench.algorithm();
-        QCOMPARE(cBench.m_pcTask->m_pcMenu, pcMenu); // built once
+        QCOMPARE(cBench.m_pcTask->m_pcMenu, pcMenu.data()); // built once
+        delete std::exchange(cBench.m_pcTask, nullptr);
+        QTRY_VERIFY(!pcMenu);
     }
 
     void addAndInsert()
@@ -258,16 +222,19 @@ private slots:
         cTask.insertArithm(-1, pcProbe);
         QCOMPARE(lstItem.size(), 6);
 
-        Boxes cBoxes;
+        QString strBox;
+        const DialogUser cUser({DialogUser::read(strBox)});
         cBench.m_cTable.clearSelection();
         cTask.addArithm(nullptr);
-        QCOMPARE(cBoxes.m_strSeen, "Warning: Arithm is not finded.\n");
+        QCOMPARE(strBox, "Warning: Arithm is not finded. 1\n");
     }
 
     void modify()
     {
         Bench cBench;
-        Boxes cBoxes;
+        QString strBoxes;
+        const auto fnRead = DialogUser::read(strBoxes);
+        const DialogUser cUser({fnRead, fnRead, fnRead});
         QList<TaskItem> &lstItem = cBench.m_pcTask->getTaskItem();
         cBench.m_pcTask->modifyOption();
         cBench.m_cTable.selectRow(0);
@@ -281,17 +248,19 @@ private slots:
         cBench.m_pcTask->modifyOption();
         lstItem.removeLast();
         cBench.m_pcTask->modifyOption();
-        QCOMPARE(
-            cBoxes.m_strSeen,
-            "Warning: No arithm have been selected.\n"
-            "Warning: No arithm have been selected, please delete it.\n"
-            "Warning: Serious error, arithm num is not equal with arithm list，please reconfig this task.\n");
+        QCOMPARE(strBoxes,
+                 "Warning: No arithm have been selected. 1\n"
+                 "Warning: No arithm have been selected, please delete it. 1\n"
+                 "Warning: Serious error, arithm num is not equal with arithm list，please reconfig "
+                 "this task. 1\n");
     }
 
     void remove()
     {
         Bench cBench;
-        Boxes cBoxes({"OK", "", "Yes"});
+        QString strBoxes;
+        const DialogUser cUser({DialogUser::read(strBoxes), DialogUser::type(Qt::Key_Return),
+                                DialogUser::read(strBoxes, QMessageBox::Yes)});
         cBench.m_pcTask->delArithm();
         cBench.m_cTable.selectRow(1);
         cBench.m_pcTask->delArithm(); // the default is No
@@ -299,15 +268,16 @@ private slots:
         cBench.m_pcTask->delArithm();
         QCOMPARE(cBench.rows(), "探针|-1 探针|-1");
         QCOMPARE(cBench.m_pcTask->getTaskItem().size(), 2);
-        const QString strQuestion =
-            "Warning: Would you like to delete the arithm? It can not be recover after delete.\n";
-        QCOMPARE(cBoxes.m_strSeen, "Warning: No arithm have been selected.\n" + strQuestion.repeated(2));
+        QCOMPARE(strBoxes, "Warning: No arithm have been selected. 1\n"
+                           "Warning: Would you like to delete the arithm? It can not be recover after "
+                           "delete. 2\n");
     }
 
     void runHere()
     {
         Bench cBench;
-        Boxes cBoxes;
+        QString strBoxes;
+        const DialogUser cUser({DialogUser::read(strBoxes), DialogUser::read(strBoxes)});
         cBench.m_pcTask->runHere();
         cBench.m_cTable.selectRow(1);
         cBench.m_pcTask->runHere();
@@ -318,7 +288,7 @@ private slots:
         QCOMPARE(cBench.m_cTable.item(2, 2)->text(), "");
         delete std::exchange(cBench.m_pcTask->m_pcDS, nullptr);
         cBench.m_pcTask->runHere();
-        QCOMPARE(cBoxes.m_strSeen, "Warning: No arithm is selected.\nWarning: No datasource assigned.\n");
+        QCOMPARE(strBoxes, "Warning: No arithm is selected. 1\nWarning: No datasource assigned. 1\n");
     }
 
     void configureByIndex()
@@ -356,22 +326,24 @@ private slots:
         QCOMPARE(s_lstError.last(), "stopped");
 
         s_lstError.clear();
-        Boxes cBoxes;
-        cBoxes.m_fnMeanwhile = [] { s_lstError.append("box"); };
+        const auto fnSeen = [](QWidget &cBox) {
+            s_lstError.append("box");
+            cBox.close();
+        };
+        const DialogUser cUser({fnSeen, fnSeen, [&](QWidget &cBox) {
+                                    for (TaskItem &cItem : cTask.getTaskItem()) {
+                                        cItem.m_strArithmID = "probe";
+                                        cItem.m_strOptionStr.clear();
+                                    }
+                                    cTask.startTask();
+                                    cBox.close();
+                                }});
         cBench.m_cTable.selectRow(2);
         cTask.modifyOption();
-        cBoxes.m_fnMeanwhile = [] { s_lstError.append("box"); };
         cTask.runHere(); // opens nothing: the source is not needed any more
         QCOMPARE(s_lstError.join(' '), "box stopped stopped box");
 
         s_lstError.clear();
-        cBoxes.m_fnMeanwhile = [&] {
-            for (TaskItem &cItem : cTask.getTaskItem()) {
-                cItem.m_strArithmID = "probe";
-                cItem.m_strOptionStr.clear();
-            }
-            cTask.startTask();
-        };
         cTask.modifyOption();
         QVERIFY(cTask.IsRunning() && s_lstError.isEmpty());
         cTask.stopTask();
@@ -383,17 +355,12 @@ private slots:
     {
         Bench cBench;
         TaskInfo &cTask = *cBench.m_pcTask;
-        Boxes cBoxes;
+        const DialogUser cUser({});
         QAction *pcProbe = cBench.algorithm("cfg");
         cBench.m_cTable.selectRow(1);
         const QString strBefore = cTask.toString();
         cBench.m_cRun.click();
         QVERIFY(cTask.IsRunning());
-        QCOMPARE(cBench.m_cRun.text(), "停止任务");
-        const QList<QWidget *> lstControl = {&cBench.m_cView, &cBench.m_cCore, &cBench.m_cSource,
-                                             &cBench.m_cTable};
-        for (const QWidget *pcControl : lstControl)
-            QVERIFY(!pcControl->isEnabled());
         cTask.showContextmenu(QPoint());
         QVERIFY(!cTask.m_pcMenu->isVisible());
         pcProbe->trigger();
@@ -406,11 +373,8 @@ private slots:
         QCOMPARE(cBench.m_cTable.item(1, 2)->text(), ""); // no single run wrote a time
         cBench.m_cRun.click();
         QVERIFY(!cTask.IsRunning());
-        QCOMPARE(cBench.m_cRun.text(), "执行任务");
-        for (const QWidget *pcControl : lstControl)
-            QVERIFY(pcControl->isEnabled());
         QCOMPARE(cTask.toString(), strBefore);
-        QVERIFY(cBoxes.m_strSeen.isEmpty() && s_lstError.isEmpty());
+        QVERIFY(cUser.isContent() && s_lstError.isEmpty());
     }
 
     /// A message that a step prints may lead the host anywhere, also to the slots that edit the flow.
@@ -425,11 +389,11 @@ private slots:
             s_pcTask->modifyOption();
         });
         cBench.m_cTable.selectRow(0);
-        Boxes cBoxes({"Yes"});
+        const DialogUser cUser({});
         const QString strBefore = s_pcTask->toString();
         s_pcTask->runTaskOnce();
         QCOMPARE(s_pcTask->toString(), strBefore);
-        QCOMPARE(cBoxes.m_strSeen, "");
+        QVERIFY(cUser.isContent());
     }
 
     /// Nobody could answer a box there, and nobody use a menu.
@@ -450,7 +414,8 @@ private slots:
 
     void widgetsGoFirst()
     {
-        Boxes cBoxes;
+        QString strBox;
+        const DialogUser cUser({DialogUser::read(strBox)});
         TaskInfo cTask(QString(), nullptr);
         QThread cThread; // never started: nothing is delivered there
         TaskInfo cElsewhere(QString(), nullptr);
@@ -472,23 +437,15 @@ private slots:
         QVERIFY(cTask.m_mapArithm.isEmpty());
     }
 
-    void menuGoesWithItsTask()
-    {
-        Bench cBench;
-        cBench.algorithm();
-        const QPointer<QMenu> pcMenu = cBench.m_pcTask->m_pcMenu;
-        delete std::exchange(cBench.m_pcTask, nullptr);
-        QTRY_VERIFY(!pcMenu);
-    }
-
     void tasksGoWhileABoxIsOpen()
     {
         Bench cBench;
         QPointer<TaskInfo> pcTask = std::exchange(cBench.m_pcTask, nullptr);
         TaskMgr::getInstance()->addTask(pcTask, 0);
         cBench.m_cTable.selectRow(0);
-        Boxes cBoxes({"Yes"});
-        cBoxes.m_fnMeanwhile = [] { TaskMgr::getInstance()->fromString(QString()); };
+        QString strBox;
+        const DialogUser cUser({[](QWidget &) { TaskMgr::getInstance()->fromString(QString()); },
+                                DialogUser::read(strBox, QMessageBox::Yes)});
         pcTask->delArithm();
         QVERIFY(!pcTask);
         QCOMPARE(cBench.m_cTable.rowCount(), 3);
