@@ -85,11 +85,11 @@ inline void onError(QString strText)
 
 inline char *execute(char *pchConfig, ArithmParamMgr *)
 {
-    const QStringList lstParts = QString::fromUtf8(pchConfig).split(QLatin1Char('|'));
+    const QStringList lstParts = QString::fromUtf8(pchConfig).split('|');
     const QString &strLabel = lstParts.first();
     const int nResult = reach(strLabel) + 1;
     thread_local QByteArray s_achResult;
-    s_achResult = lstParts.value(strLabel.endsWith(QLatin1Char('!')) ? 1 : nResult).toUtf8();
+    s_achResult = lstParts.value(strLabel.endsWith('!') ? 1 : nResult).toUtf8();
     return s_achResult.data();
 }
 
@@ -128,16 +128,15 @@ inline TaskItem step(const QString &strConfig, int nLimit = -1, const QString &s
     cItem.m_nMaxExeTimes = nLimit;
     cItem.m_strArithmID = strID;
     cItem.m_strOptionStr = QString(strConfig).replace('{', "<CMD>").replace('}', "</CMD>");
-    cItem.m_strArithmName = strConfig.section(QLatin1Char('|'), 0, 0);
+    cItem.m_strArithmName = strConfig.section('|', 0, 0);
     return cItem;
 }
 
 /// A step written as "[limit;]config".
 inline TaskItem parse(const QString &strStep)
 {
-    return strStep.contains(QLatin1Char(';'))
-               ? step(strStep.section(QLatin1Char(';'), 1), strStep.section(QLatin1Char(';'), 0, 0).toInt())
-               : step(strStep);
+    return strStep.contains(';') ? step(strStep.section(';', 1), strStep.section(';', 0, 0).toInt())
+                                 : step(strStep);
 }
 
 /// A task of such steps, apart by ", ", on the fake source.
@@ -147,7 +146,7 @@ public:
     explicit Task(const QString &strFlow = QString()) : TaskInfo("任务", onError)
     {
         setPrintCallBack(onPrint);
-        for (const QString &strStep : strFlow.split(QLatin1String(", "), Qt::SkipEmptyParts))
+        for (const QString &strStep : strFlow.split(", ", Qt::SkipEmptyParts))
             m_lstArithm.append(parse(strStep));
         static DataSource::DataSourceInfo s_cInfo = [] {
             DataSource::DataSourceInfo cInfo;

@@ -117,15 +117,15 @@ char *fill(char *pchConfig, ArithmParamMgr *pcAPM)
 /// Steps apart by '|', each "ID config".
 QByteArray task(const char *szSource, const char *szType, int nView, const char *szSteps)
 {
-    QString strText = QStringLiteral("<=TaskInfo=><-TaskName->t</-TaskName-><-View->%1</-View-><-DataSource->"
-                                     "<DSName>%2</DSName><OutputType>%3</OutputType><OutputID>1</OutputID>"
-                                     "<Config><Width>60</Width><Height>40</Height></Config></-DataSource->")
+    QString strText = QString("<=TaskInfo=><-TaskName->t</-TaskName-><-View->%1</-View-><-DataSource->"
+                              "<DSName>%2</DSName><OutputType>%3</OutputType><OutputID>1</OutputID>"
+                              "<Config><Width>60</Width><Height>40</Height></Config></-DataSource->")
                           .arg(nView)
-                          .arg(QLatin1String(szSource), QLatin1String(szType));
-    for (const QString &strStep : QString::fromLatin1(szSteps).split(QLatin1Char('|')))
-        strText += QStringLiteral("<-TaskItem-><-MaxExeTimes->-1</-MaxExeTimes-><-ArithmID->%1</-ArithmID->"
-                                  "<-OptionStr->%2</-OptionStr-></-TaskItem->")
-                       .arg(strStep.section(QLatin1Char(' '), 0, 0), strStep.section(QLatin1Char(' '), 1));
+                          .arg(szSource, szType);
+    for (const QString &strStep : QString::fromLatin1(szSteps).split('|'))
+        strText += QString("<-TaskItem-><-MaxExeTimes->-1</-MaxExeTimes-><-ArithmID->%1</-ArithmID->"
+                           "<-OptionStr->%2</-OptionStr-></-TaskItem->")
+                       .arg(strStep.section(' ', 0, 0), strStep.section(' ', 1));
     return strText.toUtf8() + "</=TaskInfo=>";
 }
 
@@ -234,7 +234,7 @@ int firstUse()
     together(THREADS, [&](int nThread) {
         acSeen[static_cast<size_t>(nThread)] = {
             OculinexQtStandAlone::getInstance(), TaskMgr::getInstance(),
-            GlobalFunction::getInstance(),       ArithmMgr::getInstance()->getArithm(QStringLiteral("probe")),
+            GlobalFunction::getInstance(),       ArithmMgr::getInstance()->getArithm("probe"),
             DataSource::getInstance(),           MemoryDisk::getInstance(0)};
     });
     for (const auto &cSeen : acSeen)
@@ -253,9 +253,9 @@ private slots:
     {
         qInfo("OCULINEX_SEED=%u", s_nSeed.load());
         QDir::setCurrent(m_cDir.path());
-        QVERIFY(QDir().mkdir(QStringLiteral("saved")));
+        QVERIFY(QDir().mkdir("saved"));
         ArithmFactory::getInstance()->getArithms()->append(
-            {QStringLiteral("C"), QStringLiteral("fill"),
+            {"C", "fill",
              new Arithm(
                  false, [] { return "fill"; }, nullptr, fill)});
         for (const int nView : {0, 1, 2, 3})
@@ -284,7 +284,7 @@ private slots:
 private:
     void write(const char *szFile, const QByteArray &achText) const
     {
-        QFile cFile(m_cDir.filePath(QLatin1String(szFile)));
+        QFile cFile(m_cDir.filePath(szFile));
         QVERIFY(cFile.open(QIODevice::WriteOnly) && cFile.write(achText) == achText.size());
     }
     QTemporaryDir m_cDir;
@@ -383,8 +383,8 @@ void TestRaces::unloadedWhileRunning()
     QVERIFY(dladdr(reinterpret_cast<void *>(&::startAllTasks), &cInfo) != 0);
     QProcess cProcess;
     cProcess.setProcessChannelMode(QProcess::ForwardedChannels);
-    cProcess.start(QCoreApplication::applicationDirPath() + QStringLiteral("/unloader"),
-                   {QFile::decodeName(cInfo.dli_fname), m_cDir.filePath(QStringLiteral("plain.tasks"))});
+    cProcess.start(QCoreApplication::applicationDirPath() + "/unloader",
+                   {QFile::decodeName(cInfo.dli_fname), m_cDir.filePath("plain.tasks")});
     QVERIFY(cProcess.waitForFinished(60000));
     QVERIFY(cProcess.exitStatus() == QProcess::NormalExit);
     QCOMPARE(cProcess.exitCode(), 0);

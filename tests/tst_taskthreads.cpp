@@ -1,4 +1,3 @@
-#include <array>
 #include <thread>
 
 #include <dlfcn.h>
@@ -16,7 +15,6 @@
 namespace
 {
 std::function<void()> s_fnThreadMade; ///< called when a thread has been made, before the maker knows
-const int STRESS_MS = qMax(1000, qEnvironmentVariableIntValue("OCULINEX_STRESS_MS"));
 } // namespace
 
 /// Stands before the system's function.
@@ -387,48 +385,6 @@ source ends the thread         a|bad, last                        start a stop  
         cTask.stopTask();
         QCOMPARE(lstBefore.at(0).m_nExeTimes, 0);
         QVERIFY(qAsConst(cTask.m_lstArithm).at(0).m_nExeTimes > 4);
-    }
-
-    /// Whoever sees that a task has left may start or delete it at that very moment, and others look on.
-    void manyTasks()
-    {
-        std::array<std::unique_ptr<Fake::Task>, 6> apcTasks;
-        const auto fnMake = [&](size_t nTask) {
-            apcTasks[nTask] = std::make_unique<Fake::Task>(
-                QString(nTask % 2 ? "%1!, 999999999;end" : "%1!|{stop:}, 999999999;end").arg(nTask));
-            apcTasks[nTask]->startTask();
-        };
-        QElapsedTimer cTimer;
-        cTimer.start();
-        for (int nRound = 0; cTimer.elapsed() < STRESS_MS; ++nRound) {
-            for (size_t nTask = 0; nTask < apcTasks.size(); ++nTask)
-                fnMake(nTask);
-            std::atomic<bool> bDone{false};
-            std::thread cReader([&] {
-                while (!bDone)
-                    for (const auto &pcTask : apcTasks)
-                        if (pcTask->IsRunning())
-                            pcTask->getStatus();
-            });
-            for (size_t nTask = 0; nTask < apcTasks.size(); ++nTask) {
-                apcTasks[nTask]->ViewSelected(nRound);
-                if (nTask % 2 == 0) {
-                    Fake::spinUntil([&] { return !apcTasks[nTask]->IsRunning(); });
-                    apcTasks[nTask]->startTask();
-                }
-            }
-            QCoreApplication::processEvents();
-            bDone = true;
-            cReader.join();
-            QVERIFY(apcTasks[1]->IsRunning() && apcTasks[3]->IsRunning() && apcTasks[5]->IsRunning());
-            for (const size_t nTask : {0, 2, 4}) {
-                fnMake(nTask);
-                QVERIFY(Fake::spinUntil(
-                    [&] { return apcTasks[nTask]->m_bExited.load(); })); // the first that it tells
-            }
-            apcTasks[1]->stopTask();
-            Fake::take(Fake::s_lstTrace);
-        }
     }
 };
 

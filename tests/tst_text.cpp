@@ -14,18 +14,15 @@ private slots:
     {
         addRows(R"(
 case               text                     begin  end   body   rest
-framed             lead<X>v w</X>trail      <X>    </X>  v w    leadtrail
 other case         lead<X>v</X>             <x>    </x>  v      lead
 nothing between    a<X></X>b                <X>    </X>  -      ab
-no begin           a</X>b                   <X>    </X>  -      a</X>b
 no end             a<X>b                    <X>    </X>  -      a<X>b
 stray end first    </X><X>v</X>             <X>    </X>  -      </X><X>v</X>
 no nesting         <X>a<X>b</X>c</X>        <X>    </X>  a<X>b  c</X>
 first of two       <X>a</X><X>b</X>         <X>    </X>  a      <X>b</X>
 empty markers      a<X>v</X>                -      -     -      a<X>v</X>
-one marker         a|b|c                    |      |     -      a|b|c
 overlapping        xaby                     ab     b     -      xy
-empty text         -                        <X>    </X>  -      -
+one marker         a|b|c                    |      |     -      a|b|c
 )");
         QTest::newRow("blanks stay, letters fold") << QString("<K>\n v </K>") << QString("<\u212a>")
                                                    << QString("</\u212a>") << QString("\n v ") << QString();
@@ -43,11 +40,8 @@ empty text         -                        <X>    </X>  -      -
 
     void trim()
     {
-        const std::pair<const char *, const char *> acCases[] = {{"\r\n  in ner \n", "in ner"},
-                                                                 {"\tin\t", "\tin\t"},
-                                                                 {"\f in\u00a0", "\f in\u00a0"},
-                                                                 {" \n\r ", ""},
-                                                                 {"", ""}};
+        const std::pair<const char *, const char *> acCases[] = {
+            {"\r\n  in ner \n", "in ner"}, {"\f\tin\u00a0", "\f\tin\u00a0"}, {" \n\r ", ""}};
         for (const auto &[szText, szTrimmed] : acCases) {
             QString strText = QString::fromUtf8(szText);
             GlobalFunction::trimString(strText);
@@ -64,8 +58,7 @@ empty text         -                        <X>    </X>  -      -
             QCOMPARE(gnBuffLenForStandAlone, nBuffer);
             QCOMPARE(transConfigStr(QString()), gpchConfigStrForStandAlone);
         }
-        QCOMPARE(transConfigStr(QStringLiteral("中文 é")),
-                 QStringLiteral("中文 é").toLocal8Bit().constData());
+        QCOMPARE(transConfigStr("中文 é"), QString("中文 é").toLocal8Bit().constData());
     }
 
     /// A host can reach the buffer's length and the buffer.
@@ -73,11 +66,11 @@ empty text         -                        <X>    </X>  -      -
     {
         for (const int nLength : {0, 1, -7}) {
             gnBuffLenForStandAlone = nLength;
-            QCOMPARE(transConfigStr(QStringLiteral("text")), "text");
+            QCOMPARE(transConfigStr("text"), "text");
             QCOMPARE(gnBuffLenForStandAlone, 1024);
         }
         delete[] std::exchange(gpchConfigStrForStandAlone, nullptr);
-        QCOMPARE(transConfigStr(QStringLiteral("text")), "text");
+        QCOMPARE(transConfigStr("text"), "text");
     }
 };
 
