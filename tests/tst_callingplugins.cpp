@@ -15,8 +15,6 @@ namespace
 std::mutex s_cControl; ///< one thread controls: the test's, which lends it to the task's while it waits
 std::mutex s_cMutex;
 std::set<std::string> s_setReached; ///< the functions of the plug-ins that called what they like
-std::atomic<bool> s_bSlow{false};
-std::atomic<bool> s_bAsleep{false};
 QByteArray s_achFile;
 char s_szNothing[] = "";
 
@@ -77,10 +75,6 @@ DataSource::DataSourceInfo *kind()
 char *execute(char *, ArithmParamMgr *)
 {
     callBack("execute");
-    if (s_bSlow) {
-        s_bAsleep = true;
-        QThread::sleep(2);
-    }
     return s_szNothing;
 }
 
@@ -97,7 +91,7 @@ bool reached(const char *szFunction)
 }
 } // namespace
 
-/// Plug-ins that call the library from each of their functions, or take their time.
+/// Plug-ins that call the library from each of their functions.
 class TestCallingPlugins : public QObject
 {
     Q_OBJECT
@@ -141,38 +135,12 @@ private slots:
         stopTask(0);
         pcTask->m_pcDS->showConfigWindow();
         pcTask->m_pcDS->getLastError();
-        for (const char *szFunction : {"getID", "execute", "showConfigWindow", "requestPicture", "start",
-                                       "stop", "setConfig", "showConfigDlg", "getLastError"})
-            QVERIFY2(reached(szFunction), szFunction);
-    }
-
-    /// A step that hangs for two seconds holds up nobody but who waits for its task.
-    void slowStep()
-    {
-        s_bSlow = true;
-        startTask(0);
-        QTRY_VERIFY(s_bAsleep);
-        QElapsedTimer cTimer;
-        cTimer.start();
-        bool bRunning = false;
-        char achText[64];
-        QVERIFY(IsTaskRunning(bRunning, 0) && bRunning);
-        TaskStatus cStatus;
-        QVERIFY(getTaskStatus(0, cStatus) && cStatus.m_nCurrentStep == 0);
-        getErrMsg(achText, sizeof achText);
-        saveTasksFile(s_achFile.data());
-        runTaskOnce(1);
-        QVERIFY(cTimer.elapsed() < 1000);
-        s_bSlow = false;
-        stopTask(0);
-        QVERIFY(IsTaskRunning(bRunning, 0) && !bRunning);
-    }
-
-    void goes()
-    {
         startTask(0);
         TaskMgr::deleteThis();
-        QVERIFY(reached("removeInstance"));
+        for (const char *szFunction :
+             {"getID", "execute", "showConfigWindow", "requestPicture", "start", "stop", "setConfig",
+              "showConfigDlg", "getLastError", "removeInstance"})
+            QVERIFY2(reached(szFunction), szFunction);
     }
     void cleanupTestCase() { s_cControl.unlock(); }
 

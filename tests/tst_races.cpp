@@ -114,45 +114,41 @@ char *fill(char *pchConfig, ArithmParamMgr *pcAPM)
     return nOneIn > 0 && random(nOneIn) == 0 ? s_szFailed : s_szBlank;
 }
 
-/// Steps apart by '|', each "ID config".
-QByteArray task(const char *szSource, const char *szType, int nView, const char *szSteps)
+/// One task a line: "source, type, view: steps", steps apart by '|', each "ID config".
+QByteArray tasks(const QString &strTasks)
 {
-    QString strText = QString("<=TaskInfo=><-TaskName->t</-TaskName-><-View->%1</-View-><-DataSource->"
-                              "<DSName>%2</DSName><OutputType>%3</OutputType><OutputID>1</OutputID>"
-                              "<Config><Width>60</Width><Height>40</Height></Config></-DataSource->")
-                          .arg(nView)
-                          .arg(szSource, szType);
-    for (const QString &strStep : QString::fromLatin1(szSteps).split('|'))
-        strText += QString("<-TaskItem-><-MaxExeTimes->-1</-MaxExeTimes-><-ArithmID->%1</-ArithmID->"
-                           "<-OptionStr->%2</-OptionStr-></-TaskItem->")
-                       .arg(strStep.section(' ', 0, 0), strStep.section(' ', 1));
-    return strText.toUtf8() + "</=TaskInfo=>";
+    const QString strDraw = "KQ_Drawing <DataID>1</DataID><Config><DspLen>1</DspLen></Config>"
+                            "<DataType>\\1</DataType>";
+    const QString strSave = "KQ_Saving <BasePath>saved</BasePath><StringID>s</StringID><Identity>2</Identity>"
+                            "<Format>2</Format><Wnd>4</Wnd><PicType>RGB</PicType><PicID>1</PicID>";
+    QString strText;
+    for (const QString &strTask : strTasks.split('\n', Qt::SkipEmptyParts)) {
+        const QStringList lstHead = strTask.section(": ", 0, 0).split(", ");
+        strText += QString("<=TaskInfo=><-View->%3</-View-><-DataSource-><DSName>%1</DSName><OutputType>%2"
+                           "</OutputType><OutputID>1</OutputID><Config><Width>60</Width><Height>40</Height>"
+                           "</Config></-DataSource->")
+                       .arg(lstHead[0], lstHead[1], lstHead[2]);
+        for (QString strStep : strTask.section(": ", 1).split('|')) {
+            strStep.replace(QRegularExpression("DRAW (.)"), strDraw).replace("SAVE", strSave);
+            strText += QString("<-TaskItem-><-MaxExeTimes->-1</-MaxExeTimes-><-ArithmID->%1</-ArithmID->"
+                               "<-OptionStr->%2</-OptionStr-></-TaskItem->")
+                           .arg(strStep.section(' ', 0, 0), strStep.section(' ', 1));
+        }
+        strText += "</=TaskInfo=>";
+    }
+    return strText.toUtf8();
 }
 
-constexpr const char *DRAW_ALL = "fill 60|KQ_Drawing <DataType>0</DataType><DataID>1</DataID>|"
-                                 "KQ_Drawing <DataType>3</DataType><DataID>1</DataID>|"
-                                 "KQ_Drawing <DataType>4</DataType><DataID>1</DataID>"
-                                 "<Config><DspLen>1</DspLen></Config>|"
-                                 "KQ_Drawing <DataType>7</DataType><DataID>1</DataID>"
-                                 "<Config><FontSize>12</FontSize></Config>";
-
-QByteArray allTasks()
-{
-    return task("Probe", "RGB", 0,
-                "fill 0|KQ_MemoryDisk <MemDisk>0</MemDisk><InputID>1</InputID><InputType>RGB</InputType>") +
-           task(
-               "Probe", "Gray8", 1,
-               "fill 90|KQ_MemoryDisk <MemDisk>1</MemDisk><InputID>1</InputID><InputType>Gray8</InputType>") +
-           task("Memory Disk 0", "RGB", 0, DRAW_ALL) + task("Probe", "RGB", 2, DRAW_ALL) +
-           task("Memory Disk 1", "Gray8", 1,
-                "KQ_Drawing <DataType>1</DataType><DataID>1</DataID>|fill 40|probe "
-                "<Result><CMD>print:p</CMD></Result>") +
-           task("Memory Disk 0", "RGB", 3,
-                "KQ_Saving "
-                "<BasePath>saved</BasePath><StringID>s</StringID><Identity>2</Identity><Format>2</"
-                "Format><Wnd>4</Wnd><PicType>RGB</PicType><PicID>1</PicID>|fill 50") +
-           task("Probe", "RGB", 2, "fill 2") + task("", "RGB", 0, "fill 2");
-}
+const QByteArray ALL_TASKS = tasks(R"(
+Probe, RGB, 0: fill 0|KQ_MemoryDisk <MemDisk>0</MemDisk><InputID>1</InputID><InputType>RGB</InputType>
+Probe, Gray8, 1: fill 90|KQ_MemoryDisk <MemDisk>1</MemDisk><InputID>1</InputID><InputType>Gray8</InputType>
+Memory Disk 0, RGB, 0: fill 60|DRAW 0|DRAW 3|DRAW 4|DRAW 7
+Probe, RGB, 2: fill 60|DRAW 0|DRAW 3|DRAW 4|DRAW 7
+Memory Disk 1, Gray8, 1: DRAW 1|fill 40|probe <Result><CMD>print:p</CMD></Result>
+Memory Disk 0, RGB, 3: SAVE|fill 50
+Probe, RGB, 2: fill 2
+-, RGB, 0: fill 2
+)");
 constexpr unsigned TASKS = 8;
 
 bool isRunning(int nTask)
@@ -264,7 +260,7 @@ private slots:
 
     void init()
     {
-        write("all.tasks", allTasks());
+        write("all.tasks", ALL_TASKS);
         QCOMPARE(openTasksFile(QByteArray("all.tasks").data()), "");
     }
     void cleanup()
@@ -275,11 +271,93 @@ private slots:
     }
 
     /// One thread controls, others look on.
-    void randomCalls();
+    void randomCalls()
+    {
+        const auto fnTask = [] { return static_cast<int>(random(TASKS + 1)); };
+        const std::pair<unsigned, std::function<void()>> CALLS[] = {
+            {12, [&] { startTask(fnTask()); }},
+            {6, [&] { stopTask(fnTask()); }},
+            {6, [] { startAllTasks(); }},
+            {1, [] { stopAllTasks(); }},
+            {2, [&] { runTaskOnce(fnTask()); }},
+            {1, [] { openTasksFile(QByteArray("all.tasks").data()); }},
+            {2, [] { saveTasksFile(QByteArray("saved.tasks").data()); }},
+            {4, [] { useDrawingWindow(static_cast<int>(random(4)), 1 + static_cast<int>(random(90)), 40); }},
+            {1, [] { GlobalFunction::getInstance()->removeView(static_cast<int>(random(4))); }},
+            {2, [] { enableTaskStatus(random(2) == 0); }},
+            {1, [&] { TaskMgr::getInstance()->removeTask(fnTask()); }},
+            {6, [] { QCoreApplication::processEvents(); }},
+            {8, [] { usleep(random(5000)); }},
+        };
+        unsigned nWeights = 0;
+        for (const auto &cCall : CALLS)
+            nWeights += cCall.first;
+
+        auto pcOthers = std::make_unique<Others>();
+        QElapsedTimer cTimer;
+        for (cTimer.start(); cTimer.elapsed() < STRESS_MS;) {
+            unsigned nChosen = random(nWeights);
+            const auto *pcCall = std::begin(CALLS);
+            while (nChosen >= pcCall->first)
+                nChosen -= (pcCall++)->first;
+            pcCall->second();
+        }
+        stopAllTasks();
+        QCOMPARE(s_nInside.load(), 0);
+
+        // Whatever happened, all works as before and no buffer is missing.
+        openTasksFile(QByteArray("all.tasks").data());
+        useDrawingWindow(0, 60, 40);
+        startAllTasks();
+        const int nDrawn = pcOthers->m_nDrawn;
+        QTRY_VERIFY(pcOthers->m_nDrawn > nDrawn + 20);
+        stopAllTasks();
+        pcOthers.reset();
+        for (const int nDisk : {0, 1}) {
+            MemoryDisk *pcDisk = MemoryDisk::getInstance(nDisk);
+            QCOMPARE(pcDisk->getDIBIdleNum() + pcDisk->getDIBPreparedNum(), pcDisk->getDIBBuffNum());
+            QCOMPARE(pcDisk->getGray8IdleNum() + pcDisk->getGray8PreparedNum(), pcDisk->getGray8BuffNum());
+        }
+    }
+
     /// A stop and a start meet tasks that fail by themselves at that very moment.
-    void failingTasks();
-    void firstUseByManyThreads();
-    void unloadedWhileRunning();
+    void failingTasks()
+    {
+        write("failing.tasks", tasks(QString("Probe, RGB, 0: fill 2\n").repeated(4)));
+        QCOMPARE(openTasksFile(QByteArray("failing.tasks").data()), "");
+        Others cOthers;
+        QElapsedTimer cTimer;
+        for (cTimer.start(); cTimer.elapsed() < STRESS_MS / 4;) {
+            startAllTasks();
+            const int nTask = static_cast<int>(random(4));
+            while (isRunning(nTask)) {
+            }
+            startTask(nTask); // in the instant of its failure
+            usleep(random(1000));
+            stopAllTasks();
+            for (int nStopped = 0; nStopped < 4; ++nStopped)
+                QVERIFY(!isRunning(nStopped));
+            QCOMPARE(s_nInside.load(), 0);
+            if (random(4) == 0)
+                QCoreApplication::processEvents(); // late news of failures
+        }
+    }
+
+    void firstUseByManyThreads()
+    {
+        for (int nRound = 0; nRound < 5; ++nRound)
+            QCOMPARE(QProcess::execute(QCoreApplication::applicationFilePath(), {"--first-use"}), 0);
+    }
+
+    void unloadedWhileRunning()
+    {
+        write("plain.tasks", tasks("Probe, RGB, 0: probe <Sleep>1</Sleep>"));
+        Dl_info cInfo;
+        QVERIFY(dladdr(reinterpret_cast<void *>(&::startAllTasks), &cInfo) != 0);
+        QCOMPARE(QProcess::execute(QCoreApplication::applicationDirPath() + "/unloader",
+                                   {QFile::decodeName(cInfo.dli_fname), m_cDir.filePath("plain.tasks")}),
+                 0);
+    }
 
 private:
     void write(const char *szFile, const QByteArray &achText) const
@@ -289,106 +367,6 @@ private:
     }
     QTemporaryDir m_cDir;
 };
-
-void TestRaces::randomCalls()
-{
-    const auto fnTask = [] { return static_cast<int>(random(TASKS + 1)); };
-    const std::pair<unsigned, std::function<void()>> CALLS[] = {
-        {12, [&] { startTask(fnTask()); }},
-        {6, [&] { stopTask(fnTask()); }},
-        {6, [] { startAllTasks(); }},
-        {1, [] { stopAllTasks(); }},
-        {2, [&] { runTaskOnce(fnTask()); }},
-        {1, [] { openTasksFile(QByteArray("all.tasks").data()); }},
-        {2, [] { saveTasksFile(QByteArray("saved.tasks").data()); }},
-        {4, [] { useDrawingWindow(static_cast<int>(random(4)), 1 + static_cast<int>(random(90)), 40); }},
-        {1, [] { GlobalFunction::getInstance()->removeView(static_cast<int>(random(4))); }},
-        {2, [] { enableTaskStatus(random(2) == 0); }},
-        {1, [&] { TaskMgr::getInstance()->removeTask(fnTask()); }},
-        {6, [] { QCoreApplication::processEvents(); }},
-        {8, [] { usleep(random(5000)); }},
-    };
-    unsigned nWeights = 0;
-    for (const auto &cCall : CALLS)
-        nWeights += cCall.first;
-
-    auto pcOthers = std::make_unique<Others>();
-    QElapsedTimer cTimer;
-    for (cTimer.start(); cTimer.elapsed() < STRESS_MS;) {
-        unsigned nChosen = random(nWeights);
-        const auto *pcCall = std::begin(CALLS);
-        while (nChosen >= pcCall->first)
-            nChosen -= (pcCall++)->first;
-        pcCall->second();
-    }
-    stopAllTasks();
-    QCOMPARE(s_nInside.load(), 0);
-
-    // Whatever happened, all works as before and no buffer is missing.
-    openTasksFile(QByteArray("all.tasks").data());
-    useDrawingWindow(0, 60, 40);
-    startAllTasks();
-    const int nDrawn = pcOthers->m_nDrawn;
-    QTRY_VERIFY(pcOthers->m_nDrawn > nDrawn + 20);
-    stopAllTasks();
-    pcOthers.reset();
-    for (const int nDisk : {0, 1}) {
-        MemoryDisk *pcDisk = MemoryDisk::getInstance(nDisk);
-        QCOMPARE(pcDisk->getDIBIdleNum() + pcDisk->getDIBPreparedNum(), pcDisk->getDIBBuffNum());
-        QCOMPARE(pcDisk->getGray8IdleNum() + pcDisk->getGray8PreparedNum(), pcDisk->getGray8BuffNum());
-    }
-}
-
-void TestRaces::failingTasks()
-{
-    QByteArray achTasks;
-    for (int nTask = 0; nTask < 4; ++nTask)
-        achTasks += task("Probe", "RGB", 0, "fill 2");
-    write("failing.tasks", achTasks);
-    QCOMPARE(openTasksFile(QByteArray("failing.tasks").data()), "");
-    Others cOthers;
-    QElapsedTimer cTimer;
-    for (cTimer.start(); cTimer.elapsed() < STRESS_MS / 4;) {
-        startAllTasks();
-        const int nTask = static_cast<int>(random(4));
-        while (isRunning(nTask)) {
-        }
-        startTask(nTask); // in the instant of its failure
-        usleep(random(1000));
-        stopAllTasks();
-        for (int nStopped = 0; nStopped < 4; ++nStopped)
-            QVERIFY(!isRunning(nStopped));
-        QCOMPARE(s_nInside.load(), 0);
-        if (random(4) == 0)
-            QCoreApplication::processEvents(); // late news of failures
-    }
-}
-
-void TestRaces::firstUseByManyThreads()
-{
-    for (int nRound = 0; nRound < 5; ++nRound) {
-        QProcess cProcess;
-        cProcess.setProcessChannelMode(QProcess::ForwardedChannels);
-        cProcess.start(QCoreApplication::applicationFilePath(), {"--first-use"});
-        QVERIFY(cProcess.waitForFinished(60000));
-        QVERIFY(cProcess.exitStatus() == QProcess::NormalExit);
-        QCOMPARE(cProcess.exitCode(), 0);
-    }
-}
-
-void TestRaces::unloadedWhileRunning()
-{
-    write("plain.tasks", task("Probe", "RGB", 0, "probe <Sleep>1</Sleep>"));
-    Dl_info cInfo;
-    QVERIFY(dladdr(reinterpret_cast<void *>(&::startAllTasks), &cInfo) != 0);
-    QProcess cProcess;
-    cProcess.setProcessChannelMode(QProcess::ForwardedChannels);
-    cProcess.start(QCoreApplication::applicationDirPath() + "/unloader",
-                   {QFile::decodeName(cInfo.dli_fname), m_cDir.filePath("plain.tasks")});
-    QVERIFY(cProcess.waitForFinished(60000));
-    QVERIFY(cProcess.exitStatus() == QProcess::NormalExit);
-    QCOMPARE(cProcess.exitCode(), 0);
-}
 
 int main(int argc, char **argv)
 {
