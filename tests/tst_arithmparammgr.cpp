@@ -90,13 +90,16 @@ void checkList(int (Param::*num)() const, Add add, Get get, Set set, void (Param
                Item cSecond)
 {
     Param cParam; // not a store's
+    const auto fnBytes = [](const Item &cItem) {
+        return QByteArray(reinterpret_cast<const char *>(&cItem), int(sizeof cItem));
+    };
     Item cOut{};
     (cParam.*add)(cFirst);
     (cParam.*add)(cFirst);
     QVERIFY((cParam.*set)(cSecond, 1) != 0);
     QCOMPARE((cParam.*num)(), 2);
-    QVERIFY((cParam.*get)(cOut, 0) != 0 && memcmp(&cOut, &cFirst, sizeof cOut) == 0);
-    QVERIFY((cParam.*get)(cOut, 1) != 0 && memcmp(&cOut, &cSecond, sizeof cOut) == 0);
+    QVERIFY((cParam.*get)(cOut, 0) != 0 && fnBytes(cOut) == fnBytes(cFirst));
+    QVERIFY((cParam.*get)(cOut, 1) != 0 && fnBytes(cOut) == fnBytes(cSecond));
     for (int nBad : {-1, 2, INT_MAX, INT_MIN}) {
         QCOMPARE((cParam.*get)(cOut, nBad), 0);
         QCOMPARE((cParam.*set)(cFirst, nBad), 0);
