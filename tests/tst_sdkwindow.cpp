@@ -1,8 +1,7 @@
 // The windows that plug-ins get from their tables of settings, used as a person uses them.
 
 #include <atomic>
-#include <condition_variable>
-#include <mutex>
+#include <thread>
 
 #include <QApplication>
 #include <QCheckBox>
@@ -19,6 +18,8 @@
 #include <QToolButton>
 
 #include "arithmparammgr.h"
+#include "datatable.h"
+#include "dialoguser.h"
 #include "sdk/description.h"
 #include "sdk/settings.h"
 #include "sdk/window/pictureview.h"
@@ -55,44 +56,18 @@ constexpr Plugin::ListOutput<Kind::Strings> STRINGS =
 constexpr Plugin::Setting SETTINGS[] = {INPUT, CHOSEN,  LEVEL,  BLOCK, LARGEST, SIGMA,  PRINT,
                                         LABEL, COMMAND, COLOUR, RANGE, REGION,  OUTPUT, STRINGS};
 
-/// Lets a test hold the step while it computes.
-struct Gate {
-    std::mutex m_cMutex;
-    std::condition_variable m_cChanged;
-    bool m_bShut = false;
-    int m_nEntered = 0;
-    int m_nLeft = 0;
-
-    void pass()
-    {
-        std::unique_lock cLock(m_cMutex);
-        ++m_nEntered;
-        m_cChanged.wait(cLock, [this] { return !m_bShut; });
-        ++m_nLeft;
-    }
-    void shut(bool bShut)
-    {
-        const std::lock_guard cLock(m_cMutex);
-        m_bShut = bShut;
-        m_cChanged.notify_all();
-    }
-    int entered()
-    {
-        const std::lock_guard cLock(m_cMutex);
-        return m_nEntered;
-    }
-    int left()
-    {
-        const std::lock_guard cLock(m_cMutex);
-        return m_nLeft;
-    }
-};
-Gate s_cGate;
+// A test can hold the step while it computes.
+std::atomic<bool> s_bHeld{false};
+std::atomic<int> s_nEntered{0};
+std::atomic<int> s_nLeft{0};
 
 /// Sets the grey output to the level; a label "fail" makes it fail.
 std::string runStep(const char *szConfig, ArithmParamMgr &cStore)
 {
-    s_cGate.pass();
+    ++s_nEntered;
+    while (s_bHeld)
+        std::this_thread::yield();
+    ++s_nLeft;
     const Plugin::Settings cSettings(szConfig);
     if (cSettings[LABEL] == "fail")
         throw Plugin::Error("The step failed.");
@@ -119,51 +94,60 @@ constexpr Plugin::PluginDescription SOURCE{
     {"Test Source", "", "Test Source", {"", ""}}, SOURCE_SETTINGS, std::size(SOURCE_SETTINGS), nullptr};
 
 template <typename Widget>
-Widget *widget(QWidget *pcWindow, const char *szName)
+Widget &widget(QWidget &cWindow, const char *szName)
 {
-    auto *pcWidget = pcWindow->findChild<Widget *>(szName);
+    auto *const pcWidget = cWindow.findChild<Widget *>(szName);
     if (!pcWidget)
         qFatal("There is no %s.", szName);
-    return pcWidget;
+    return *pcWidget;
 }
 
-void click(QWidget *pcWindow, const char *szButton)
+void press(QWidget &cWindow, const char *szName, Qt::Key eKey, int nTimes = 1)
 {
-    QTest::mouseClick(widget<QAbstractButton>(pcWindow, szButton), Qt::LeftButton);
+    for (int nTime = 0; nTime < nTimes; ++nTime)
+        QTest::keyClick(&widget<QWidget>(cWindow, szName), eKey);
 }
 
-void type(QWidget *pcWindow, const char *szName, const QString &strText)
+void type(QWidget &cWindow, const char *szName, const QString &strText)
 {
-    QWidget *const pcWidget = widget<QWidget>(pcWindow, szName);
-    QTest::keyClick(pcWidget, Qt::Key_A, Qt::ControlModifier);
-    QTest::keyClicks(pcWidget, strText);
+    QTest::keyClick(&widget<QWidget>(cWindow, szName), Qt::Key_A, Qt::ControlModifier);
+    QTest::keyClicks(&widget<QWidget>(cWindow, szName), strText);
 }
 
-void drag(Plugin::PictureView *pcView, const QPoint &cFrom, const QPoint &cTo)
+void drag(Plugin::PictureView &cView, const QPoint &cFrom, const QPoint &cTo)
 {
-    QTest::mousePress(pcView, Qt::LeftButton, Qt::NoModifier, pcView->toWidget(cFrom));
-    QTest::mouseMove(pcView, pcView->toWidget(cTo));
-    QTest::mouseRelease(pcView, Qt::LeftButton, Qt::NoModifier, pcView->toWidget(cTo));
+    QTest::mousePress(&cView, Qt::LeftButton, Qt::NoModifier, cView.toWidget(cFrom));
+    QTest::mouseMove(&cView, cView.toWidget(cTo));
+    QTest::mouseRelease(&cView, Qt::LeftButton, Qt::NoModifier, cView.toWidget(cTo));
 }
 
-/// Shows the window modally, as a task does, and lets fnUse work in it.
-template <typename Use>
-QString show(const Plugin::PluginDescription &cPlugin, const QString &strConfig, ArithmParamMgr *pcStore,
-             Use fnUse)
+QRgb shown(QWidget &cWindow)
 {
-    QTimer::singleShot(0, qApp, [=] {
-        auto *pcWindow = qobject_cast<Plugin::SettingsWindow *>(QApplication::activeModalWidget());
+    return widget<Plugin::PictureView>(cWindow, "view").picture().pixel(0, 0);
+}
+
+constexpr const char *OK = "btnOK";
+constexpr const char *CANCEL = "btnCancel";
+
+/// Shows the window modally, as a task does, uses it, and leaves it by a button.
+QString show(
+    const Plugin::PluginDescription &cPlugin, const QString &strConfig, ArithmParamMgr *pcStore,
+    const char *szButton, const DialogUser::Act &fnUse = [](QWidget &) {})
+{
+    QTimer::singleShot(0, qApp, [&] {
+        QWidget *const pcWindow = QApplication::activeModalWidget();
         QVERIFY(pcWindow);
-        fnUse(pcWindow);
+        fnUse(*pcWindow);
+        if (pcWindow->isVisible())
+            DialogUser::click(*pcWindow, szButton);
         if (pcWindow->isVisible()) {
-            pcWindow->reject();
+            pcWindow->close();
             QFAIL("The window is still open.");
         }
     });
     return Plugin::showSettings(cPlugin, strConfig, pcStore);
 }
 
-/// Nothing is cut off or overlaps, and the font has every character.
 const QString WHOLE = QStringLiteral(
     "<InputID>3</InputID><InputType>Gray8</InputType><Method>Fixed</Method><Level>40</Level><Block>7</Block>"
     "<Largest>2147483647</Largest><Sigma>0.125</Sigma><Print>1</Print><Label>24 a &lt; b</Label>"
@@ -177,307 +161,243 @@ class TstSdkWindow : public QObject
     Q_OBJECT
 
 private slots:
-    void init();
-    void editsGiveBackWhatTheyGot();
-    void newStepIsFilledByHand();
-    void cancelLeavesTheStoreAlone();
-    void missingInputStays();
-    void otherKindReplacesTheOutput();
-    void refusesWhatCannotBeUsed_data();
-    void refusesWhatCannotBeUsed();
-    void picksInThePicture();
-    void previewShowsTheNewestSetting();
-    void previewTellsFailures();
-    void closesWhileThePreviewComputes();
-    void sourceWindow();
-    void keysGoDownTheWindow();
-    void limitHasNoUnit();
+    void init()
+    {
+        m_pcStore = std::make_unique<ArithmParamMgr>();
+        ParamGray8 &cGray = *m_pcStore->getParamGray8(3);
+        cGray.setName("灰度图");
+        cGray.setDescribe("Grey picture");
+        cGray.resize(40, 30);
+        std::fill_n(cGray.getGray8(), 40 * 30, static_cast<unsigned char>(7));
+        ParamDIB &cColour = *m_pcStore->getParamDIB(5);
+        cColour.resize(40, 30);
+        for (int nPixel = 0; nPixel < 40 * 30; ++nPixel) {
+            unsigned char *const puchPixel = cColour.getDIB() + 3 * nPixel;
+            puchPixel[0] = nPixel % 40 < 20 ? 0 : 200; // blue at the right,
+            puchPixel[1] = 0;
+            puchPixel[2] = nPixel % 40 < 20 ? 200 : 0; // red at the left
+        }
+    }
+
+    void editsGiveBackWhatTheyGot()
+    {
+        QCOMPARE(show(STEP, WHOLE, store(), OK), WHOLE);
+        // The outputs exist and are named before the first run, under the IDs that they had.
+        QCOMPARE(store()->requestParamGray8Map()->keys(), (QList<int>{3, 9}));
+        QCOMPARE(store()->getParamGray8(9)->getName(), QStringLiteral("名"));
+        QCOMPARE(store()->getParamGray8(9)->getDescribe(), QStringLiteral("A result"));
+        QCOMPARE(store()->getParamStrings(1)->getDescribe(), QStringLiteral("several"));
+    }
+
+    void newStepIsFilledByHand()
+    {
+        const auto fnFill = [](QWidget &cWindow) {
+            QCOMPARE(widget<QComboBox>(cWindow, "InputID").currentText(),
+                     QStringLiteral("3  Gray8  灰度图  Grey picture"));
+            type(cWindow, "Level", "200");
+            QCOMPARE(widget<QSlider>(cWindow, "LevelSlider").value(), 200);
+            press(cWindow, "LevelSlider", Qt::Key_Right);
+            type(cWindow, "Block", "8"); // even: the next odd number counts
+            press(cWindow, "SigmaSlider", Qt::Key_Right);
+            QCOMPARE(widget<QSpinBox>(cWindow, "Largest").text(), QStringLiteral("不限 no limit"));
+            type(cWindow, "Largest", "1000");
+            QCOMPARE(widget<QSpinBox>(cWindow, "Largest").text(), QStringLiteral("1000 像素 pixels"));
+            press(cWindow, "Print", Qt::Key_Space);
+            type(cWindow, "Label", " coins ");
+            press(cWindow, "When", Qt::Key_Down, 2);
+            type(cWindow, "WhenArgument", "no coin");
+            QVERIFY(widget<QSpinBox>(cWindow, "Level").isEnabled());
+            press(cWindow, "Method", Qt::Key_Down);
+            QVERIFY(!widget<QSpinBox>(cWindow, "Level").isEnabled());
+            press(cWindow, "btnOK", Qt::Key_Return);
+        };
+        QCOMPARE(show(STEP, QString(), store(), OK, fnFill),
+                 QStringLiteral("<InputID>3</InputID><InputType>Gray8</InputType><Method>Other</Method>"
+                                "<Level>201</Level><Block>9</Block><Largest>1000</Largest><Sigma>0.6</Sigma>"
+                                "<Print>1</Print><Label>coins</Label><When>stop:no coin</When>"
+                                "<Colour>#ff0000</Colour><Range>0,0,0,179,255,255</Range><Region></Region>"
+                                "<OutputID>4</OutputID><StringsID>1</StringsID>"));
+        QCOMPARE(store()->getParamGray8(4)->getName(), QStringLiteral("结果"));
+        QCOMPARE(store()->getParamStrings(1)->getName(), QStringLiteral("数"));
+    }
+
+    void cancelLeavesTheStoreAlone()
+    {
+        const auto fnTry = [](QWidget &cWindow) {
+            type(cWindow, "Level", "9");
+            QTRY_COMPARE(shown(cWindow), qRgb(9, 9, 9));
+            QTest::keyClick(&cWindow, Qt::Key_Escape);
+        };
+        QCOMPARE(show(STEP, QString(), store(), CANCEL, fnTry), QString());
+        QCOMPARE(store()->snapshot().size(), 2);
+        QCOMPARE(int(*store()->getParamGray8(3)->getGray8()), 7);
+    }
+
+    void missingInputStays()
+    {
+        const QString strGone = QString(WHOLE).replace("<InputID>3<", "<InputID>77<");
+        const auto fnLook = [](QWidget &cWindow) {
+            QVERIFY(widget<QComboBox>(cWindow, "InputID").currentText().startsWith("77  (不存在"));
+        };
+        QCOMPARE(show(STEP, strGone, store(), OK, fnLook), strGone);
+        QVERIFY(!store()->requestParamGray8Map()->contains(77));
+    }
+
+    void otherKindReplacesTheOutput()
+    {
+        store()->getParamGray8(9);
+        const auto fnColour = [](QWidget &cWindow) {
+            const bool bFirst = widget<QComboBox>(cWindow, "InputID").currentIndex() == 0;
+            press(cWindow, "InputID", bFirst ? Qt::Key_Down : Qt::Key_Up);
+        };
+        const QString strColour = show(STEP, WHOLE, store(), OK, fnColour);
+        QVERIFY2(strColour.startsWith("<InputID>5</InputID><InputType>RGB<"), qPrintable(strColour));
+        QVERIFY2(strColour.contains("<OutputID>6</OutputID>"), qPrintable(strColour));
+        QVERIFY(!store()->requestParamGray8Map()->contains(9));
+        QCOMPARE(store()->getParamDIB(6)->getName(), QStringLiteral("名"));
+
+        // A step that works in place leaves its input, which is another's.
+        show(STEP, QString(WHOLE).replace("<OutputID>9<", "<OutputID>3<"), store(), OK, fnColour);
+        QVERIFY(store()->requestParamGray8Map()->contains(3));
+    }
+
+    void refusesWhatCannotBeUsed_data()
+    {
+        addRows("what              strWidget     strTyped\n"
+                "end tag           Label         x</Level>\n"
+                "tag in a command  WhenArgument  <CMD>\n"
+                "tag in a name     Name          <Name>\n"
+                "skip by a word    WhenArgument  many");
+    }
+    void refusesWhatCannotBeUsed()
+    {
+        QFETCH(QString, strWidget);
+        QFETCH(QString, strTyped);
+        QString strBox;
+        const auto fnType = [&](QWidget &cWindow) {
+            type(cWindow, qPrintable(strWidget), strTyped);
+            const DialogUser cUser({DialogUser::read(strBox)});
+            DialogUser::click(cWindow, OK);
+            QVERIFY(cUser.isContent() && cWindow.isVisible());
+        };
+        QCOMPARE(show(STEP, WHOLE, store(), CANCEL, fnType), QString());
+        QVERIFY2(strBox.startsWith("警告: "), qPrintable(strBox));
+        QCOMPARE(store()->snapshot().size(), 2);
+    }
+
+    void picksInThePicture()
+    {
+        const auto fnPick = [](QWidget &cWindow) {
+            auto &cView = widget<Plugin::PictureView>(cWindow, "view");
+            DialogUser::click(cWindow, "RegionPick");
+            QVERIFY(cView.isPicking());
+            drag(cView, {30, 20}, {21, 5});
+            QVERIFY(!cView.isPicking());
+            DialogUser::click(cWindow, "ColourPick");
+            drag(cView, {2, 2}, {2, 2});
+            DialogUser::click(cWindow, "RangePick");
+            DialogUser::click(cWindow, "ColourPick"); // picks for one setting at a time
+            DialogUser::click(cWindow, "RangePick");
+            drag(cView, {-50, 3}, {10, 8}); // from outside the picture
+        };
+        const QString strColour =
+            QString(WHOLE).replace("<InputID>3<", "<InputID>5<").replace("Gray8", "RGB");
+        const QString strPicked = show(STEP, strColour, store(), OK, fnPick);
+        // Red lies where the circle of hues begins and ends.
+        for (const char *szWanted : {"<Region>21,5,10,16</Region>", "<Colour>#c80000</Colour>",
+                                     "<Range>175,235,180,5,255,220</Range>"})
+            QVERIFY2(strPicked.contains(szWanted), qPrintable(strPicked));
+    }
+
+    void previewShowsTheNewestSetting()
+    {
+        const auto fnUse = [](QWidget &cWindow) {
+            const QLabel &cResult = widget<QLabel>(cWindow, "lblResult");
+            QTRY_COMPARE(shown(cWindow), qRgb(40, 40, 40));
+            QVERIFY2(cResult.text().contains("ms\n40 things\nprint:done"), qPrintable(cResult.text()));
+
+            // While one is computed, many settings come and the window answers; all but the last are
+            // passed over.
+            s_bHeld = true;
+            const int nBefore = s_nEntered;
+            press(cWindow, "LevelSlider", Qt::Key_Right);
+            QTRY_COMPARE(s_nEntered.load(), nBefore + 1);
+            press(cWindow, "LevelSlider", Qt::Key_Right, 20);
+            QTRY_VERIFY(cResult.text().contains("计算中"));
+            s_bHeld = false;
+            QTRY_COMPARE(shown(cWindow), qRgb(61, 61, 61));
+            QCOMPARE(s_nEntered.load(), nBefore + 2);
+
+            // The input beside the result.
+            press(cWindow, "cmbShown", Qt::Key_Down);
+            QTRY_COMPARE(shown(cWindow), qRgb(7, 7, 7));
+        };
+        QCOMPARE(show(STEP, WHOLE, store(), CANCEL, fnUse), QString());
+    }
+
+    void previewTellsFailures()
+    {
+        const auto fnUse = [](QWidget &cWindow) {
+            const QLabel &cResult = widget<QLabel>(cWindow, "lblResult");
+            type(cWindow, "Label", "fail");
+            QTRY_VERIFY(cResult.text().contains("The step failed."));
+            type(cWindow, "Label", "<x>"); // is told before it is computed
+            QTRY_VERIFY(cResult.text().contains("holds a tag"));
+            type(cWindow, "Label", "fine");
+            QTRY_VERIFY(cResult.text().contains("done"));
+        };
+        QCOMPARE(show(STEP, WHOLE, store(), CANCEL, fnUse), QString());
+    }
+
+    void closesWhileThePreviewComputes()
+    {
+        s_bHeld = true;
+        const int nBefore = s_nEntered;
+        const int nLeft = s_nLeft;
+        const auto fnThreads = [] { return QDir("/proc/self/task").entryList(QDir::Dirs).size(); };
+        int nThreads = 0;
+        const auto fnWait = [&](QWidget &) {
+            QTRY_COMPARE(s_nEntered.load(), nBefore + 1);
+            nThreads = fnThreads();
+        };
+        QCOMPARE(show(STEP, WHOLE, store(), OK, fnWait), WHOLE);
+        // The computation has data of its own.
+        m_pcStore.reset();
+        s_bHeld = false;
+        QTRY_COMPARE(s_nLeft.load(), nLeft + 1);
+        QTRY_VERIFY(fnThreads() < nThreads);
+    }
+
+    void sourceWindow()
+    {
+        const auto fnFill = [](QWidget &cWindow) {
+            QVERIFY(!cWindow.findChild<QWidget *>("view"));
+            type(cWindow, "Path", "/some/folder");
+            type(cWindow, "Fps", "2.5");
+        };
+        QCOMPARE(show(SOURCE, QString(), nullptr, OK, fnFill),
+                 QStringLiteral("<Path>/some/folder</Path><Fps>2.5</Fps>"));
+        QVERIFY(show(SOURCE, "<Path>a</Path>", nullptr, CANCEL).isNull());
+    }
+
+    void keysGoDownTheWindow()
+    {
+        const auto fnLook = [](QWidget &cWindow) {
+            const QWidget *pcNext = &widget<QWidget>(cWindow, "InputID");
+            for (const char *szName : {"Method", "LevelSlider", "Label", "Region", "Name", "btnOK"})
+                for (int nTabs = 0; pcNext->objectName() != szName; pcNext = pcNext->nextInFocusChain())
+                    QVERIFY2(++nTabs < 50, szName); // not round the whole window
+            widget<QWidget>(cWindow, "Level").setFocus();
+            QTRY_VERIFY(widget<QLabel>(cWindow, "lblHelp").text().contains("Help for the level"));
+            QTRY_COMPARE(Tidy::fault(&cWindow), QString());
+        };
+        QCOMPARE(show(STEP, WHOLE, store(), CANCEL, fnLook), QString());
+    }
 
 private:
     ArithmParamMgr *store() { return m_pcStore.get(); }
     std::unique_ptr<ArithmParamMgr> m_pcStore;
 };
-
-void TstSdkWindow::init()
-{
-    m_pcStore = std::make_unique<ArithmParamMgr>();
-    ParamGray8 &cGray = *m_pcStore->getParamGray8(3);
-    cGray.setName("灰度图");
-    cGray.setDescribe("Grey picture");
-    cGray.resize(40, 30);
-    std::fill_n(cGray.getGray8(), 40 * 30, static_cast<unsigned char>(7));
-    ParamDIB &cColour = *m_pcStore->getParamDIB(5);
-    cColour.resize(40, 30);
-    for (int nPixel = 0; nPixel < 40 * 30; ++nPixel) {
-        unsigned char *const puchPixel = cColour.getDIB() + 3 * nPixel;
-        puchPixel[0] = nPixel % 40 < 20 ? 0 : 200; // blue at the right,
-        puchPixel[1] = 0;
-        puchPixel[2] = nPixel % 40 < 20 ? 200 : 0; // red at the left
-    }
-}
-
-void TstSdkWindow::editsGiveBackWhatTheyGot()
-{
-    const auto fnOK = [](QDialog *pcWindow) { click(pcWindow, "btnOK"); };
-    QCOMPARE(show(STEP, WHOLE, store(), fnOK), WHOLE);
-    // The outputs exist and are named before the first run, under the IDs that they had.
-    QCOMPARE(store()->requestParamGray8Map()->keys(), (QList<int>{3, 9}));
-    QCOMPARE(store()->getParamGray8(9)->getName(), QStringLiteral("名"));
-    QCOMPARE(store()->getParamGray8(9)->getDescribe(), QStringLiteral("A result"));
-    QCOMPARE(store()->getParamStrings(1)->getDescribe(), QStringLiteral("several"));
-}
-
-void TstSdkWindow::newStepIsFilledByHand()
-{
-    const QString strConfig = show(STEP, QString(), store(), [](QDialog *pcWindow) {
-        QCOMPARE(widget<QComboBox>(pcWindow, "InputID")->currentText(),
-                 QStringLiteral("3  Gray8  灰度图  Grey picture"));
-        type(pcWindow, "Level", "200");
-        QCOMPARE(widget<QSlider>(pcWindow, "LevelSlider")->value(), 200);
-        QTest::keyClick(widget<QSlider>(pcWindow, "LevelSlider"), Qt::Key_Right);
-        type(pcWindow, "Block", "8"); // even: the next odd number counts
-        QTest::keyClick(widget<QSlider>(pcWindow, "SigmaSlider"), Qt::Key_Right);
-        type(pcWindow, "Largest", "1000");
-        QTest::keyClick(widget<QWidget>(pcWindow, "Print"), Qt::Key_Space);
-        type(pcWindow, "Label", " coins ");
-        QTest::keyClick(widget<QWidget>(pcWindow, "When"), Qt::Key_Down);
-        QTest::keyClick(widget<QWidget>(pcWindow, "When"), Qt::Key_Down);
-        type(pcWindow, "WhenArgument", "no coin");
-        QVERIFY(widget<QSpinBox>(pcWindow, "Level")->isEnabled());
-        QTest::keyClick(widget<QWidget>(pcWindow, "Method"), Qt::Key_Down);
-        QVERIFY(!widget<QSpinBox>(pcWindow, "Level")->isEnabled());
-        QTest::keyClick(widget<QWidget>(pcWindow, "btnOK"), Qt::Key_Return);
-    });
-    QCOMPARE(strConfig,
-             QStringLiteral("<InputID>3</InputID><InputType>Gray8</InputType><Method>Other</Method>"
-                            "<Level>201</Level><Block>9</Block><Largest>1000</Largest><Sigma>0.6</Sigma>"
-                            "<Print>1</Print><Label>coins</Label><When>stop:no coin</When>"
-                            "<Colour>#ff0000</Colour><Range>0,0,0,179,255,255</Range><Region></Region>"
-                            "<OutputID>4</OutputID><StringsID>1</StringsID>"));
-    QCOMPARE(store()->getParamGray8(4)->getName(), QStringLiteral("结果"));
-    QCOMPARE(store()->getParamStrings(1)->getName(), QStringLiteral("数"));
-}
-
-void TstSdkWindow::cancelLeavesTheStoreAlone()
-{
-    for (const bool bKey : {false, true}) {
-        const QString strConfig = show(STEP, QString(), store(), [=](QDialog *pcWindow) {
-            type(pcWindow, "Level", "9");
-            QTRY_COMPARE(widget<Plugin::PictureView>(pcWindow, "view")->picture().pixel(0, 0), qRgb(9, 9, 9));
-            if (bKey)
-                QTest::keyClick(pcWindow, Qt::Key_Escape);
-            else
-                click(pcWindow, "btnCancel");
-        });
-        QVERIFY(strConfig.isEmpty());
-        QCOMPARE(store()->snapshot().size(), 2);
-        QCOMPARE(int(*store()->getParamGray8(3)->getGray8()), 7);
-    }
-}
-
-void TstSdkWindow::missingInputStays()
-{
-    QString strGone = WHOLE;
-    strGone.replace("<InputID>3<", "<InputID>77<");
-    const auto fnOK = [](QDialog *pcWindow) {
-        QVERIFY(widget<QComboBox>(pcWindow, "InputID")->currentText().startsWith("77  (不存在"));
-        click(pcWindow, "btnOK");
-    };
-    QCOMPARE(show(STEP, strGone, store(), fnOK), strGone);
-    QVERIFY(!store()->requestParamGray8Map()->contains(77));
-}
-
-void TstSdkWindow::otherKindReplacesTheOutput()
-{
-    store()->getParamGray8(9);
-    const auto fnColour = [](QDialog *pcWindow) {
-        QComboBox *const pcInput = widget<QComboBox>(pcWindow, "InputID");
-        QTest::keyClick(pcInput, pcInput->currentIndex() == 0 ? Qt::Key_Down : Qt::Key_Up);
-        click(pcWindow, "btnOK");
-    };
-    const QString strColour = show(STEP, WHOLE, store(), fnColour);
-    QVERIFY2(strColour.startsWith("<InputID>5</InputID><InputType>RGB</InputType>"), qPrintable(strColour));
-    QVERIFY2(strColour.contains("<OutputID>6</OutputID>"), qPrintable(strColour));
-    QVERIFY(!store()->requestParamGray8Map()->contains(9));
-    QCOMPARE(store()->getParamDIB(6)->getName(), QStringLiteral("名"));
-
-    // A step that works in place leaves its input, which is another's.
-    QString strInPlace = WHOLE;
-    strInPlace.replace("<OutputID>9<", "<OutputID>3<");
-    show(STEP, strInPlace, store(), fnColour);
-    QVERIFY(store()->requestParamGray8Map()->contains(3));
-}
-
-void TstSdkWindow::refusesWhatCannotBeUsed_data()
-{
-    QTest::addColumn<QString>("strConfig");
-    QTest::addColumn<QByteArray>("achWidget");
-    QTest::addColumn<QString>("strTyped");
-    QTest::newRow("tasks-file marker") << WHOLE << QByteArray("Label") << "<-TaskItem->";
-    QTest::newRow("end tag") << WHOLE << QByteArray("Label") << "x</Level>";
-    QTest::newRow("tag in a command") << WHOLE << QByteArray("WhenArgument") << "<CMD>";
-    QTest::newRow("tag in a name") << WHOLE << QByteArray("Name") << "<Name>";
-    QTest::newRow("skip by a word") << WHOLE << QByteArray("WhenArgument") << "many";
-    QTest::newRow("no colour") << WHOLE << QByteArray("Colour") << "red";
-}
-
-void TstSdkWindow::refusesWhatCannotBeUsed()
-{
-    QFETCH(QString, strConfig);
-    QFETCH(QByteArray, achWidget);
-    QFETCH(QString, strTyped);
-    show(STEP, strConfig, store(), [&](QDialog *pcWindow) {
-        type(pcWindow, achWidget, strTyped);
-        QString strTitle;
-        QTimer::singleShot(0, pcWindow, [&] {
-            auto *pcBox = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
-            QVERIFY(pcBox);
-            strTitle = pcBox->windowTitle();
-            pcBox->accept();
-        });
-        click(pcWindow, "btnOK");
-        QCOMPARE(strTitle, QStringLiteral("警告"));
-        QVERIFY(pcWindow->isVisible());
-        click(pcWindow, "btnCancel");
-    });
-    QCOMPARE(store()->snapshot().size(), 2);
-}
-
-void TstSdkWindow::picksInThePicture()
-{
-    QString strColour = WHOLE;
-    strColour.replace("<InputID>3<", "<InputID>5<").replace("Gray8", "RGB");
-    const QString strPicked = show(STEP, strColour, store(), [](QDialog *pcWindow) {
-        auto *const pcView = widget<Plugin::PictureView>(pcWindow, "view");
-        click(pcWindow, "RegionPick");
-        QVERIFY(pcView->isPicking());
-        drag(pcView, {30, 20}, {21, 5});
-        QVERIFY(!pcView->isPicking());
-        click(pcWindow, "ColourPick");
-        drag(pcView, {2, 2}, {2, 2});
-        click(pcWindow, "RangePick");
-        click(pcWindow, "ColourPick"); // picks for one setting at a time
-        click(pcWindow, "RangePick");
-        drag(pcView, {-50, 3}, {10, 8}); // from outside the picture
-        click(pcWindow, "btnOK");
-    });
-    QVERIFY2(strPicked.contains("<Region>21,5,10,16</Region>"), qPrintable(strPicked));
-    QVERIFY2(strPicked.contains("<Colour>#c80000</Colour>"), qPrintable(strPicked));
-    // Red lies where the circle of hues begins and ends.
-    QVERIFY2(strPicked.contains("<Range>175,235,180,5,255,220</Range>"), qPrintable(strPicked));
-}
-
-void TstSdkWindow::previewShowsTheNewestSetting()
-{
-    show(STEP, WHOLE, store(), [](QDialog *pcWindow) {
-        auto *const pcView = widget<Plugin::PictureView>(pcWindow, "view");
-        QLabel *const pcResult = widget<QLabel>(pcWindow, "lblResult");
-        QTRY_COMPARE(pcView->picture().pixel(0, 0), qRgb(40, 40, 40));
-        QVERIFY2(pcResult->text().contains("ms\n40 things\nprint:done"), qPrintable(pcResult->text()));
-
-        // While one is computed, many settings come and the window answers; all but the last are
-        // passed over.
-        s_cGate.shut(true);
-        const int nBefore = s_cGate.entered();
-        QSlider *const pcSlider = widget<QSlider>(pcWindow, "LevelSlider");
-        QTest::keyClick(pcSlider, Qt::Key_Right);
-        QTRY_COMPARE(s_cGate.entered(), nBefore + 1);
-        for (int nStep = 0; nStep < 20; ++nStep)
-            QTest::keyClick(pcSlider, Qt::Key_Right);
-        QTRY_VERIFY(pcResult->text().contains("计算中"));
-        s_cGate.shut(false);
-        QTRY_COMPARE(pcView->picture().pixel(0, 0), qRgb(61, 61, 61));
-        QCOMPARE(s_cGate.entered(), nBefore + 2);
-
-        // The input beside the result.
-        QTest::keyClick(widget<QComboBox>(pcWindow, "cmbShown"), Qt::Key_Down);
-        QTRY_COMPARE(pcView->picture().pixel(0, 0), qRgb(7, 7, 7));
-        click(pcWindow, "btnCancel");
-    });
-}
-
-void TstSdkWindow::previewTellsFailures()
-{
-    show(STEP, WHOLE, store(), [](QDialog *pcWindow) {
-        QLabel *const pcResult = widget<QLabel>(pcWindow, "lblResult");
-        type(pcWindow, "Label", "fail");
-        QTRY_VERIFY(pcResult->text().contains("The step failed."));
-        type(pcWindow, "Label", "<x>"); // is told before it is computed
-        QTRY_VERIFY(pcResult->text().contains("holds a tag"));
-        type(pcWindow, "Label", "fine");
-        QTRY_VERIFY(pcResult->text().contains("done"));
-        click(pcWindow, "btnCancel");
-    });
-}
-
-void TstSdkWindow::closesWhileThePreviewComputes()
-{
-    s_cGate.shut(true);
-    const int nBefore = s_cGate.entered();
-    const int nLeft = s_cGate.left();
-    const auto fnThreads = [] { return QDir("/proc/self/task").entryList(QDir::Dirs).size(); };
-    int nThreads = 0;
-    const QString strConfig = show(STEP, WHOLE, store(), [&, nBefore](QDialog *pcWindow) {
-        QTRY_COMPARE(s_cGate.entered(), nBefore + 1);
-        nThreads = fnThreads();
-        click(pcWindow, "btnOK");
-    });
-    QCOMPARE(strConfig, WHOLE);
-    // The computation has data of its own.
-    m_pcStore.reset();
-    s_cGate.shut(false);
-    QTRY_COMPARE(s_cGate.left(), nLeft + 1);
-    QTRY_VERIFY(fnThreads() < nThreads);
-}
-
-void TstSdkWindow::sourceWindow()
-{
-    QCOMPARE(show(SOURCE, QString(), nullptr,
-                  [](QDialog *pcWindow) {
-                      QVERIFY(!pcWindow->findChild<QWidget *>("view"));
-                      type(pcWindow, "Path", "/some/folder");
-                      type(pcWindow, "Fps", "2.5");
-                      click(pcWindow, "btnOK");
-                  }),
-             QStringLiteral("<Path>/some/folder</Path><Fps>2.5</Fps>"));
-    QVERIFY(show(SOURCE, "<Path>a</Path>", nullptr, [](QDialog *pcWindow) {
-                click(pcWindow, "btnCancel");
-            }).isNull());
-}
-
-void TstSdkWindow::keysGoDownTheWindow()
-{
-    show(STEP, WHOLE, store(), [](QDialog *pcWindow) {
-        const QWidget *const pcFirst = widget<QWidget>(pcWindow, "InputID");
-        int nLast = 0;
-        for (const char *szName : {"Method", "LevelSlider", "Label", "Region", "Name", "btnOK"}) {
-            const QWidget *const pcWidget = widget<QWidget>(pcWindow, szName);
-            int nTabs = 0;
-            for (const QWidget *pcNext = pcFirst; pcNext != pcWidget; pcNext = pcNext->nextInFocusChain())
-                QVERIFY(++nTabs < 300);
-            QVERIFY2(nTabs > nLast, szName);
-            nLast = nTabs;
-        }
-        widget<QWidget>(pcWindow, "Level")->setFocus();
-        QTRY_VERIFY(widget<QLabel>(pcWindow, "lblHelp")->text().contains("Help for the level"));
-        QCOMPARE(Tidy::fault(pcWindow), QString());
-        click(pcWindow, "btnCancel");
-    });
-}
-
-void TstSdkWindow::limitHasNoUnit()
-{
-    const QString strConfig = show(STEP, {}, store(), [](QDialog *pcWindow) {
-        auto *pcBox = widget<QSpinBox>(pcWindow, "Largest");
-        QCOMPARE(pcBox->text(), QStringLiteral("不限 no limit"));
-        pcBox->setFocus();
-        pcBox->selectAll();
-        QTest::keyClicks(pcBox, "57");
-        QCOMPARE(pcBox->text(), QStringLiteral("57 像素 pixels"));
-        click(pcWindow, "btnOK");
-    });
-    QVERIFY2(strConfig.contains("<Largest>57</Largest>"), qPrintable(strConfig));
-}
 
 QTEST_MAIN(TstSdkWindow)
 #include "tst_sdkwindow.moc"
