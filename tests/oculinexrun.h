@@ -1,6 +1,8 @@
 #ifndef OCULINEXRUN_H
 #define OCULINEXRUN_H
 
+#include <csignal>
+
 #include <QDir>
 #include <QFile>
 #include <QJsonDocument>
@@ -85,6 +87,7 @@ public:
 
     void begin(QProcess &cTool, const QStringList &lstArguments)
     {
+        cTool.setWorkingDirectory(m_cDir.path());
         cTool.start(m_cDir.filePath("oculinex-run"), lstArguments);
         QVERIFY(cTool.waitForStarted());
     }
@@ -98,6 +101,20 @@ public:
         return {cTool.exitStatus() == QProcess::NormalExit ? cTool.exitCode() : -1,
                 QString::fromUtf8(cTool.readAllStandardOutput()),
                 QString::fromUtf8(cTool.readAllStandardError())};
+    }
+
+    /// What the tool has printed once a text has come so often, or the tool has ended.
+    static QString readUntil(QProcess &cTool, const char *szText, int nTimes)
+    {
+        QByteArray achOut;
+        while (achOut.count(szText) < nTimes && cTool.waitForReadyRead(TIMEOUT_MS))
+            achOut += cTool.readAllStandardOutput();
+        return QString::fromUtf8(achOut);
+    }
+
+    static void stop(const QProcess &cTool, int nSignal)
+    {
+        kill(static_cast<pid_t>(cTool.processId()), nSignal);
     }
 
     Outcome run(const QStringList &lstArguments)

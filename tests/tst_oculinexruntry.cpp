@@ -4,6 +4,7 @@
 #include <QJsonArray>
 #include <QPainter>
 
+#include "datatable.h"
 #include "oculinexrun.h"
 
 class TestOculinexRunTry : public QObject, private OculinexRun
@@ -11,15 +12,130 @@ class TestOculinexRunTry : public QObject, private OculinexRun
     Q_OBJECT
 
 private slots:
-    void initTestCase();
-    void chain();
-    void inPlace_data();
-    void inPlace();
-    void namesAndKinds();
-    void unknownSettings();
-    void sameName();
-    void refuses_data();
-    void refuses();
+    void initTestCase()
+    {
+        install(OCULINEX_BINARY_DIR);
+        QImage cPicture(101, 80, QImage::Format_RGB32); // rows that need padding
+        cPicture.fill(QColor(10, 20, 60));
+        QPainter(&cPicture).fillRect(30, 20, 15, 10, QColor(250, 180, 200));
+        QVERIFY(cPicture.save(m_cDir.filePath("图 1.png")));
+        QDir(m_cDir.path()).mkdir("other");
+        QVERIFY(cPicture.save(m_cDir.filePath("other/图 1.png")));
+    }
+
+    void chain()
+    {
+        const Outcome cOutcome = tryOut({"--try", "togray", "--try", "Threshold.so", "--try", "检测/斑点分析",
+                                         "--config", "<Print>1</Print>", "--max-width", "50", "图 1.png"});
+        QCOMPARE(cOutcome.m_strErr, QString());
+        QCOMPARE(cOutcome.m_nExitCode, 0);
+        const QList<QJsonObject> lstObject = objects(cOutcome.m_strOut);
+        QCOMPARE(lstObject.size(), 3);
+        QCOMPARE(lstObject[1]["config"].toString(), QString("<InputID>2</InputID><OutputID>3</OutputID>"));
+        const QJsonObject cBlobs = lstObject[2];
+        QCOMPARE(cBlobs["id"].toString(), QString("OCX_Blobs"));
+        QCOMPARE(cBlobs["commands"].toArray(), QJsonArray{"print:1 objects, 150 pixels"});
+        const QJsonObject cAreas = cBlobs["outputs"].toArray()[0].toObject();
+        QCOMPARE(cAreas["count"].toInt(), 1);
+        QCOMPARE(cAreas["first"].toArray(), QJsonArray{"150 pixels in 30,20 to 44,29"});
+
+        // Drawn over the picture, at its new size.
+        const QImage cDrawn(cAreas["file"].toString());
+        QCOMPARE(cAreas["file"].toString(), out("图 1-3-AreasID.png"));
+        QCOMPARE(cBlobs["allFile"].toString(), out("图 1-3-all.png"));
+        QCOMPARE(cDrawn.size(), QSize(50, 40));
+        QCOMPARE(cDrawn.pixelColor(14, 12), QColor(0, 255, 0));
+        QCOMPARE(cDrawn.pixelColor(5, 5), QColor(10, 20, 60));
+        const QImage cAll(out("图 1-3-all.png"));
+        QVERIFY(cAll.pixelColor(14, 12) == QColor(0, 255, 0) && cAll != cDrawn); // with the text
+    }
+
+    void inPlace()
+    {
+        QFile cConfig(m_cDir.filePath("dark.txt"));
+        QVERIFY(cConfig.open(QFile::WriteOnly));
+        cConfig.write(
+            "<InputID>4</InputID><OutputID>4</OutputID>\n<Method>Fixed</Method><Polarity>Dark</Polarity>\n");
+        cConfig.close();
+        // A picture that is not put back would be inverted twice.
+        const Outcome cOutcome =
+            tryOut({"--try", "OCX_Threshold", "--config", "@dark.txt", "--repeat", "2", "图 1.png"});
+        QCOMPARE(cOutcome.m_nExitCode, 0);
+        const QJsonObject cObject = objects(cOutcome.m_strOut).value(0);
+        QCOMPARE(cObject["runs"].toInt(), 2);
+        QVERIFY(cObject["bestMs"].toDouble() > 0 &&
+                cObject["bestMs"].toDouble() <= cObject["medianMs"].toDouble());
+        const QImage cResult(out("图 1-OutputID.png"));
+        QCOMPARE(cResult.pixelColor(0, 0), QColor(Qt::white));
+        QCOMPARE(cResult.pixelColor(30, 20), QColor(Qt::black));
+    }
+
+    void namesAndKinds()
+    {
+        const Outcome cOutcome =
+            tryOut({"--try", "Blur", "--config",
+                    "<OutputID></OutputID><InputID>7</InputID><InputType>rgb</InputType>", "图 1.png"});
+        QCOMPARE(cOutcome.m_nExitCode, 0);
+        const QJsonObject cOutput = objects(cOutcome.m_strOut).value(0)["outputs"].toArray()[0].toObject();
+        QCOMPARE(cOutput["kind"].toString(), QString("RGB"));
+        QCOMPARE(cOutput["id"].toInt(), 8);
+        QCOMPARE(QImage(out("图 1-OutputID.png")).pixelColor(99, 79), QColor(10, 20, 60));
+    }
+
+    void unknownSettings()
+    {
+        const Outcome cOutcome =
+            run({"--try", "probe", "--config",
+                 "<Trace>5</Trace><Text>丙</Text><Result><CMD>print:x</CMD></Result>", "--repeat", "2",
+                 "--json", "--out", m_cDir.path(), m_cDir.filePath("图 1.png")});
+        QCOMPARE(cOutcome.m_nExitCode, 0);
+        const QJsonObject cObject = objects(cOutcome.m_strOut).value(0);
+        QCOMPARE(cObject["commands"].toArray(), QJsonArray{"print:x"});
+        QStringList lstTag;
+        for (const QJsonValue cOutput : cObject["outputs"].toArray())
+            lstTag += cOutput["tag"].toString();
+        QVERIFY2(lstTag.contains("Strings-5"), qPrintable(lstTag.join(' ')));
+        QVERIFY(!lstTag.contains("RGB-1"));
+        QVERIFY(QFile::exists(m_cDir.filePath("图 1-Strings-5.png")));
+    }
+
+    void sameName()
+    {
+        const Outcome cOutcome = tryOut({"--try", "ToGray", "图 1.png", "gone.png", "other/图 1.png"});
+        QCOMPARE(cOutcome.m_nExitCode, 1);
+        QVERIFY2(cOutcome.m_strOut.contains("gone.png: "), qPrintable(cOutcome.m_strOut));
+        QVERIFY(QFile::exists(out("图 1-OutputID.png")) && QFile::exists(out("图 1_2-OutputID.png")));
+    }
+
+    void refuses_data()
+    {
+        addRows("what            strArguments                    strExitCode  strText\n"
+                "unknown         --try Nope PICTURE                     2  Blur.so\n"
+                "source          --try PictureFolder PICTURE            2  is a data source\n"
+                "no picture      --try Blur                             2  --try needs a picture.\n"
+                "early config    --config x --try Blur PICTURE          2  Each --config follows the --try "
+                "that it\n"
+                "no config file  --try Blur --config @gone PICTURE      2  gone: No such file\n"
+                "repeat          --try Blur --repeat 0 PICTURE          2  --repeat needs\n"
+                "folder          --try Blur --out /no/such PICTURE      2  /no/such: \n"
+                "other mode      --try Blur --once PICTURE              2  exclude each other.\n"
+                "without --try   --repeat 2 a.tasks                     2  need --try.\n"
+                "unwritten list  --try KQ_Saving --config <IsStringID>1</IsStringID><StringID>4</StringID> "
+                "PICTURE  2  "
+                "reads string list 4 (<StringID>), which no --try before it writes\n"
+                "bad setting     --try Blur --config <Size>4</Size> PICTURE  1  wanted is an odd number\n"
+                "no picture file  --try Blur dark.txt                   1  dark.txt: ");
+    }
+    void refuses()
+    {
+        QFETCH(QString, strArguments);
+        QFETCH(QString, strText);
+        const Outcome cOutcome = tryOut(strArguments.split(' ').replaceInStrings("PICTURE", "图 1.png"));
+        QTEST(QString::number(cOutcome.m_nExitCode), "strExitCode");
+        const QString strTold = cOutcome.m_strErr + cOutcome.m_strOut;
+        QVERIFY2(strTold.contains(strText), qPrintable(strTold));
+        QCOMPARE(QDir(out("")).entryList(QDir::Files).size(), 0);
+    }
 
 private:
     /// Runs the tool that has the shipped plug-ins beside it, with an empty output folder.
@@ -35,146 +151,6 @@ private:
     }
     QString out(const QString &strFile) const { return m_cDir.filePath("out/" + strFile); }
 };
-
-void TestOculinexRunTry::initTestCase()
-{
-    install(OCULINEX_BINARY_DIR);
-    QImage cPicture(101, 80, QImage::Format_RGB32); // rows that need padding
-    cPicture.fill(QColor(10, 20, 60));
-    QPainter(&cPicture).fillRect(30, 20, 15, 10, QColor(250, 180, 200));
-    QVERIFY(cPicture.save(m_cDir.filePath("图 1.png")));
-    QDir(m_cDir.path()).mkdir("other");
-    QVERIFY(cPicture.save(m_cDir.filePath("other/图 1.png")));
-}
-
-void TestOculinexRunTry::chain()
-{
-    const Outcome cOutcome = tryOut({"--try", "togray", "--try", "Threshold.so", "--try", "检测/斑点分析",
-                                     "--config", "<Print>1</Print>", "--max-width", "50", "图 1.png"});
-    QCOMPARE(cOutcome.m_strErr, QString());
-    QCOMPARE(cOutcome.m_nExitCode, 0);
-    const QList<QJsonObject> lstObject = objects(cOutcome.m_strOut);
-    QCOMPARE(lstObject.size(), 3);
-    QCOMPARE(lstObject[1]["config"].toString(), QString("<InputID>2</InputID><OutputID>3</OutputID>"));
-    const QJsonObject cBlobs = lstObject[2];
-    QCOMPARE(cBlobs["id"].toString(), QString("OCX_Blobs"));
-    QCOMPARE(cBlobs["commands"].toArray(), QJsonArray{"print:1 objects, 150 pixels"});
-    const QJsonObject cAreas = cBlobs["outputs"].toArray()[0].toObject();
-    QCOMPARE(cAreas["count"].toInt(), 1);
-    QCOMPARE(cAreas["first"].toArray(), QJsonArray{"150 pixels in 30,20 to 44,29"});
-
-    // Drawn over the picture, at its new size.
-    const QImage cDrawn(cAreas["file"].toString());
-    QCOMPARE(cAreas["file"].toString(), out("图 1-3-AreasID.png"));
-    QCOMPARE(cBlobs["allFile"].toString(), out("图 1-3-all.png"));
-    QCOMPARE(cDrawn.size(), QSize(50, 40));
-    QCOMPARE(cDrawn.pixelColor(14, 12), QColor(0, 255, 0));
-    QCOMPARE(cDrawn.pixelColor(5, 5), QColor(10, 20, 60));
-    const QImage cAll(out("图 1-3-all.png"));
-    QVERIFY(cAll.pixelColor(14, 12) == QColor(0, 255, 0) && cAll != cDrawn); // with the text
-}
-
-void TestOculinexRunTry::inPlace_data()
-{
-    QTest::addColumn<QString>("strRepeat");
-    QTest::newRow("once") << "1";
-    QTest::newRow("twice") << "2"; // a picture that is not put back would be inverted twice
-}
-
-void TestOculinexRunTry::inPlace()
-{
-    QFETCH(QString, strRepeat);
-    QFile cConfig(m_cDir.filePath("dark.txt"));
-    QVERIFY(cConfig.open(QFile::WriteOnly));
-    cConfig.write(
-        "<InputID>4</InputID><OutputID>4</OutputID>\n<Method>Fixed</Method><Polarity>Dark</Polarity>\n");
-    cConfig.close();
-    const Outcome cOutcome =
-        tryOut({"--try", "OCX_Threshold", "--config", "@dark.txt", "--repeat", strRepeat, "图 1.png"});
-    QCOMPARE(cOutcome.m_nExitCode, 0);
-    const QJsonObject cObject = objects(cOutcome.m_strOut).value(0);
-    QCOMPARE(cObject["runs"].toInt(), strRepeat.toInt());
-    QVERIFY(cObject["bestMs"].toDouble() > 0 &&
-            cObject["bestMs"].toDouble() <= cObject["medianMs"].toDouble());
-    const QImage cResult(out("图 1-OutputID.png"));
-    QCOMPARE(cResult.pixelColor(0, 0), QColor(Qt::white));
-    QCOMPARE(cResult.pixelColor(30, 20), QColor(Qt::black));
-}
-
-void TestOculinexRunTry::namesAndKinds()
-{
-    const Outcome cOutcome =
-        tryOut({"--try", "Blur", "--config",
-                "<OutputID></OutputID><InputID>7</InputID><InputType>rgb</InputType>", "图 1.png"});
-    QCOMPARE(cOutcome.m_nExitCode, 0);
-    const QJsonObject cOutput = objects(cOutcome.m_strOut).value(0)["outputs"].toArray()[0].toObject();
-    QCOMPARE(cOutput["kind"].toString(), QString("RGB"));
-    QCOMPARE(cOutput["id"].toInt(), 8);
-    QCOMPARE(QImage(out("图 1-OutputID.png")).pixelColor(99, 79), QColor(10, 20, 60));
-}
-
-void TestOculinexRunTry::unknownSettings()
-{
-    const Outcome cOutcome = run(
-        {"--try", "probe", "--config", "<Trace>5</Trace><Text>丙</Text><Result><CMD>print:x</CMD></Result>",
-         "--repeat", "2", "--json", "--out", m_cDir.path(), m_cDir.filePath("图 1.png")});
-    QCOMPARE(cOutcome.m_nExitCode, 0);
-    const QJsonObject cObject = objects(cOutcome.m_strOut).value(0);
-    QCOMPARE(cObject["commands"].toArray(), QJsonArray{"print:x"});
-    QStringList lstTag;
-    for (const QJsonValue cOutput : cObject["outputs"].toArray())
-        lstTag += cOutput["tag"].toString();
-    QVERIFY2(lstTag.contains("Strings-5"), qPrintable(lstTag.join(' ')));
-    QVERIFY(!lstTag.contains("RGB-1"));
-    QVERIFY(QFile::exists(m_cDir.filePath("图 1-Strings-5.png")));
-}
-
-void TestOculinexRunTry::sameName()
-{
-    const Outcome cOutcome = tryOut({"--try", "ToGray", "图 1.png", "gone.png", "other/图 1.png"});
-    QCOMPARE(cOutcome.m_nExitCode, 1);
-    QVERIFY2(cOutcome.m_strOut.contains("gone.png: "), qPrintable(cOutcome.m_strOut));
-    QVERIFY(QFile::exists(out("图 1-OutputID.png")) && QFile::exists(out("图 1_2-OutputID.png")));
-}
-
-void TestOculinexRunTry::refuses_data()
-{
-    QTest::addColumn<QStringList>("lstArguments");
-    QTest::addColumn<int>("nExitCode");
-    QTest::addColumn<QString>("strText");
-    const QString strPicture = "图 1.png";
-    QTest::newRow("unknown") << QStringList{"--try", "Nope", strPicture} << 2 << "Blur.so";
-    QTest::newRow("source") << QStringList{"--try", "PictureFolder", strPicture} << 2 << "is a data source";
-    QTest::newRow("no picture") << QStringList{"--try", "Blur"} << 2 << "needs a picture";
-    QTest::newRow("early config") << QStringList{"--config", "x", "--try", "Blur", strPicture} << 2
-                                  << "follows the --try";
-    QTest::newRow("no config file") << QStringList{"--try", "Blur", "--config", "@gone", strPicture} << 2
-                                    << "gone: No such file";
-    QTest::newRow("repeat") << QStringList{"--try", "Blur", "--repeat", "0", strPicture} << 2
-                            << "--repeat needs";
-    QTest::newRow("folder") << QStringList{"--try", "Blur", "--out", "/no/such", strPicture} << 2
-                            << "/no/such: ";
-    QTest::newRow("other mode") << QStringList{"--try", "Blur", "--once", strPicture} << 2 << "exclude";
-    QTest::newRow("without --try") << QStringList{"--repeat", "2", "a.tasks"} << 2 << "need --try";
-    QTest::newRow("list that nothing writes")
-        << QStringList{"--try", "KQ_Saving", "--config", "<IsStringID>1</IsStringID><StringID>4</StringID>",
-                       strPicture}
-        << 2 << "reads string list 4 (<StringID>), which no --try before it writes";
-    QTest::newRow("bad setting") << QStringList{"--try", "Blur", "--config", "<Size>4</Size>", strPicture}
-                                 << 1 << "wanted is an odd number";
-    QTest::newRow("no picture file") << QStringList{"--try", "Blur", "dark.txt"} << 1 << "dark.txt: ";
-}
-
-void TestOculinexRunTry::refuses()
-{
-    QFETCH(QStringList, lstArguments);
-    QFETCH(QString, strText);
-    const Outcome cOutcome = tryOut(lstArguments);
-    QTEST(cOutcome.m_nExitCode, "nExitCode");
-    const QString strTold = cOutcome.m_strErr + cOutcome.m_strOut;
-    QVERIFY2(strTold.contains(strText), qPrintable(strTold));
-    QCOMPARE(QDir(out("")).entryList(QDir::Files).size(), 0);
-}
 
 QTEST_GUILESS_MAIN(TestOculinexRunTry)
 #include "tst_oculinexruntry.moc"

@@ -45,6 +45,12 @@ QImage picture(int nPicture, bool bMarked)
     return cImage;
 }
 
+/// What the summary says of the first view.
+QJsonObject firstView(const QString &strOut)
+{
+    return objects(strOut).last()["views"].toArray().at(0).toObject();
+}
+
 int numberOf(const QString &strFile)
 {
     return strFile.mid(QString("view0-").size(), 6).toInt();
@@ -68,20 +74,181 @@ class TestOculinexRunViews : public QObject, private OculinexRun
     Q_OBJECT
 
 private slots:
-    void initTestCase();
-    void init();
-    void writesEachUpdate_data();
-    void writesEachUpdate();
-    void neverHalfAnUpdate();
-    void sourceWithoutPause();
-    void keepsTheLast();
-    void dropsTheOldest();
-    void fullDisk();
-    void stoppedInTheMidst_data();
-    void stoppedInTheMidst();
+    void initTestCase()
+    {
+        install(OCULINEX_BINARY_DIR);
+        QImage cMask(WIDTH, HEIGHT, QImage::Format_Grayscale8);
+        cMask.fill(0);
+        cMask.setPixel(MARKED, qRgb(255, 255, 255));
+        QVERIFY(cMask.save(m_cDir.filePath("mask.png")));
+    }
+
+    void init()
+    {
+        m_strOut = m_cDir.filePath(
+            QString("图 %1-%2").arg(QTest::currentTestFunction()).arg(QTest::currentDataTag()));
+        QVERIFY(QDir().mkdir(m_strOut));
+    }
+
+    void writesEachUpdate_data()
+    {
+        QTest::addColumn<QString>("strFlow");
+        QTest::addColumn<bool>("bMarked");
+        QTest::newRow("picture") << DRAW_PICTURE << false;
+        // The reader finds the queue empty in the midst of each run, and once the run is over.
+        QTest::newRow("overlay later") << DRAW_PICTURE + PAUSE + drawMask() + PAUSE << true;
+        QTest::newRow("picture again") << drawMask() + PAUSE + DRAW_PICTURE << false;
+    }
+    void writesEachUpdate()
+    {
+        QFETCH(QString, strFlow);
+        QFETCH(bool, bMarked);
+        // A second task, which draws into another view all the time, does not disturb.
+        const QString strTasks =
+            task("a", view(0) + source("<Pictures>3</Pictures><Wait>100</Wait>") + strFlow) +
+            task("b", view(1) + source("<Pictures>40</Pictures><Wait>10</Wait>") + DRAW_PICTURE + drawMask());
+        const Outcome cOutcome =
+            run(out("0=4x3") + QStringList{"--view=1=6x5", "--until-idle=0.5", file(strTasks)});
+        QCOMPARE(cOutcome.m_strErr, QString());
+        QCOMPARE(cOutcome.m_nExitCode, 0);
+
+        QStringList lstWanted{"view0-000001.png", "view0-000002.png", "view0-000003.png"};
+        QCOMPARE(files().filter("view0"), lstWanted);
+        for (int nPicture = 0; nPicture < lstWanted.size(); ++nPicture)
+            QCOMPARE(written(lstWanted[nPicture]), picture(nPicture, bMarked));
+        QCOMPARE(written("view1-000001.png").size(), QSize(6, 5));
+
+        QStringList lstTold;
+        const QList<QJsonObject> lstObject = objects(cOutcome.m_strOut);
+        for (const QJsonObject &cObject : lstObject)
+            if (cObject["event"].toString() == "picture" && cObject["view"].toInt() == 0) {
+                lstTold += cObject["file"].toString();
+                QCOMPARE(cObject["number"].toInt(), lstTold.size());
+            }
+        const QJsonObject cView = firstView(cOutcome.m_strOut);
+        QCOMPARE(cView["first"].toString(), lstTold.first());
+        QCOMPARE(lstTold, lstWanted.replaceInStrings("view0", m_strOut + "/view0"));
+        QCOMPARE(cView["written"].toInt(), 3);
+        QCOMPARE(cView["last"].toString(), lstTold.last());
+    }
+
+    void neverHalfAnUpdate()
+    {
+        // Run follows on run: the only moment between two is while a step works that comes before all
+        // drawing.
+        const QString strTasks = task("a", source("") + step("<Sleep>30</Sleep>") + DRAW_PICTURE +
+                                               step("<Sleep>12</Sleep>") + drawMask());
+        const Outcome cOutcome = run(out("0=4x3") + QStringList{"--runs=20", file(strTasks)});
+        QCOMPARE(cOutcome.m_nExitCode, 0);
+        const QStringList lstFile = files();
+        QVERIFY2(lstFile.size() > 5 && lstFile.size() <= 20, qPrintable(QString::number(lstFile.size())));
+        for (const QString &strFile : lstFile)
+            QCOMPARE(written(strFile).pixel(MARKED), qRgb(255, 0, 0));
+        QCOMPARE(written(lstFile.last()), picture(19, true));
+    }
+
+    void sourceWithoutPause()
+    {
+        // There is no moment between two runs to be seen, and yet pictures come.
+        const Outcome cOutcome =
+            run(out("0=4x3") + QStringList{"--seconds=0.5", file(task("a", source("") + DRAW_PICTURE))});
+        QCOMPARE(cOutcome.m_nExitCode, 0);
+        QVERIFY(files().size() > 3);
+    }
+
+    void keepsTheLast()
+    {
+        const QString strTasks = task("a", source("<Wait>20</Wait>") + DRAW_PICTURE) +
+                                 task("b", view(2) + source("<Wait>20</Wait>") + DRAW_PICTURE + drawMask());
+        const Outcome cOutcome =
+            run(out("0=4x3") + QStringList{"--view=2=4x3", "--last", "--runs=10", file(strTasks)});
+        QCOMPARE(cOutcome.m_nExitCode, 0);
+        QCOMPARE(files(), (QStringList{"view0.png", "view2.png"}));
+        QCOMPARE(written("view0.png"), picture(9, false));
+        QCOMPARE(written("view2.png"), picture(9, true));
+    }
+
+    void dropsTheOldest()
+    {
+        // 27 MB each, so that at most two wait; drawing one is quicker than writing it.
+        const QString strTasks = task("a", source("<Wait>10</Wait>") + DRAW_PICTURE);
+        QProcess cTool;
+        begin(cTool, out("0=3000x3000") + QStringList{file(strTasks)});
+        const auto fnHasGap = [this] { return numberOf(files().last()) > files().size(); };
+        QByteArray achOut;
+        while ((files().isEmpty() || !fnHasGap()) && cTool.waitForReadyRead(TIMEOUT_MS))
+            achOut += cTool.readAllStandardOutput();
+        stop(cTool, SIGINT);
+        const Outcome cOutcome = end(cTool);
+        QCOMPARE(cOutcome.m_nExitCode, 0);
+        QVERIFY(fnHasGap());
+        const QJsonObject cView = firstView(achOut + cOutcome.m_strOut);
+        QCOMPARE(cView["written"].toInt(), files().size());
+        QCOMPARE(cView["written"].toInt() + cView["dropped"].toInt(), cView["updates"].toInt());
+        // The newest always comes through.
+        QCOMPARE(numberOf(files().last()), cView["updates"].toInt());
+        const QString strTable =
+            run({"--view=0=4x3", "--out", m_strOut, "--runs=1", file(strTasks)}).m_strOut;
+        QVERIFY2(strTable.contains("view  pictures") &&
+                     strTable.contains("view0-000001.png        1        0       0"),
+                 qPrintable(strTable));
+    }
+
+    void fullDisk()
+    {
+        OnFullDisk cTool;
+        begin(cTool,
+              out("0=400x300") + QStringList{"--until-idle=0.5",
+                                             file(task("a", source("<Pictures>3</Pictures><Wait>50</Wait>") +
+                                                                DRAW_PICTURE))});
+        const Outcome cOutcome = end(cTool);
+        QCOMPARE(cOutcome.m_nExitCode, 1);
+        QCOMPARE(files(), QStringList()); // and no temporary one
+        const QList<QJsonObject> lstObject = objects(cOutcome.m_strOut);
+        QCOMPARE(lstObject.size(), 2); // one reason is told once, then the summary
+        QCOMPARE(lstObject.first()["event"].toString(), "error");
+        QCOMPARE(lstObject.first()["text"].toString(), m_strOut + "/view0-000001.png: File too large");
+        QCOMPARE(lstObject.last()["exitCode"].toInt(), 1);
+        const QJsonObject cView = firstView(cOutcome.m_strOut);
+        QCOMPARE(cView["failed"].toInt(), 3);
+        QCOMPARE(cView["first"].toString(), "");
+    }
+
+    void stoppedInTheMidst_data()
+    {
+        QTest::addColumn<int>("nSignal");
+        QTest::newRow("Ctrl-C") << int(SIGINT);
+        QTest::newRow("killed") << int(SIGKILL);
+    }
+    void stoppedInTheMidst()
+    {
+        QFETCH(int, nSignal);
+        QProcess cTool;
+        begin(cTool,
+              out("0=1500x1500") + QStringList{file(task("a", source("<Wait>5</Wait>") + DRAW_PICTURE))});
+        readUntil(cTool, "\"picture\"", 3);
+        stop(cTool, nSignal);
+        const Outcome cOutcome = end(cTool);
+        QVERIFY(files().size() >= 3);
+        for (const QString &strFile : files().filter(QRegularExpression("\\.png$")))
+            QCOMPARE(written(strFile).size(), QSize(1500, 1500));
+        if (nSignal == SIGKILL)
+            return;
+        QCOMPARE(cOutcome.m_nExitCode, 0);
+        const QJsonObject cView = firstView(cOutcome.m_strOut);
+        QCOMPARE(files().size(), cView["written"].toInt());
+    }
 
 private:
-    QString drawMask() const;
+    /// Steps that paint red over the picture.
+    QString drawMask() const
+    {
+        return step("<FilePath>" + m_cDir.filePath("mask.png") +
+                        "</FilePath><BeGray>1</BeGray><PicID>9</PicID>",
+                    -1, "KQ_Loading") +
+               draw(1, 9, "<DrawMode><Val>2</Val><Mask>1,2</Mask></DrawMode>");
+    }
+
     QStringList out(const QString &strView) const { return {"--json", "--view", strView, "--out", m_strOut}; }
     QStringList files() const { return QDir(m_strOut).entryList(QDir::Files | QDir::Hidden, QDir::Name); }
     QImage written(const QString &strFile) const
@@ -91,181 +258,6 @@ private:
 
     QString m_strOut;
 };
-
-void TestOculinexRunViews::initTestCase()
-{
-    install(OCULINEX_BINARY_DIR);
-    QImage cMask(WIDTH, HEIGHT, QImage::Format_Grayscale8);
-    cMask.fill(0);
-    cMask.setPixel(MARKED, qRgb(255, 255, 255));
-    QVERIFY(cMask.save(m_cDir.filePath("mask.png")));
-}
-
-void TestOculinexRunViews::init()
-{
-    m_strOut =
-        m_cDir.filePath(QString("图 %1-%2").arg(QTest::currentTestFunction()).arg(QTest::currentDataTag()));
-    QVERIFY(QDir().mkdir(m_strOut));
-}
-
-/// Steps that paint red over the picture.
-QString TestOculinexRunViews::drawMask() const
-{
-    return step("<FilePath>" + m_cDir.filePath("mask.png") + "</FilePath><BeGray>1</BeGray><PicID>9</PicID>",
-                -1, "KQ_Loading") +
-           draw(1, 9, "<DrawMode><Val>2</Val><Mask>1,2</Mask></DrawMode>");
-}
-
-void TestOculinexRunViews::writesEachUpdate_data()
-{
-    QTest::addColumn<QString>("strFlow");
-    QTest::addColumn<bool>("bMarked");
-    QTest::newRow("picture") << DRAW_PICTURE << false;
-    // The reader finds the queue empty in the midst of each run, and once the run is over.
-    QTest::newRow("overlay later") << DRAW_PICTURE + PAUSE + drawMask() + PAUSE << true;
-    QTest::newRow("picture again") << drawMask() + PAUSE + DRAW_PICTURE << false;
-}
-
-void TestOculinexRunViews::writesEachUpdate()
-{
-    QFETCH(QString, strFlow);
-    QFETCH(bool, bMarked);
-    // A second task, which draws into another view all the time, does not disturb.
-    const QString strTasks =
-        task("a", view(0) + source("<Pictures>3</Pictures><Wait>100</Wait>") + strFlow) +
-        task("b", view(1) + source("<Pictures>40</Pictures><Wait>10</Wait>") + DRAW_PICTURE + drawMask());
-    const Outcome cOutcome =
-        run(out("0=4x3") + QStringList{"--view=1=6x5", "--until-idle=0.5", file(strTasks)});
-    QCOMPARE(cOutcome.m_strErr, QString());
-    QCOMPARE(cOutcome.m_nExitCode, 0);
-
-    QStringList lstWanted{"view0-000001.png", "view0-000002.png", "view0-000003.png"};
-    QCOMPARE(files().filter("view0"), lstWanted);
-    for (int nPicture = 0; nPicture < lstWanted.size(); ++nPicture)
-        QCOMPARE(written(lstWanted[nPicture]), picture(nPicture, bMarked));
-    QCOMPARE(written("view1-000001.png").size(), QSize(6, 5));
-
-    QStringList lstTold;
-    const QList<QJsonObject> lstObject = objects(cOutcome.m_strOut);
-    for (const QJsonObject &cObject : lstObject)
-        if (cObject["event"].toString() == "picture" && cObject["view"].toInt() == 0) {
-            lstTold += cObject["file"].toString();
-            QCOMPARE(cObject["number"].toInt(), lstTold.size());
-        }
-    QJsonObject cView = lstObject.last()["views"].toArray().at(0).toObject();
-    QCOMPARE(cView["first"].toString(), lstTold.first());
-    QCOMPARE(lstTold, lstWanted.replaceInStrings("view0", m_strOut + "/view0"));
-    QCOMPARE(cView["written"].toInt(), 3);
-    QCOMPARE(cView["last"].toString(), lstTold.last());
-}
-
-void TestOculinexRunViews::neverHalfAnUpdate()
-{
-    // Run follows on run: the only moment between two is while a step works that comes before all
-    // drawing.
-    const QString strTasks = task("a", source("") + step("<Sleep>30</Sleep>") + DRAW_PICTURE +
-                                           step("<Sleep>12</Sleep>") + drawMask());
-    const Outcome cOutcome = run(out("0=4x3") + QStringList{"--runs=20", file(strTasks)});
-    QCOMPARE(cOutcome.m_nExitCode, 0);
-    const QStringList lstFile = files();
-    QVERIFY2(lstFile.size() > 5 && lstFile.size() <= 20, qPrintable(QString::number(lstFile.size())));
-    for (const QString &strFile : lstFile)
-        QCOMPARE(written(strFile).pixel(MARKED), qRgb(255, 0, 0));
-    QCOMPARE(written(lstFile.last()), picture(19, true));
-}
-
-void TestOculinexRunViews::sourceWithoutPause()
-{
-    // There is no moment between two runs to be seen, and yet pictures come.
-    const Outcome cOutcome =
-        run(out("0=4x3") + QStringList{"--seconds=0.5", file(task("a", source("") + DRAW_PICTURE))});
-    QCOMPARE(cOutcome.m_nExitCode, 0);
-    QVERIFY(files().size() > 3);
-}
-
-void TestOculinexRunViews::keepsTheLast()
-{
-    const QString strTasks = task("a", source("<Wait>20</Wait>") + DRAW_PICTURE) +
-                             task("b", view(2) + source("<Wait>20</Wait>") + DRAW_PICTURE + drawMask());
-    const Outcome cOutcome =
-        run(out("0=4x3") + QStringList{"--view=2=4x3", "--last", "--runs=10", file(strTasks)});
-    QCOMPARE(cOutcome.m_nExitCode, 0);
-    QCOMPARE(files(), (QStringList{"view0.png", "view2.png"}));
-    QCOMPARE(written("view0.png"), picture(9, false));
-    QCOMPARE(written("view2.png"), picture(9, true));
-}
-
-void TestOculinexRunViews::dropsTheOldest()
-{
-    // 27 MB each, so that at most two wait; drawing one is quicker than writing it.
-    const QString strTasks = task("a", source("<Wait>10</Wait>") + DRAW_PICTURE);
-    QProcess cTool;
-    begin(cTool, out("0=3000x3000") + QStringList{file(strTasks)});
-    const auto fnHasGap = [this] { return numberOf(files().last()) > files().size(); };
-    QByteArray achOut;
-    while ((files().isEmpty() || !fnHasGap()) && cTool.waitForReadyRead(TIMEOUT_MS))
-        achOut += cTool.readAllStandardOutput();
-    kill(static_cast<pid_t>(cTool.processId()), SIGINT);
-    const Outcome cOutcome = end(cTool);
-    QCOMPARE(cOutcome.m_nExitCode, 0);
-    QVERIFY(fnHasGap());
-    const QJsonObject cView = objects(achOut + cOutcome.m_strOut).last()["views"].toArray().at(0).toObject();
-    QCOMPARE(cView["written"].toInt(), files().size());
-    QCOMPARE(cView["written"].toInt() + cView["dropped"].toInt(), cView["updates"].toInt());
-    // The newest always comes through.
-    QCOMPARE(numberOf(files().last()), cView["updates"].toInt());
-    const QString strTable = run({"--view=0=4x3", "--out", m_strOut, "--runs=1", file(strTasks)}).m_strOut;
-    QVERIFY2(strTable.contains("view  pictures") &&
-                 strTable.contains("view0-000001.png        1        0       0"),
-             qPrintable(strTable));
-}
-
-void TestOculinexRunViews::fullDisk()
-{
-    OnFullDisk cTool;
-    begin(cTool,
-          out("0=400x300") +
-              QStringList{"--until-idle=0.5",
-                          file(task("a", source("<Pictures>3</Pictures><Wait>50</Wait>") + DRAW_PICTURE))});
-    const Outcome cOutcome = end(cTool);
-    QCOMPARE(cOutcome.m_nExitCode, 1);
-    QCOMPARE(files(), QStringList()); // and no temporary one
-    const QList<QJsonObject> lstObject = objects(cOutcome.m_strOut);
-    QCOMPARE(lstObject.size(), 2); // one reason is told once, then the summary
-    QCOMPARE(lstObject.first()["event"].toString(), "error");
-    QCOMPARE(lstObject.first()["text"].toString(), m_strOut + "/view0-000001.png: File too large");
-    QCOMPARE(lstObject.last()["exitCode"].toInt(), 1);
-    const QJsonObject cView = lstObject.last()["views"].toArray().at(0).toObject();
-    QCOMPARE(cView["failed"].toInt(), 3);
-    QCOMPARE(cView["first"].toString(), "");
-}
-
-void TestOculinexRunViews::stoppedInTheMidst_data()
-{
-    QTest::addColumn<int>("nSignal");
-    QTest::newRow("Ctrl-C") << int(SIGINT);
-    QTest::newRow("killed") << int(SIGKILL);
-}
-
-void TestOculinexRunViews::stoppedInTheMidst()
-{
-    QFETCH(int, nSignal);
-    QProcess cTool;
-    begin(cTool, out("0=1500x1500") + QStringList{file(task("a", source("<Wait>5</Wait>") + DRAW_PICTURE))});
-    QByteArray achOut;
-    while (achOut.count("\"picture\"") < 3 && cTool.waitForReadyRead(TIMEOUT_MS))
-        achOut += cTool.readAllStandardOutput();
-    kill(static_cast<pid_t>(cTool.processId()), nSignal);
-    const Outcome cOutcome = end(cTool);
-    QVERIFY(files().size() >= 3);
-    for (const QString &strFile : files().filter(QRegularExpression("\\.png$")))
-        QCOMPARE(written(strFile).size(), QSize(1500, 1500));
-    if (nSignal == SIGKILL)
-        return;
-    QCOMPARE(cOutcome.m_nExitCode, 0);
-    const QJsonObject cView = objects(cOutcome.m_strOut).last()["views"].toArray().at(0).toObject();
-    QCOMPARE(files().size(), cView["written"].toInt());
-}
 
 QTEST_GUILESS_MAIN(TestOculinexRunViews)
 #include "tst_oculinexrunviews.moc"
