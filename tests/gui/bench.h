@@ -152,6 +152,15 @@ inline void typeKeys(QWidget &cWidget, const QString &strKeys)
                     static_cast<Qt::KeyboardModifiers>(nKeys & Qt::KeyboardModifierMask));
 }
 
+/// Does what opens dialogs; whether they could be answered so, one after the other.
+template <typename Do>
+bool isAnswered(const std::list<DialogUser::Act> &lstAct, const Do &fnDo)
+{
+    const DialogUser cUser(lstAct);
+    fnDo();
+    return cUser.isContent();
+}
+
 inline DialogUser::Act chooseFile(const QString &strPath)
 {
     return [strPath](QWidget &cTop) {

@@ -40,27 +40,20 @@ private slots:
         {
             Bench cBench;
             QVERIFY(cBench.trigger("Add task"));
-            {
-                DialogUser cUser({DialogUser::set("edtName=picture"), useSource("Picture Folder"),
-                                  DialogUser::set("Path=" + PICTURES), DialogUser::press("btnOK"),
-                                  DialogUser::press("btnOK")});
-                QTest::mouseClick(cBench.page()->findChild<QPushButton *>("source"), Qt::LeftButton);
-                QVERIFY(cUser.isContent());
-            }
-            for (const char *szAlgorithm : {"灰度化", "平滑", "二值化"}) {
-                DialogUser cUser({DialogUser::press("btnOK")});
-                cBench.chooseAlgorithm(szAlgorithm);
-                QVERIFY(cUser.isContent());
-            }
+            const DialogUser::Act fnOK = DialogUser::press("btnOK");
+            QVERIFY(isAnswered({DialogUser::set("edtName=picture"), useSource("Picture Folder"),
+                                DialogUser::set("Path=" + PICTURES), fnOK, fnOK},
+                               [&] { DialogUser::click(*cBench.page(), "source"); }));
+            for (const char *szAlgorithm : {"灰度化", "平滑", "二值化"})
+                QVERIFY(isAnswered({fnOK}, [&] { cBench.chooseAlgorithm(szAlgorithm); }));
             QCOMPARE(cBench.stepNames(), "灰度化 平滑 二值化");
             cBench.steps()->selectRow(1);
             QVERIFY(cBench.trigger("Run to here"));
             for (int nStep = 0; nStep < 3; ++nStep)
                 QCOMPARE(cBench.steps()->item(nStep, 2)->text().isEmpty(), nStep == 2);
             QVERIFY(cBench.isWindowModified());
-            DialogUser cUser({chooseFile(strFile)});
-            QVERIFY(cBench.trigger("Save"));
-            QVERIFY(cUser.isContent() && !cBench.isWindowModified());
+            QVERIFY(isAnswered({chooseFile(strFile)}, [&] { cBench.trigger("Save"); }));
+            QVERIFY(!cBench.isWindowModified());
             QCOMPARE(QString::fromUtf8(contents(strFile)), allTasks());
             QVERIFY(cBench.close());
         }
@@ -68,58 +61,46 @@ private slots:
         QCOMPARE(cBench.stepNames(), "灰度化 平滑 二值化");
         QCOMPARE(QString::fromUtf8(contents(strFile)), allTasks());
         QVERIFY(!cBench.isWindowModified());
-        for (int nUndo = 0; nUndo < 6; ++nUndo)
-            QVERIFY(!cBench.trigger("Undo"));
+        QVERIFY(!cBench.trigger("Undo"));
     }
 
-    void undoesAndRedoes_data()
+    void edits_data()
     {
-        addRows("edit       strTasks                strSteps\n"
-                "add        A B C *4                a b c\n"
-                "duplicate  A B C *A                a b c\n"
-                "remove     B C                     d\n"
-                "move down  B A C                   a b c\n"
-                "rename     X B C                   a b c\n"
-                "view       A B C                   a b c\n"
-                "describe   A B C                   A b c\n"
-                "limit      A B C                   a b c\n"
-                "step up    A B C                   b a c\n"
-                "step off   A B C                   a b c\n"
-                "delete     A B C                   a c\n"
-                "configure  A B C                   a b c");
+        addRows("action          strTasks        strSteps\n"
+                "Add task        A B C Task 4    a b c\n"
+                "Duplicate task  A B C A (copy)  a b c\n"
+                "Remove task     B C             d\n"
+                "Move task down  B A C           d\n"
+                "Move step up    A B C           b a c\n"
+                "Delete step     A B C           a c");
     }
-    void undoesAndRedoes()
+    void edits()
     {
         QFETCH(QString, strTasks);
         QFETCH(QString, strSteps);
         Bench cBench(m_strFile);
-        const QString strBefore = allTasks();
-        edit(cBench, QTest::currentDataTag());
-        const QString strAfter = allTasks();
-        QVERIFY(strBefore != strAfter);
-        QVERIFY(cBench.isWindowModified());
-        const auto fnCompare = [&] {
-            // A name made by the window begins with a star here.
-            QStringList lstName = cBench.names();
-            if (lstName.size() > 3)
-                lstName[3] = '*' + lstName[3].remove("Task ").remove(" (copy)");
-            QCOMPARE(lstName.join(' '), strTasks);
-            cBench.select(cBench.names().indexOf(strSteps.startsWith('d') ? "B"
-                                                 : strTasks.contains('X') ? "X"
-                                                                          : "A"));
-            QCOMPARE(cBench.stepNames(), strSteps);
+        const auto fnShown = [&] {
+            cBench.select(0);
+            return cBench.names().join(' ') + ": " + cBench.stepNames();
         };
-        fnCompare();
+        cBench.steps()->selectRow(1);
+        const QString strAction = QTest::currentDataTag();
+        QVERIFY(isAnswered(answers(strAction), [&] { cBench.trigger(strAction); }));
+        QVERIFY(cBench.isWindowModified());
+        QCOMPARE(fnShown(), strTasks + ": " + strSteps);
         QVERIFY(cBench.trigger("Undo"));
-        QCOMPARE(allTasks(), strBefore);
-        QCOMPARE(cBench.names().join(' '), "A B C");
-        cBench.select(0);
-        QCOMPARE(cBench.stepNames(), "a b c");
-        QVERIFY(!cBench.isWindowModified());
-        QVERIFY(!cBench.action("Undo")->isEnabled());
+        QCOMPARE(fnShown(), "A B C: a b c");
+        QVERIFY(!cBench.isWindowModified() && !cBench.action("Undo")->isEnabled());
         QVERIFY(cBench.trigger("Redo"));
-        QCOMPARE(allTasks(), strAfter);
-        fnCompare();
+        QCOMPARE(fnShown(), strTasks + ": " + strSteps);
+    }
+
+    /// What an algorithm's window does to a step, no signal tells: it is seen at the next look.
+    void noticesSilentEdits()
+    {
+        Bench cBench(m_strFile);
+        cBench.page()->task()->m_lstArithm[1].m_strOptionStr = "changed";
+        QTRY_VERIFY(cBench.action("Undo")->isEnabled() && cBench.isWindowModified());
     }
 
     /// What is kept beside the tasks file follows its step through edits, and comes back with the file.
@@ -144,10 +125,7 @@ private slots:
         }
         write(m_strFile + ".workbench.json", "{ broken");
         QString strBox;
-        DialogUser cUser({[&](QWidget &cTop) {
-            strBox = qobject_cast<QMessageBox *>(&cTop)->text();
-            cTop.close();
-        }});
+        DialogUser cUser({DialogUser::read(strBox)});
         Bench cBench(m_strFile);
         QVERIFY(strBox.contains("workbench.json"));
         QCOMPARE(cBench.stepNames(), "new b a c");
@@ -169,21 +147,9 @@ private slots:
         QTRY_VERIFY(cBench.steps()->item(0, 4)->text().endsWith(" s")); // it hangs
 
         QTest::mouseClick(pcRun, Qt::LeftButton);
-        QElapsedTimer cSince;
-        qint64 nWorstMs = 0;
-        int nTicks = 0;
-        QTimer cTimer;
-        connect(&cTimer, &QTimer::timeout, this, [&] {
-            nWorstMs = std::max(nWorstMs, cSince.restart());
-            ++nTicks;
-        });
-        cSince.start();
-        cTimer.start(10);
         // Another task goes on being edited.
         cBench.select(1);
         cBench.steps()->item(0, 0)->setText("D");
-        QTRY_COMPARE(nTicks >= 40, true);
-        QVERIFY2(nWorstMs < 200, qPrintable(QString::number(nWorstMs)));
         QVERIFY(TaskMgr::getInstance()->getTask(0)->IsRunning());
         QVERIFY(cBench.trigger("Undo"));
         QCOMPARE(cBench.stepNames(), "d");
@@ -198,7 +164,7 @@ private slots:
     {
         addRows("answer   strKeys\n"
                 "save     Return\n"
-                "discard  Space\n"
+                "discard  -\n"
                 "cancel   Esc");
     }
     void asksBeforeClosing()
@@ -209,26 +175,17 @@ private slots:
         cBench.trigger("Start all");
         QTRY_COMPARE(cBench.tasks()->item(2, 1)->text(), "Running");
         const QByteArray achBefore = contents(m_strFile);
-        TaskInfo *pcTask = TaskMgr::getInstance()->getTask(0);
         {
             const QSignalBlocker cBlocker(cBench.steps()); // typed while the task was started
             cBench.steps()->item(0, 0)->setText("unsaved");
         }
-        pcTask->TaskFlowTblCellChanged(0, 0);
-        {
-            DialogUser cUser({[&](QWidget &cTop) {
-                for (QAbstractButton *pcButton : cTop.findChildren<QAbstractButton *>())
-                    if (strKeys == "Space" && pcButton->text() == "&Discard")
-                        return typeKeys(*pcButton, strKeys);
-                typeKeys(cTop, strKeys);
-            }});
-            cBench.close();
-            QVERIFY(cUser.isContent());
-        }
+        TaskMgr::getInstance()->getTask(0)->TaskFlowTblCellChanged(0, 0);
+        const auto fnAnswer = [&](QWidget &cTop) {
+            strAnswer == "discard" ? pressButton("Discard")(cTop) : typeKeys(cTop, strKeys);
+        };
+        QVERIFY(isAnswered({fnAnswer}, [&] { cBench.close(); }));
         const bool bCloses = strAnswer != "cancel";
-        if (bCloses)
-            QTRY_VERIFY(!cBench.isVisible());
-        QCOMPARE(cBench.isVisible(), !bCloses);
+        QTRY_COMPARE(cBench.isVisible(), !bCloses);
         for (int nTask = 0; nTask < 3; ++nTask)
             QCOMPARE(TaskMgr::getInstance()->getTask(nTask)->IsRunning(), !bCloses);
         QCOMPARE(contents(m_strFile).contains("unsaved"), strAnswer == "save");
@@ -236,20 +193,15 @@ private slots:
     }
 
     /// Whatever was done, undoing it and doing it again gives each file again, letter by letter.
-    void undoesAnySequence_data()
-    {
-        QTest::addColumn<unsigned>("nSeed");
-        for (const unsigned nSeed : {1U, 2U, 3U})
-            QTest::newRow(qPrintable(QString::number(nSeed))) << nSeed;
-    }
+    void undoesAnySequence_data() { addRows("seed  strSeed\n1  1\n2  2\n3  3"); }
     void undoesAnySequence()
     {
-        QFETCH(unsigned, nSeed);
-        std::mt19937 cRandom(nSeed);
+        QFETCH(QString, strSeed);
+        std::mt19937 cRandom(strSeed.toUInt());
         Bench cBench(m_strFile);
         QStringList lstText{allTasks()};
         QStringList lstDone{"nothing"};
-        for (int nEdit = 0; nEdit < 60; ++nEdit) {
+        for (int nEdit = 0; nEdit < 80; ++nEdit) {
             const QString strDone = editAnything(cBench, [&](int nBelow) {
                 return static_cast<int>(cRandom() % static_cast<unsigned>(std::max(1, nBelow)));
             });
@@ -258,7 +210,8 @@ private slots:
             lstText.append(allTasks());
             lstDone.append(strDone);
         }
-        QVERIFY(lstText.size() > 30);
+        // Each kind of edit was done.
+        QVERIFY2(QSet<QString>(lstDone.begin(), lstDone.end()).size() >= 14, qPrintable(lstDone.join(", ")));
         for (int nText = lstText.size() - 2; nText >= 0; --nText) {
             QVERIFY(cBench.trigger("Undo"));
             QVERIFY2(allTasks() == lstText[nText], qPrintable("undo " + lstDone[nText + 1]));
@@ -313,15 +266,14 @@ private slots:
               taskText("A", {"<Level>40</Level>" + QString("|{print:24 coins}").repeated(9)}).toUtf8());
         {
             Bench cBench(m_strFile);
-            DialogUser cUser({[](QWidget &cTop) {
+            const auto fnPick = [](QWidget &cTop) {
                 auto *pcRow = cTop.findChild<QTreeWidget *>("steps")->topLevelItem(0)->child(0)->child(0);
                 pcRow->setCheckState(0, Qt::Checked);
                 pcRow->setText(3, "50");
                 cTop.findChild<QLineEdit *>("edtGood")->setText("24");
                 cTop.findChild<QDialogButtonBox *>()->button(QDialogButtonBox::Ok)->click();
-            }});
-            QVERIFY(cBench.trigger("What the operator sees"));
-            QVERIFY(cUser.isContent());
+            };
+            QVERIFY(isAnswered({fnPick}, [&] { cBench.trigger("What the operator sees"); }));
             QVERIFY(cBench.trigger("Save"));
         }
         Bench cBench(m_strFile);
@@ -331,19 +283,15 @@ private slots:
         pcLevel->selectAll();
         QTest::keyClicks(pcLevel, "45");
         QTest::keyClick(pcLevel, Qt::Key_Return);
-        QTest::mouseClick(pcWindow->findChild<QPushButton *>("btnStart"), Qt::LeftButton);
+        DialogUser::click(*pcWindow, "btnStart");
         QVERIFY(!pcLevel->isEnabled()); // the task is being started
         QTRY_COMPARE(pcWindow->findChild<QLabel *>("lblVerdict")->text(), "OK");
         QTRY_COMPARE(pcWindow->findChild<QLabel *>("lblGood")->text(), "3");
 
-        {
-            DialogUser cUser({pressButton("Cancel")});
-            QTest::keyClick(pcWindow, Qt::Key_Escape);
-            QVERIFY(cUser.isContent());
-        }
+        QVERIFY(isAnswered({pressButton("Cancel")}, [&] { QTest::keyClick(pcWindow, Qt::Key_Escape); }));
         QVERIFY(pcWindow->isVisible());
         QVERIFY(TaskMgr::getInstance()->getTask(0)->IsRunning());
-        QTest::mouseClick(pcWindow->findChild<QPushButton *>("btnStop"), Qt::LeftButton);
+        DialogUser::click(*pcWindow, "btnStop");
         QTRY_VERIFY(pcWindow->findChild<QPushButton *>("btnStart")->isEnabled());
         QTRY_VERIFY(cBench.control().isIdle());
         DialogUser cUser({pressButton("Save")});
@@ -354,88 +302,50 @@ private slots:
     }
 
 private:
-    static void sayYes(QWidget &cTop)
+    /// Says yes to the question that one of the edits asks.
+    static std::list<DialogUser::Act> answers(const QString &strEdit)
     {
-        qobject_cast<QMessageBox *>(&cTop)->button(QMessageBox::Yes)->click();
+        if (strEdit != "Delete step")
+            return {};
+        return {[](QWidget &cTop) { qobject_cast<QMessageBox *>(&cTop)->button(QMessageBox::Yes)->click(); }};
     }
     /// One random edit; what it was.
     template <typename Random>
     static QString editAnything(Bench &cBench, const Random &fnBelow)
     {
-        static const QStringList s_lstAction{"Add task",       "Duplicate task",       "Remove task",
-                                             "Move task up",   "Move task down",       "Move step up",
-                                             "Move step down", "Switch step on or off"};
+        const QStringList lstKind{"Add task",       "Duplicate task", "Remove task",
+                                  "Move task up",   "Move task down", "Move step up",
+                                  "Move step down", "Delete step",    "Switch step on or off",
+                                  "rename",         "insert",         "view",
+                                  "configure",      "describe",       "limit"};
         cBench.select(fnBelow(cBench.tasks()->rowCount()));
+        QString strKind = lstKind[fnBelow(lstKind.size())];
         if (!cBench.page())
             return cBench.trigger("Add task"), "add the first task";
+        const int nTask = cBench.tasks()->currentRow();
         const int nSteps = cBench.steps()->rowCount();
+        if (nSteps == 0 && !strKind.endsWith("task"))
+            strKind = "insert";
         const int nStep = fnBelow(nSteps);
         cBench.steps()->selectRow(nStep);
         const QString strText = QString::number(fnBelow(1000));
-        const int nKind = fnBelow(s_lstAction.size() + 7);
-        if (nKind < s_lstAction.size()) {
-            cBench.trigger(s_lstAction[nKind]);
-            return s_lstAction[nKind];
-        }
-        const int nTask = cBench.tasks()->currentRow();
-        if (nKind == s_lstAction.size()) {
+        if (strKind == "rename")
             cBench.tasks()->item(nTask, 0)->setText("检测 " + strText);
-            return "rename";
-        }
-        if (nKind == s_lstAction.size() + 1 || nSteps == 0) {
-            cBench.page()->task()->m_lstArithm.insert(nStep, Fake::step(strText));
+        else if (strKind == "view")
+            cBench.page()->findChild<QComboBox *>("view")->setCurrentIndex(fnBelow(4));
+        else if (strKind == "describe" || strKind == "limit")
+            cBench.steps()->item(nStep, strKind == "limit")->setText(strText);
+        else if (strKind == "insert" || strKind == "configure") {
+            QList<TaskItem> &lstStep = cBench.page()->task()->m_lstArithm;
+            if (strKind == "insert")
+                lstStep.insert(nStep, Fake::step(strText));
+            else
+                lstStep[nStep].m_strOptionStr = "<A>" + strText + "</A>\n";
             cBench.page()->fill();
             cBench.document().noticeEdit(nTask);
-            return "insert";
-        }
-        if (nKind == s_lstAction.size() + 2) {
-            DialogUser cUser({sayYes});
-            cBench.trigger("Delete step");
-            return "delete";
-        }
-        if (nKind == s_lstAction.size() + 3) {
-            cBench.page()->findChild<QComboBox *>("view")->setCurrentIndex(fnBelow(4));
-            return "view";
-        }
-        if (nKind == s_lstAction.size() + 4) {
-            cBench.page()->task()->m_lstArithm[nStep].m_strOptionStr = "<A>" + strText + "</A>\n";
-            cBench.document().noticeEdit(nTask);
-            return "configure";
-        }
-        cBench.steps()->item(nStep, nKind % 2)->setText(strText);
-        return "cell";
-    }
-    static void edit(Bench &cBench, const QString &strEdit)
-    {
-        TaskInfo *pcTask = cBench.page()->task();
-        cBench.steps()->selectRow(1);
-        if (strEdit == "add")
-            cBench.trigger("Add task");
-        else if (strEdit == "duplicate")
-            cBench.trigger("Duplicate task");
-        else if (strEdit == "remove")
-            cBench.trigger("Remove task");
-        else if (strEdit == "move down")
-            cBench.trigger("Move task down");
-        else if (strEdit == "rename")
-            cBench.tasks()->item(0, 0)->setText("X");
-        else if (strEdit == "view")
-            cBench.page()->findChild<QComboBox *>("view")->setCurrentIndex(2);
-        else if (strEdit == "describe")
-            cBench.steps()->item(0, 0)->setText("A");
-        else if (strEdit == "limit")
-            cBench.steps()->item(0, 1)->setText("7");
-        else if (strEdit == "step up")
-            cBench.trigger("Move step up");
-        else if (strEdit == "step off")
-            cBench.trigger("Switch step on or off");
-        else if (strEdit == "delete") {
-            DialogUser cUser({sayYes});
-            cBench.trigger("Delete step");
-        } else if (strEdit == "configure")
-            pcTask->m_lstArithm[1].m_strOptionStr = "changed"; // as an algorithm's window does
-        // What no signal tells is seen at the next look.
-        QTRY_VERIFY(cBench.action("Undo")->isEnabled());
+        } else
+            isAnswered(answers(strKind), [&] { cBench.trigger(strKind); });
+        return strKind;
     }
 
     QTemporaryDir m_cFolder;

@@ -10,6 +10,7 @@
 #include <unistd.h>
 
 #include "bench.h"
+#include "datatable.h"
 #include "stamptask.h"
 #include "viewpane.h"
 
@@ -51,9 +52,8 @@ public:
         m_cSince.start();
         m_dStarved = starvedMs();
     }
-    /// Percent of the cases in which it fired in time.
-    double inTime() const { return 100.0 * (m_nDue - m_nLate) / std::max(1, m_nDue); }
-    double inTimeButForOthers() const { return 100.0 * (m_nDue - m_nOwnLate) / std::max(1, m_nDue); }
+    /// Percent of the cases in which it fired in time, but for what other programs took.
+    double inTime() const { return 100.0 * (m_nDue - m_nOwnLate) / std::max(1, m_nDue); }
     QString figures() const
     {
         return QStringLiteral("%1 of %2 late, %3 of them by the window's own fault, worst %4 ms")
@@ -92,149 +92,131 @@ class TestWorkbenchAnswers : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase();
-    void init();
-    void timersFireInTime();
-    void closesAtAnyTime_data();
-    void closesAtAnyTime();
-    void closesWithoutWaiting();
+    void initTestCase()
+    {
+        keepSettingsIn(m_cFolder.path());
+        m_strFile = m_cFolder.filePath("flow.tasks");
+        QImage cPicture(8, 8, QImage::Format_RGB888);
+        cPicture.fill(Qt::black);
+        cPicture.save(m_cFolder.filePath("picture.png"));
+        Fake::reset();
+        delete ArithmFactory::getInstance()->m_mapArithm.take("KQ_Drawing"); // the real one draws here
+    }
+
+    /// While tasks draw into all views 30 times a second, and start, and stop, which takes up to a second.
+    void timersFireInTime()
+    {
+        const QSize cSize(1920, 1080);
+        QString strText;
+        for (int nView = 0; nView < 3; ++nView)
+            strText +=
+                flowText("V" + QString::number(nView), Stamp::steps(cSize, 10, 20), nView, m_cFolder.path());
+        strText += flowText("slow", Stamp::steps({8, 8}, 1000, 0), 3, m_cFolder.path());
+        write(m_strFile, strText.toUtf8());
+        Bench cBench(m_strFile);
+        cBench.resize(1600, 900);
+        int nPictures = 0;
+        for (ViewPane *pcView : cBench.findChildren<ViewPane *>()) {
+            pcView->setViewSize(cSize);
+            connect(pcView, &ViewPane::updated, this, [&] { ++nPictures; });
+        }
+        int nControlled = 0;
+        connect(&cBench.control(), &Control::changed, this,
+                [&] { nControlled += cBench.control().isIdle(); });
+        cBench.trigger("Start all");
+        QTRY_VERIFY_WITH_TIMEOUT(nPictures > 30, 60000);
+
+        const auto fnMeasure = [&] {
+            nPictures = 0;
+            Watch cWatch;
+            QElapsedTimer cClock;
+            cClock.start();
+            for (int nTask = 3; cClock.elapsed() < MEASURED_MS; nTask = nTask == 3 ? 0 : 3) {
+                cBench.select(nTask);
+                DialogUser::click(cBench, "run");
+                do
+                    QTest::qWait(50);
+                while (!cBench.control().isIdle());
+            }
+            qInfo("%s, %d pictures, %d control calls", qUtf8Printable(cWatch.figures()), nPictures,
+                  nControlled);
+            return cWatch.inTime();
+        };
+        QVERIFY(fnMeasure() >= 99 || fnMeasure() >= 99); // once more on a busy machine
+        QVERIFY(nPictures > 0);
+        QVERIFY(nControlled > 4);
+    }
+
+    void closesAtAnyTime_data()
+    {
+        addRows("when                          strDone           strSleepMs\n"
+                "tasks run                     Ctrl+F5           1\n"
+                "a step takes long             F5                2000\n"
+                "a task starts                 F5 now            1\n"
+                "a task stops                  F5,Shift+F5 now   1000\n"
+                "a single run                  F7 now            1000\n"
+                "in the midst of a run to here  F6 within        1000");
+    }
+    void closesAtAnyTime()
+    {
+        QFETCH(QString, strDone); // shortcuts typed before the window is closed
+        QFETCH(QString, strSleepMs);
+        QString strText;
+        for (const char *szName : {"A", "B"})
+            strText += flowText(szName, Stamp::steps({640, 480}, strSleepMs.toInt(), 0), 0, m_cFolder.path());
+        write(m_strFile, strText.toUtf8());
+        const int nThreads = threads();
+        {
+            Bench cBench(m_strFile);
+            cBench.activateWindow();
+            QVERIFY(QTest::qWaitForWindowActive(&cBench));
+            cBench.select(0);
+            cBench.steps()->selectRow(4);
+            QVERIFY(threads() > nThreads);
+            if (strDone.endsWith(" within")) // the close button is pressed while nobody looks
+                QCoreApplication::postEvent(&cBench, new QCloseEvent, Qt::LowEventPriority);
+            for (const QString &strKeys : strDone.section(' ', 0, 0).split(',')) {
+                QTRY_VERIFY(cBench.control().isIdle());
+                typeKeys(cBench, strKeys);
+            }
+            if (strDone.endsWith(" now"))
+                QVERIFY(!cBench.control().isIdle());
+            else
+                QTRY_VERIFY(cBench.control().isIdle());
+            cBench.close();
+            QTRY_VERIFY_WITH_TIMEOUT(!cBench.isVisible(), 20000);
+            for (int nTask = 0; nTask < 2; ++nTask)
+                QVERIFY(cBench.document().isIdle(nTask));
+        }
+        QTRY_COMPARE(threads(), nThreads);
+    }
+
+    /// A step that never ends keeps nobody from leaving.
+    void closesWithoutWaiting()
+    {
+        write(m_strFile, flowText("A", {Fake::step("hold|")}, 0, m_cFolder.path()).toUtf8());
+        Fake::Gate cGate;
+        Fake::s_mapHandlers["\nhold"] = [&] { cGate.enter(); };
+        {
+            Bench cBench(m_strFile);
+            cBench.select(0);
+            cBench.trigger("Start");
+            QVERIFY(cGate.waitEntered());
+            DialogUser cUser({pressButton("Close without waiting")});
+            cBench.close();
+            QTRY_VERIFY(!cBench.isVisible());
+            QVERIFY(cUser.isContent());
+        }
+        // Both threads are still there; what they do from now on meets nothing that has gone.
+        QVERIFY(TaskMgr::getInstance()->getTask(0)->IsRunning());
+        cGate.open();
+        QTRY_VERIFY(!TaskMgr::getInstance()->getTask(0)->IsRunning());
+    }
 
 private:
     QTemporaryDir m_cFolder;
     QString m_strFile;
 };
-
-void TestWorkbenchAnswers::initTestCase()
-{
-    keepSettingsIn(m_cFolder.path());
-    Fake::reset();
-    delete ArithmFactory::getInstance()->m_mapArithm.take("KQ_Drawing"); // the real one draws here
-}
-
-void TestWorkbenchAnswers::init()
-{
-    m_strFile = m_cFolder.filePath("flow.tasks");
-    QImage cPicture(8, 8, QImage::Format_RGB888);
-    cPicture.fill(Qt::black);
-    cPicture.save(m_cFolder.filePath("picture.png"));
-}
-
-/// While tasks draw into all views 30 times a second, and start, and stop, which takes up to a second.
-void TestWorkbenchAnswers::timersFireInTime()
-{
-    const QSize cSize(1920, 1080);
-    QString strText;
-    for (int nView = 0; nView < 3; ++nView)
-        strText +=
-            flowText("V" + QString::number(nView), Stamp::steps(cSize, 10, 20), nView, m_cFolder.path());
-    strText += flowText("slow", Stamp::steps({8, 8}, 1000, 0), 3, m_cFolder.path());
-    write(m_strFile, strText.toUtf8());
-    Bench cBench(m_strFile);
-    cBench.resize(1600, 900);
-    int nPictures = 0;
-    for (ViewPane *pcView : cBench.findChildren<ViewPane *>()) {
-        pcView->setViewSize(cSize);
-        connect(pcView, &ViewPane::updated, this, [&] { ++nPictures; });
-    }
-    int nControlled = 0;
-    connect(&cBench.control(), &Control::changed, this, [&] { nControlled += cBench.control().isIdle(); });
-    cBench.trigger("Start all");
-    QTRY_VERIFY_WITH_TIMEOUT(nPictures > 30, 60000);
-
-    const auto fnMeasure = [&] {
-        nPictures = 0;
-        Watch cWatch;
-        QElapsedTimer cClock;
-        cClock.start();
-        for (int nTask = 3; cClock.elapsed() < MEASURED_MS; nTask = nTask == 3 ? 0 : 3) {
-            cBench.select(nTask);
-            auto *pcRun = cBench.findChild<QPushButton *>("run");
-            QTest::mouseClick(pcRun, Qt::LeftButton);
-            do
-                QTest::qWait(50);
-            while (!cBench.control().isIdle());
-        }
-        qInfo("%s, %d pictures, %d control calls", qUtf8Printable(cWatch.figures()), nPictures, nControlled);
-        return std::make_pair(cWatch.inTime(), cWatch.inTimeButForOthers());
-    };
-    auto [dInTime, dButForOthers] = fnMeasure();
-    if (dInTime < 99) // on a busy machine
-        std::tie(dInTime, dButForOthers) = fnMeasure();
-    QVERIFY(dInTime >= 99 || dButForOthers >= 99);
-    QVERIFY(nPictures > 0);
-    QVERIFY(nControlled > 4);
-}
-
-void TestWorkbenchAnswers::closesAtAnyTime_data()
-{
-    QTest::addColumn<QString>("strDone"); // shortcuts typed before the window is closed
-    QTest::addColumn<int>("nSleepMs");    // of a step
-    QTest::newRow("while tasks run") << "Ctrl+F5" << 1;
-    QTest::newRow("while a step takes long") << "F5" << 2000;
-    QTest::newRow("while a task starts") << "F5 now" << 1;
-    QTest::newRow("while a task stops") << "F5,Shift+F5 now" << 1000;
-    QTest::newRow("during a single run") << "F7 now" << 1000;
-    QTest::newRow("in the middle of a run to a step") << "F6 within" << 1000;
-}
-
-void TestWorkbenchAnswers::closesAtAnyTime()
-{
-    QFETCH(QString, strDone);
-    QFETCH(int, nSleepMs);
-    QString strText;
-    for (const char *szName : {"A", "B"})
-        strText += flowText(szName, Stamp::steps({640, 480}, nSleepMs, 0), 0, m_cFolder.path());
-    write(m_strFile, strText.toUtf8());
-    const int nThreads = threads();
-    {
-        Bench cBench(m_strFile);
-        cBench.activateWindow();
-        QVERIFY(QTest::qWaitForWindowActive(&cBench));
-        cBench.select(0);
-        cBench.steps()->selectRow(4);
-        QVERIFY(threads() > nThreads);
-        if (strDone.endsWith(" within")) // the close button is pressed while nobody looks
-            QCoreApplication::postEvent(&cBench, new QCloseEvent, Qt::LowEventPriority);
-        for (const QString &strKeys : strDone.section(' ', 0, 0).split(',')) {
-            typeKeys(cBench, strKeys);
-            if (strKeys != strDone.section(' ', 0, 0).section(',', -1))
-                QTRY_VERIFY(cBench.control().isIdle());
-        }
-        if (strDone.endsWith(" now"))
-            QVERIFY(!cBench.control().isIdle());
-        else
-            QTRY_VERIFY(cBench.control().isIdle());
-        cBench.close();
-        QTRY_VERIFY_WITH_TIMEOUT(!cBench.isVisible(), 20000);
-        for (int nTask = 0; nTask < 2; ++nTask)
-            QVERIFY(cBench.document().isIdle(nTask));
-    }
-    QTRY_COMPARE(threads(), nThreads);
-}
-
-/// A step that never ends keeps nobody from leaving.
-void TestWorkbenchAnswers::closesWithoutWaiting()
-{
-    write(m_strFile, flowText("A", {Fake::step("hold|")}, 0, m_cFolder.path()).toUtf8());
-    Fake::Gate cGate;
-    Fake::s_mapHandlers["\nhold"] = [&] { cGate.enter(); };
-    {
-        Bench cBench(m_strFile);
-        cBench.activateWindow();
-        QVERIFY(QTest::qWaitForWindowActive(&cBench));
-        cBench.select(0);
-        typeKeys(cBench, "F5");
-        QVERIFY(cGate.waitEntered());
-        DialogUser cUser({pressButton("Close without waiting")});
-        cBench.close();
-        QTRY_VERIFY(!cBench.isVisible());
-        QVERIFY(cUser.isContent());
-    }
-    // Both threads are still there; what they do from now on meets nothing that has gone.
-    QVERIFY(TaskMgr::getInstance()->getTask(0)->IsRunning());
-    cGate.open();
-    QTRY_VERIFY(!TaskMgr::getInstance()->getTask(0)->IsRunning());
-}
 
 QTEST_MAIN(TestWorkbenchAnswers)
 

@@ -35,51 +35,29 @@ private slots:
     {
         write(m_strFile, contents(m_strFile).replace("<-MaxExeTimes->5<", "<-MaxExeTimes->five<"));
         Bench cBench(m_strFile);
-        const auto *pcLines = cBench.findChild<QTreeView *>("lines")->model();
-        const auto fnTold = [&] {
-            for (int nRow = 0; nRow < pcLines->rowCount(); ++nRow)
-                if (pcLines->index(nRow, LogModel::Text).data().toString().contains("holds 'five'"))
-                    return true;
-            return false;
-        };
-        QTRY_VERIFY(fnTold());
+        auto *pcLines = cBench.findChild<QTreeView *>("lines")->model();
+        QTRY_VERIFY(!pcLines
+                         ->match(pcLines->index(0, LogModel::Text), Qt::DisplayRole, "holds 'five'", 1,
+                                 Qt::MatchContains)
+                         .isEmpty());
     }
 
     /// What can't be saved stays as it was in the file, and unsaved in the window.
-    void tellsThatSavingFailed_data()
-    {
-        addRows("reason                  strFolder\n"
-                "the disk is full        -\n"
-                "the folder has gone     gone/");
-    }
     void tellsThatSavingFailed()
     {
-        QFETCH(QString, strFolder);
         Bench cBench(m_strFile);
         cBench.steps()->item(0, 0)->setText("unsaved");
         const QByteArray achBefore = contents(m_strFile);
+        std::signal(SIGXFSZ, SIG_IGN);
+        rlimit cLimit{};
+        getrlimit(RLIMIT_FSIZE, &cLimit);
+        const rlimit cFull{static_cast<rlim_t>(achBefore.size() / 2), cLimit.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &cFull); // the disk is full
         QString strBox;
-        const auto fnRead = [&](QWidget &cTop) {
-            strBox = qobject_cast<QMessageBox *>(&cTop)->text();
-            typeKeys(cTop, "Return");
-        };
-        if (strFolder.isEmpty()) {
-            std::signal(SIGXFSZ, SIG_IGN);
-            rlimit cLimit{};
-            getrlimit(RLIMIT_FSIZE, &cLimit);
-            const rlimit cFull{static_cast<rlim_t>(achBefore.size() / 2), cLimit.rlim_max};
-            setrlimit(RLIMIT_FSIZE, &cFull);
-            DialogUser cUser({fnRead});
-            cBench.trigger("Save");
-            setrlimit(RLIMIT_FSIZE, &cLimit);
-            QVERIFY(cUser.isContent());
-        } else {
-            const QString strPath = m_cFolder.filePath(strFolder + "file.tasks");
-            QVERIFY(!cBench.document().save(strPath).isEmpty());
-            QVERIFY(!QFile::exists(strPath));
-            strBox = m_strFile;
-        }
-        QVERIFY2(strBox.startsWith(m_strFile), qPrintable(strBox));
+        const bool bTold = isAnswered({DialogUser::read(strBox)}, [&] { cBench.trigger("Save"); });
+        setrlimit(RLIMIT_FSIZE, &cLimit);
+        QVERIFY2(bTold && strBox.contains(": " + m_strFile), qPrintable(strBox));
+        QVERIFY(!cBench.document().save(m_cFolder.filePath("gone/file.tasks")).isEmpty());
         QCOMPARE(contents(m_strFile), achBefore);
         QVERIFY(cBench.isWindowModified());
         QCOMPARE(cBench.document().path(), m_strFile);
@@ -104,14 +82,11 @@ private slots:
             QApplication::sendEvent(&cBench, &cDrop);
         };
         // A dialog that is open may be at work with a task, which opening removes.
-        {
-            DialogUser cUser({[&](QWidget &cTop) {
-                fnDrop(strOther, false);
-                cTop.close();
-            }});
-            cBench.trigger("What the operator sees");
-            QVERIFY(cUser.isContent());
-        }
+        const auto fnDropOnDialog = [&](QWidget &cTop) {
+            fnDrop(strOther, false);
+            cTop.close();
+        };
+        QVERIFY(isAnswered({fnDropOnDialog}, [&] { cBench.trigger("What the operator sees"); }));
         QCOMPARE(cBench.names().size(), 3);
         fnDrop(strOther);
         QTRY_COMPARE(cBench.names(), QStringList("D"));
@@ -131,20 +106,18 @@ private slots:
     /// What can't be opened is told, and what was open stays.
     void refusesWhatIsNoFlow_data()
     {
-        QTest::addColumn<QString>("strPath");
-        QTest::newRow("missing") << "/no/such/file.tasks";
-        QTest::newRow("a folder") << PICTURES;
-        QTest::newRow("a picture") << PICTURES + "/coins.png"; // saving would destroy it
-        QTest::newRow("without an end") << "/dev/zero";
+        addRows("what            strPath\n"
+                "missing         /no/such/file.tasks\n"
+                "a folder        /tmp\n"
+                "a picture       " OCULINEX_SOURCE_DIR "/examples/pictures/coins.png\n"
+                "without an end  /dev/zero");
     }
     void refusesWhatIsNoFlow()
     {
         QFETCH(QString, strPath);
         Bench cBench(m_strFile);
         QString strBox;
-        DialogUser cUser({DialogUser::read(strBox)});
-        cBench.openFile(strPath);
-        QVERIFY(cUser.isContent());
+        QVERIFY(isAnswered({DialogUser::read(strBox)}, [&] { cBench.openFile(strPath); }));
         QVERIFY2(strBox.startsWith("Open: " + strPath), qPrintable(strBox));
         QCOMPARE(cBench.names().join(' '), "A B C");
         QCOMPARE(cBench.document().path(), m_strFile);
@@ -159,9 +132,7 @@ private slots:
         write(m_strFile, taskText("theirs", {}).toUtf8());
         for (const char *szAnswer : {"Cancel", "Overwrite"}) {
             cBench.steps()->item(0, 0)->setText(szAnswer);
-            DialogUser cUser({pressButton(szAnswer)});
-            cBench.trigger("Save");
-            QVERIFY(cUser.isContent());
+            QVERIFY(isAnswered({pressButton(szAnswer)}, [&] { cBench.trigger("Save"); }));
             QCOMPARE(cBench.isWindowModified(), szAnswer[0] == 'C');
             QCOMPARE(contents(m_strFile).contains("theirs"), szAnswer[0] == 'C');
         }

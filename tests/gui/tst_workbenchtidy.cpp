@@ -67,11 +67,72 @@ class TestWorkbenchTidy : public QObject
 
 private slots:
     void initTestCase() { keepSettingsIn(m_cFolder.path()); }
+
     /// English comes first: translators stay.
     void windows_data() { languages(); }
-    void windows();
+    void windows()
+    {
+        QFETCH(QString, strLanguage);
+        chooseLanguage(strLanguage);
+        Bench cBench;
+        cBench.resize(1280, 800);
+        QCOMPARE(faultOfAllTabs(cBench), QString()); // without a task
+        cBench.openFile(COINS);
+        cBench.select(SHOWN_TASK);
+        cBench.steps()->selectRow(0);
+        cBench.trigger(strLanguage == "zh" ? "执行到此处.H." : "Run to here");
+        for (QDockWidget *pcDock : cBench.findChildren<QDockWidget *>()) {
+            pcDock->raise();
+            QTRY_VERIFY(!pcDock->widget()->visibleRegion().isEmpty());
+            QCOMPARE(Tidy::fault(&cBench), QString());
+        }
+        if (strLanguage == "zh")
+            QCOMPARE(untranslated(cBench), QString());
+
+        OperatorSetup cSetup;
+        cSetup.m_nTask = SHOWN_TASK;
+        const QList<TaskItem> lstStep = Document::task(SHOWN_TASK)->getTaskItem();
+        for (int nStep = 0; nStep < lstStep.size(); ++nStep)
+            if (lstStep[nStep].m_strArithmID == "OCX_Threshold")
+                cSetup.m_lstStep = {
+                    {SHOWN_TASK, nStep,
+                     pickableNumbers(lstStep[nStep].m_strArithmID, lstStep[nStep].m_strOptionStr)}};
+        cBench.document().setOperatorSetup(cSetup);
+        DlgOperator cDialog(cBench.document().operatorSetup());
+        cDialog.show();
+        QCOMPARE(faultOfAllTabs(cDialog), QString());
+        OperatorWindow *pcOperator = cBench.operatorMode().open();
+        QTRY_COMPARE(faultOfAllTabs(*pcOperator), QString());
+        if (strLanguage == "zh")
+            QCOMPARE(untranslated(*pcOperator) + untranslated(cDialog), QString());
+        pcOperator->close();
+    }
+
     void dialogs_data() { languages(); }
-    void dialogs();
+    void dialogs()
+    {
+        QFETCH(QString, strLanguage);
+        chooseLanguage(strLanguage);
+        TaskMgr::getInstance()->clear();
+        ArithmParamMgr cStore;
+        cStore.getParamDIB(1)->setName("图像");
+        cStore.getParamStrings(2)->setDescribe("文字");
+        QMap<QString, DataSource::DataSourceInfo *> mapSource =
+            DataSource::getInstance()->m_mapDataSourceInfo;
+        const std::unique_ptr<QDialog> apcDialog[] = {
+            std::make_unique<DlgMemoryDiskConfig>(QString(), &cStore),
+            std::make_unique<DlgMemoryDiskStatus>(),
+            std::make_unique<DlgDataSource>(&mapSource, &cStore, QString()),
+            std::make_unique<DlgDrawingConfig>(QString(), &cStore),
+            std::make_unique<DlgSaveFile>(QString(), &cStore),
+            std::make_unique<DlgSelectPic>(&cStore),
+            std::make_unique<DlgLoadFile>(QString(), &cStore)};
+        for (const auto &pcDialog : apcDialog) {
+            pcDialog->show();
+            const QString strFault = faultOfAllTabs(*pcDialog);
+            QVERIFY2(strFault.isEmpty(), qPrintable(pcDialog->metaObject()->className() + (": " + strFault)));
+        }
+    }
 
 private:
     static void languages()
@@ -83,69 +144,6 @@ private:
 
     QTemporaryDir m_cFolder;
 };
-
-void TestWorkbenchTidy::windows()
-{
-    QFETCH(QString, strLanguage);
-    chooseLanguage(strLanguage);
-    Bench cBench;
-    cBench.resize(1280, 800);
-    QCOMPARE(faultOfAllTabs(cBench), QString()); // without a task
-    cBench.openFile(COINS);
-    cBench.select(SHOWN_TASK);
-    cBench.steps()->selectRow(0);
-    cBench.trigger(strLanguage == "zh" ? "执行到此处.H." : "Run to here");
-    for (QDockWidget *pcDock : cBench.findChildren<QDockWidget *>()) {
-        pcDock->raise();
-        QTRY_VERIFY(!pcDock->widget()->visibleRegion().isEmpty());
-        QVERIFY2(Tidy::fault(&cBench).isEmpty(),
-                 qPrintable(pcDock->windowTitle() + ": " + Tidy::fault(&cBench)));
-    }
-    if (strLanguage == "zh")
-        QCOMPARE(untranslated(cBench), QString());
-
-    OperatorSetup cSetup;
-    cSetup.m_nTask = SHOWN_TASK;
-    const QList<TaskItem> lstStep = Document::task(SHOWN_TASK)->getTaskItem();
-    for (int nStep = 0; nStep < lstStep.size(); ++nStep)
-        if (lstStep[nStep].m_strArithmID == "OCX_Threshold")
-            cSetup.m_lstStep = {
-                {SHOWN_TASK, nStep,
-                 pickableNumbers(lstStep[nStep].m_strArithmID, lstStep[nStep].m_strOptionStr)}};
-    cBench.document().setOperatorSetup(cSetup);
-    DlgOperator cDialog(cBench.document().operatorSetup());
-    cDialog.show();
-    QCOMPARE(faultOfAllTabs(cDialog), QString());
-    OperatorWindow *pcOperator = cBench.operatorMode().open();
-    QTRY_COMPARE(faultOfAllTabs(*pcOperator), QString());
-    if (strLanguage == "zh")
-        QCOMPARE(untranslated(*pcOperator) + untranslated(cDialog), QString());
-    pcOperator->close();
-}
-
-void TestWorkbenchTidy::dialogs()
-{
-    QFETCH(QString, strLanguage);
-    chooseLanguage(strLanguage);
-    TaskMgr::getInstance()->clear();
-    ArithmParamMgr cStore;
-    cStore.getParamDIB(1)->setName("图像");
-    cStore.getParamStrings(2)->setDescribe("文字");
-    QMap<QString, DataSource::DataSourceInfo *> mapSource = DataSource::getInstance()->m_mapDataSourceInfo;
-    const std::unique_ptr<QDialog> apcDialog[] = {
-        std::make_unique<DlgMemoryDiskConfig>(QString(), &cStore),
-        std::make_unique<DlgMemoryDiskStatus>(),
-        std::make_unique<DlgDataSource>(&mapSource, &cStore, QString()),
-        std::make_unique<DlgDrawingConfig>(QString(), &cStore),
-        std::make_unique<DlgSaveFile>(QString(), &cStore),
-        std::make_unique<DlgSelectPic>(&cStore),
-        std::make_unique<DlgLoadFile>(QString(), &cStore)};
-    for (const auto &pcDialog : apcDialog) {
-        pcDialog->show();
-        const QString strFault = faultOfAllTabs(*pcDialog);
-        QVERIFY2(strFault.isEmpty(), qPrintable(pcDialog->metaObject()->className() + (": " + strFault)));
-    }
-}
 
 QTEST_MAIN(TestWorkbenchTidy)
 
