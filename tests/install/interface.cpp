@@ -12,39 +12,28 @@
 #include <arithmparammgr.h>
 #include <taskMgr/taskMgr.h>
 
+// Linking shows that each is exported, under its type.
+char *(*g_afnText[])(QString) = {transConfigStr};
+void (*g_afnMessage[])(QString) = {FuncHaveErrorMessage, FuncHavePrintMessage};
+int (*g_afnTake[])(char *, int) = {getErrMsg, getOutputMsg};
+char *(*g_afnFile[])(char *) = {openTasksFile, saveTasksFile};
+void (*g_afnAll[])() = {init, startAllTasks, stopAllTasks, runAllTasksOnce};
+void (*g_afnTask[])(int) = {startTask, stopTask, runTaskOnce};
+bool (*g_afnAsk[])(bool &, int) = {IsTaskRunning};
+char *(*g_afnSource[])(int) = {selectDataSource};
+char *(*g_afnWindow[])(int, int) = {showConfigWindow};
+void (*g_afnUseView[])(int, int, int) = {useDrawingWindow};
+int (*g_afnGetView[])(int, unsigned char *, int, int) = {getDrawingWindow};
+int *g_apnNumber[] = {&gMaxMsgNum, &gnBuffLenForStandAlone};
+char **g_apchText[] = {&gpchConfigStrForStandAlone};
+QList<QString> *g_aplstMessage[] = {&glstErrMsg, &glstOutputMsg};
+QMutex *g_apcMutex[] = {&gMtxErr, &gMtxOutput};
+bool *g_apbInited[] = {&gbInited};
+char (*g_apszBlank[])[1] = {&gszBlank};
+char (*g_apszVersion[])[33] = {&gszErrVerMsg};
+
 template <typename Actual, typename Expected>
 constexpr bool same = std::is_same_v<Actual, Expected>;
-
-static_assert(same<decltype(&transConfigStr), char *(*)(QString)>);
-static_assert(same<decltype(&FuncHaveErrorMessage), void (*)(QString)>);
-static_assert(same<decltype(&FuncHavePrintMessage), void (*)(QString)>);
-static_assert(same<decltype(&getErrMsg), int (*)(char *, int)>);
-static_assert(same<decltype(&getOutputMsg), int (*)(char *, int)>);
-static_assert(same<decltype(&init), void (*)()>);
-static_assert(same<decltype(&openTasksFile), char *(*)(char *)>);
-static_assert(same<decltype(&saveTasksFile), char *(*)(char *)>);
-static_assert(same<decltype(&startAllTasks), void (*)()>);
-static_assert(same<decltype(&stopAllTasks), void (*)()>);
-static_assert(same<decltype(&startTask), void (*)(int)>);
-static_assert(same<decltype(&stopTask), void (*)(int)>);
-static_assert(same<decltype(&runAllTasksOnce), void (*)()>);
-static_assert(same<decltype(&runTaskOnce), void (*)(int)>);
-static_assert(same<decltype(&IsTaskRunning), bool (*)(bool &, int)>);
-static_assert(same<decltype(&showConfigWindow), char *(*)(int, int)>);
-static_assert(same<decltype(&selectDataSource), char *(*)(int)>);
-static_assert(same<decltype(&useDrawingWindow), void (*)(int, int, int)>);
-static_assert(same<decltype(&getDrawingWindow), int (*)(int, unsigned char *, int, int)>);
-static_assert(same<decltype(gMaxMsgNum), int>);
-static_assert(same<decltype(gnBuffLenForStandAlone), int>);
-static_assert(same<decltype(gpchConfigStrForStandAlone), char *>);
-static_assert(same<decltype(glstErrMsg), QList<QString>>);
-static_assert(same<decltype(glstOutputMsg), QList<QString>>);
-static_assert(same<decltype(gMtxErr), QMutex>);
-static_assert(same<decltype(gMtxOutput), QMutex>);
-static_assert(same<decltype(gbInited), bool>);
-static_assert(same<decltype(gszBlank), char[1]>);
-static_assert(same<decltype(gszErrVerMsg), char[33]>);
-
 using Store = ArithmParamMgr;
 static_assert(std::is_constructible_v<Arithm, bool, fnGetID, fnShowConfigWindow, fnExecute>);
 static_assert(!std::is_polymorphic_v<Arithm>);
