@@ -1,5 +1,6 @@
 #include "OculinexQTStandAloneInQt.h"
 
+#include <atomic>
 #include <cerrno>
 #include <cstring>
 #include <memory>
@@ -16,7 +17,6 @@
 #include "guardedcall.h"
 #include "logging.h"
 #include "taskMgr/taskMgr.h"
-#include "taskMgr/taskrecord.h"
 #include "textbuffer.h"
 #include "viewhold.h"
 
@@ -37,14 +37,19 @@ constexpr int USABLE_VIEW_NUM = 4;
 constexpr int READABLE_VIEW_NUM = 3; // view 3 can be filled and saved, but not read
 constexpr int MAX_VIEW_LENGTH = 10000;
 
-/// Stands behind the queues and so goes before them, when the process ends: waits for a message that
-/// a task which could not be stopped is just adding. It adds no further one.
+/// The queues are going, and a task that could not be stopped or a host's own last destructors may
+/// still ask for them: nothing is added or taken any more.
+std::atomic<bool> s_bQueuesEnded{false};
+
+/// Stands behind the queues and so goes before them, when the process ends. Waits for whoever is just
+/// at a queue.
 class QueuesEnd
 {
 public:
     QueuesEnd() = default;
     ~QueuesEnd()
     {
+        s_bQueuesEnded = true;
         for (QMutex *pcMutex : {&gMtxErr, &gMtxOutput})
             QGuard cGuard(*pcMutex);
     }
@@ -57,14 +62,14 @@ const QueuesEnd s_cQueuesEnd;
 void pushMessage(QList<QString> &lstMsg, QMutex &cMutex, const QString &strMsg)
 {
     QGuard cGuard(cMutex);
-    if (lstMsg.size() < gMaxMsgNum && !isProcessEnding())
+    if (lstMsg.size() < gMaxMsgNum && !s_bQueuesEnded)
         lstMsg.append(strMsg);
 }
 
 int takeMessage(QList<QString> &lstMsg, QMutex &cMutex, char *szBuff, int nBuffLen)
 {
     QGuard cGuard(cMutex);
-    if (lstMsg.isEmpty())
+    if (s_bQueuesEnded || lstMsg.isEmpty())
         return -1;
     const QByteArray achMsg = lstMsg.takeFirst().toLocal8Bit();
     const int nCopied = qMin(achMsg.size(), qMax(nBuffLen, 1) - 1);

@@ -27,6 +27,14 @@ FramedBody FramedBody::find(QStringView strSource, QStringView strBegin, QString
     return {strSource.mid(nBody, qMax(qsizetype(0), nEnd - nBody)), nBegin, nEnd + strEnd.size()};
 }
 
+QString FramedBody::take(QString &strSource, QStringView strBegin, QStringView strEnd)
+{
+    const FramedBody cFramed = find(strSource, strBegin, strEnd);
+    QString strBody = cFramed.m_strBody.toString();
+    strSource.remove(static_cast<int>(cFramed.m_nBegin), static_cast<int>(cFramed.m_nEnd - cFramed.m_nBegin));
+    return strBody;
+}
+
 namespace
 {
 bool isBlank(QChar ch)
@@ -42,10 +50,7 @@ QString GlobalFunction::getBody(QString strSource, QString strBegin, QString str
 
 QString GlobalFunction::getAndRemoveBody(QString &strSource, QString strBegin, QString strEnd)
 {
-    const FramedBody cFramed = FramedBody::find(strSource, strBegin, strEnd);
-    QString strBody = cFramed.m_strBody.toString();
-    strSource.remove(static_cast<int>(cFramed.m_nBegin), static_cast<int>(cFramed.m_nEnd - cFramed.m_nBegin));
-    return strBody;
+    return FramedBody::take(strSource, strBegin, strEnd);
 }
 
 void GlobalFunction::trimString(QString &strText)

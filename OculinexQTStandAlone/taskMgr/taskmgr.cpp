@@ -7,6 +7,7 @@
 
 #include "Drawing/drawing.h"
 #include "arithmparammgr.h"
+#include "framedbody.h"
 #include "globalfunction.h"
 #include "qguard.h"
 #include "taskMgr/blockreader.h"
@@ -17,28 +18,21 @@
 
 namespace
 {
-/// A field or a block of the tasks file, by its two markers.
+/// A field or a block of the tasks file, by its two markers. Nothing that is destroyed: a host may
+/// save its tasks as late as in its own last destructors.
 class Field
 {
 public:
-    explicit Field(QLatin1String strName)
-        : m_strBegin(QLatin1Char('<') + strName + QLatin1Char('>')),
-          m_strEnd(QLatin1String("</") + strName + QLatin1Char('>'))
-    {
-    }
+    constexpr Field(QStringView strBegin, QStringView strEnd) : m_strBegin(strBegin), m_strEnd(strEnd) {}
 
-    QString take(QString &strText) const
-    {
-        return GlobalFunction::getAndRemoveBody(strText, m_strBegin, m_strEnd);
-    }
+    QString take(QString &strText) const { return FramedBody::take(strText, m_strBegin, m_strEnd); }
     BlockReader blocks(const QString &strText) const { return {strText, m_strBegin, m_strEnd}; }
 
     void appendTo(QString &strText, const QString &strValue) const
     {
-        strText += m_strBegin;
+        append(strText, m_strBegin);
         strText += strValue;
-        strText += m_strEnd;
-        strText += QLatin1Char('\n');
+        endIn(strText);
     }
     void appendLinesTo(QString &strText, const QString &strValue) const
     {
@@ -49,32 +43,37 @@ public:
     }
     void beginIn(QString &strText) const
     {
-        strText += m_strBegin;
+        append(strText, m_strBegin);
         strText += QLatin1Char('\n');
     }
     void endIn(QString &strText) const
     {
-        strText += m_strEnd;
+        append(strText, m_strEnd);
         strText += QLatin1Char('\n');
     }
 
 private:
-    const QString m_strBegin;
-    const QString m_strEnd;
+    static void append(QString &strText, QStringView strMarker)
+    {
+        strText.append(strMarker.data(), static_cast<int>(strMarker.size()));
+    }
+
+    const QStringView m_strBegin;
+    const QStringView m_strEnd;
 };
 
-const Field s_cTask(QLatin1String("=TaskInfo="));
-const Field s_cName(QLatin1String("-TaskName-"));
-const Field s_cKernel(QLatin1String("-Kernel-"));
-const Field s_cView(QLatin1String("-View-"));
-const Field s_cDataSource(QLatin1String("-DataSource-"));
-const Field s_cItem(QLatin1String("-TaskItem-"));
-const Field s_cMaxExeTimes(QLatin1String("-MaxExeTimes-"));
-const Field s_cArithmID(QLatin1String("-ArithmID-"));
-const Field s_cOptionStr(QLatin1String("-OptionStr-"));
-const Field s_cClassName(QLatin1String("-ClassName-"));
-const Field s_cArithmName(QLatin1String("-ArithmName-"));
-const Field s_cDescribe(QLatin1String("-Describe-"));
+constexpr Field s_cTask(u"<=TaskInfo=>", u"</=TaskInfo=>");
+constexpr Field s_cName(u"<-TaskName->", u"</-TaskName->");
+constexpr Field s_cKernel(u"<-Kernel->", u"</-Kernel->");
+constexpr Field s_cView(u"<-View->", u"</-View->");
+constexpr Field s_cDataSource(u"<-DataSource->", u"</-DataSource->");
+constexpr Field s_cItem(u"<-TaskItem->", u"</-TaskItem->");
+constexpr Field s_cMaxExeTimes(u"<-MaxExeTimes->", u"</-MaxExeTimes->");
+constexpr Field s_cArithmID(u"<-ArithmID->", u"</-ArithmID->");
+constexpr Field s_cOptionStr(u"<-OptionStr->", u"</-OptionStr->");
+constexpr Field s_cClassName(u"<-ClassName->", u"</-ClassName->");
+constexpr Field s_cArithmName(u"<-ArithmName->", u"</-ArithmName->");
+constexpr Field s_cDescribe(u"<-Describe->", u"</-Describe->");
 
 void appendItem(QString &strText, const TaskItem &cItem)
 {
