@@ -341,6 +341,7 @@ private slots:
             "value twice          Areas    WhenTrue=print:{value}/{value} Limit=9     <CMD>print:3/3</CMD>\n"
             "no command           Areas    WhenTrue= Limit=9                          -\n"
             "no numbers           Areas    Value=Mean                                 Points, lines, polygons and areas have no numbers: their count can be compared.\n"
+            "between one          Areas    Condition=Between Limit=3 UpperLimit=3     <CMD>print:yes 3</CMD>\n"
             "limits exchanged     Areas    Condition=Between Limit=5 UpperLimit=2.5   Setting UpperLimit is 2.5, below Limit, which is 5.");
         // clang-format on
     }

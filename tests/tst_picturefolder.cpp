@@ -17,7 +17,7 @@
 
 /// The data source "Picture Folder", as the registry finds it beside the executable. A picture is
 /// told from another by its width.
-class TestPictureFolder : public QObject
+class TestPictureFolder : public PluginTest
 {
     Q_OBJECT
 
@@ -25,13 +25,9 @@ private slots:
     void init()
     {
         m_pcDir = std::make_unique<QTemporaryDir>();
-        m_pcStore = ArithmParamMgr::newInstance();
+        newStore();
     }
-    void cleanup()
-    {
-        m_pcSource.reset();
-        ArithmParamMgr::deleteInstance(m_pcStore);
-    }
+    void cleanup() { m_pcSource.reset(); }
 
     void deliversPixels_data()
     {
@@ -232,17 +228,15 @@ private slots:
         const QString strPath = m_pcDir->path();
         together(4, [&](int) {
             for (int nRound = 0; nRound < 10; ++nRound) {
-                ArithmParamMgr *pcStore = ArithmParamMgr::newInstance();
-                std::unique_ptr<DataSource::DataSourceInstance> pcSource(
-                    make(strPath, "<Loop>1</Loop>", "RGB", pcStore));
+                ArithmParamMgr cStore;
+                const std::unique_ptr<DataSource::DataSourceInstance> pcSource(
+                    make(strPath, "<Loop>1</Loop>", "RGB", &cStore));
                 pcSource->start();
                 for (int nPicture = 0; nPicture < 15; ++nPicture)
-                    if (!pcSource->execute() || pcStore->getParamDIB(1)->getWidth() != nPicture % 5 + 1 ||
+                    if (!pcSource->execute() || cStore.getParamDIB(1)->getWidth() != nPicture % 5 + 1 ||
                         !pcSource->getLastError().isEmpty())
                         ++nFaults;
                 pcSource->stop();
-                pcSource.reset();
-                ArithmParamMgr::deleteInstance(pcStore);
             }
         });
         QCOMPARE(nFaults.load(), 0);
@@ -280,7 +274,7 @@ private:
     }
     void open(const QString &strPath, const QString &strSettings = QString(), const QString &strType = "RGB")
     {
-        m_pcSource.reset(make(strPath, strSettings, strType, m_pcStore));
+        m_pcSource.reset(make(strPath, strSettings, strType, m_pcStore.get()));
         m_pcSource->start();
     }
     static DataSource::DataSourceInstance *make(const QString &strPath, const QString &strSettings,
@@ -301,7 +295,6 @@ private:
     }
 
     std::unique_ptr<QTemporaryDir> m_pcDir;
-    ArithmParamMgr *m_pcStore = nullptr;
     std::unique_ptr<DataSource::DataSourceInstance> m_pcSource;
 };
 
