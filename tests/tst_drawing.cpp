@@ -170,10 +170,8 @@ void TestDrawing::paintsWhatAPainterPaints()
             }
 
             QImage cTarget = target(cView);
-            if (number(0, 7) == 0) { // a host may draw into a picture of its own
-                cTarget.setDevicePixelRatio(2);
-                cExpected.setDevicePixelRatio(2);
-            }
+            cTarget.setDevicePixelRatio(number(0, 7) == 0 ? 2
+                                                          : 1); // a host may draw into a picture of its own
             draw(*pcOpt, cTarget);
             const auto [afScale, anOffset] = Drawing::getViewScaleOpt(VIEW);
             const auto scaled = [fScale = afScale[0]](int n) { return static_cast<float>(n) * fScale; };
@@ -187,6 +185,7 @@ void TestDrawing::paintsWhatAPainterPaints()
             if (nScale == 3)
                 cSource = QRectF(QPointF(), cPicture);
             QImage cExpected = target(cView);
+            cExpected.setDevicePixelRatio(cTarget.devicePixelRatioF());
             if (bOpaque)
                 cExpected.fill(0U);
             if (nScale < 4 && !(pcGrey && pcGrey->m_nDrawMode == 3))

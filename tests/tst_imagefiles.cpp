@@ -227,7 +227,6 @@ private slots:
         row("lower than its pixels", 22, QByteArray("\x03\0\0\0", 4));
         row("pixels at once", 10, QByteArray("\x0e\0\0\0", 4)); // after the first header, over the second
         row("bit fields", 30, QByteArray("\x03"));
-        row("wider than its pixels", 18, QByteArray("\xff\x0f", 2));
         row("no pixel wide", 18, QByteArray("\0\0", 2));
     }
     void variantsOfBmpAreReadAlike()
