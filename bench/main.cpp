@@ -59,10 +59,13 @@ int runTable(int nArgs, char **pszArgs)
             szJson = pszArgs[++nArg];
         else if (strcmp(pszArgs[nArg], "--compare") == 0 && bValue)
             lstOld = readRows(pszArgs[++nArg]);
+        else if (strcmp(pszArgs[nArg], "--cpu-time") == 0)
+            Bench::g_nClock = CLOCK_PROCESS_CPUTIME_ID;
         else if (pszArgs[nArg][0] != '-' && strFilter.empty())
             strFilter = pszArgs[nArg];
         else
-            throw std::runtime_error("usage: oculinex-bench [FILTER] [--json FILE] [--compare FILE]");
+            throw std::runtime_error(
+                "usage: oculinex-bench [FILTER] [--cpu-time] [--json FILE] [--compare FILE]");
     }
     int nOwnArgs = 2;
     char achProgram[] = "bench";
