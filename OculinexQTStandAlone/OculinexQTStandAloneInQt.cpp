@@ -69,9 +69,11 @@ void pushMessage(QList<QString> &lstMsg, QMutex &cMutex, const QString &strMsg)
 int takeMessage(QList<QString> &lstMsg, QMutex &cMutex, char *szBuff, int nBuffLen)
 {
     QGuard cGuard(cMutex);
-    if (s_bQueuesEnded || lstMsg.isEmpty())
+    QByteArray achMsg;
+    const auto fnEncode = [&] { achMsg = lstMsg.constFirst().toLocal8Bit(); };
+    if (s_bQueuesEnded || lstMsg.isEmpty() || !callIfMemoryAllows(fnEncode)) // it waits until memory is there
         return -1;
-    const QByteArray achMsg = lstMsg.takeFirst().toLocal8Bit();
+    lstMsg.removeFirst();
     const int nCopied = qMin(achMsg.size(), qMax(nBuffLen, 1) - 1);
     // Nothing to copy leaves the buffer as it is, without even a terminating zero.
     if (szBuff && nCopied > 0) {
@@ -161,6 +163,13 @@ bool writeText(const QString &strPath, const QByteArray &achText)
                   qUtf8Printable(cFile.errorString()));
     return true;
 }
+
+/// As transConfigStr() does for a text that is known beforehand, which takes no memory.
+char *failureText(const QByteArray &achText)
+{
+    TextBuffer::store(achText, gpchConfigStrForStandAlone, gnBuffLenForStandAlone);
+    return gpchConfigStrForStandAlone;
+}
 } // namespace
 
 char *transConfigStr(QString strConfigStr)
@@ -205,31 +214,37 @@ void init()
 
 char *openTasksFile(char *szTaskFilePath)
 {
-    init();
-    QString strTasks;
     try {
-        QFile cFile(QString::fromLocal8Bit(szTaskFilePath));
-        QByteArray achText;
-        if (!cFile.open(QIODevice::ReadOnly) || !readText(cFile, achText)) {
-            qCWarning(lcFile, "%s: %s", qUtf8Printable(cFile.fileName()),
-                      qUtf8Printable(cFile.errorString()));
-            return transConfigStr(QStringLiteral("open file failed."));
+        init();
+        QString strTasks;
+        {
+            QFile cFile(QString::fromLocal8Bit(szTaskFilePath));
+            QByteArray achText;
+            if (!cFile.open(QIODevice::ReadOnly) || !readText(cFile, achText)) {
+                qCWarning(lcFile, "%s: %s", qUtf8Printable(cFile.fileName()),
+                          qUtf8Printable(cFile.errorString()));
+                return failureText(QByteArrayLiteral("open file failed."));
+            }
+            strTasks = QString::fromUtf8(achText);
         }
-        strTasks = QString::fromUtf8(achText);
+        TaskMgr::getInstance()->fromString(strTasks);
+        return gszBlank;
     } catch (const std::bad_alloc &) {
-        qCWarning(lcFile, "%s is too large.", szTaskFilePath);
-        return transConfigStr(QStringLiteral("open file failed."));
+        callIfMemoryAllows([&] { qCWarning(lcFile, "%s takes more memory than there is.", szTaskFilePath); });
+        return failureText(QByteArrayLiteral("open file failed."));
     }
-    TaskMgr::getInstance()->fromString(strTasks);
-    return gszBlank;
 }
 
 char *saveTasksFile(char *szTaskFilePath)
 {
-    init();
-    if (!writeText(QString::fromUtf8(szTaskFilePath), TaskMgr::getInstance()->toString().toUtf8()))
-        return transConfigStr(QStringLiteral("save file failed."));
-    return gszBlank;
+    try {
+        init();
+        if (writeText(QString::fromUtf8(szTaskFilePath), TaskMgr::getInstance()->toString().toUtf8()))
+            return gszBlank;
+    } catch (const std::bad_alloc &) {
+        callIfMemoryAllows([&] { qCWarning(lcFile, "%s is not saved: memory is short.", szTaskFilePath); });
+    }
+    return failureText(QByteArrayLiteral("save file failed."));
 }
 
 void startAllTasks()
@@ -250,8 +265,12 @@ void startTask(int nPos)
 {
     init();
     TaskInfo *pcTask = taskAt(nPos);
-    if (pcTask && !pcTask->IsRunning())
-        pcTask->startTask();
+    try {
+        if (pcTask && !pcTask->IsRunning())
+            pcTask->startTask();
+    } catch (const std::bad_alloc &) {
+        FuncHaveErrorMessage(QStringLiteral("Task has no thread: std::bad_alloc"));
+    }
 }
 
 void stopTask(int nPos)
@@ -308,7 +327,7 @@ void useDrawingWindow(int nPos, int nWidth, int nHeight)
 {
     init();
     if (nPos >= 0 && nPos < USABLE_VIEW_NUM && nWidth >= 1 && nHeight >= 1)
-        GlobalFunction::getInstance()->addView(nPos, nWidth, nHeight);
+        callIfMemoryAllows([=] { GlobalFunction::getInstance()->addView(nPos, nWidth, nHeight); });
 }
 
 int getDrawingWindow(int nPos, unsigned char *puchDIB, int nWidth, int nHeight)

@@ -31,13 +31,15 @@ inline QString textOf(const std::exception &cError)
     }
 }
 
-/// Calls what is left out where memory is short, such as a line of the log.
+/// Calls what is left out where memory is short, such as a line of the log. Whether it was done.
 template <typename Call>
-void callIfMemoryAllows(const Call &fnCall)
+bool callIfMemoryAllows(const Call &fnCall)
 {
     try {
         fnCall();
-    } catch (const std::bad_alloc &) { // NOLINT(bugprone-empty-catch): nothing could tell it
+        return true;
+    } catch (const std::bad_alloc &) {
+        return false;
     }
 }
 

@@ -1,15 +1,21 @@
 #include "pluginloader.h"
 
+#include <dirent.h>
 #include <elf.h>
 #include <link.h>
 
+#include <algorithm>
+#include <cerrno>
 #include <cstring>
 #include <memory>
+#include <new>
+#include <utility>
 
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QStringList>
 
 #include "guardedcall.h"
 #include "logging.h"
@@ -50,6 +56,25 @@ bool isBrokenOff(const QString &strPath)
            cSection.sh_type == SHT_NULL;
 }
 
+/// The names in a folder in the order of the registry, by name ignoring case. Not through QDir, which
+/// does not tell a folder that can't be read now, for want of memory or descriptors, from an empty one.
+QStringList namesIn(const QString &strFolder)
+{
+    QStringList lstNames;
+    const QByteArray achFolder = QFile::encodeName(strFolder);
+    const std::unique_ptr<DIR, int (*)(DIR *)> pcDir(opendir(achFolder.constData()), closedir);
+    if (!pcDir && errno == ENOMEM)
+        throw std::bad_alloc();
+    if (!pcDir && errno != ENOENT)
+        qCWarning(lcPlugin, "%s: %s", achFolder.constData(), qUtf8Printable(qt_error_string()));
+    while (const dirent *pcEntry = pcDir ? readdir(pcDir.get()) : nullptr)
+        lstNames.append(QFile::decodeName(pcEntry->d_name));
+    std::sort(lstNames.begin(), lstNames.end(), [](const QString &strOne, const QString &strOther) {
+        return std::make_pair(strOne.toLower(), strOne) < std::make_pair(strOther.toLower(), strOther);
+    });
+    return lstNames;
+}
+
 /// Libraries that stay loaded though no registry lists them.
 std::vector<std::unique_ptr<QLibrary>> &keptLibraries()
 {
@@ -68,12 +93,13 @@ QString PluginLoader::applicationDir()
 void PluginLoader::loadAll(const QString &strFolder, const std::vector<const char *> &vSymbolNames,
                            const FoundCallback &fnFound, const FailedCallback &fnFailed)
 {
-    const QDir cDir(applicationDir() + QLatin1Char('/') + strFolder);
-    for (const QFileInfo &cFile : cDir.entryInfoList(QDir::Files)) {
-        // A link that leads to a pipe is listed as a file; opening it would wait for a writer.
-        if (!cFile.isFile() || !cFile.fileName().endsWith(QLatin1String(".so"), Qt::CaseInsensitive))
+    const QString strDir = applicationDir() + QLatin1Char('/') + strFolder;
+    for (const QString &strName : namesIn(strDir)) {
+        const QString strPath = QDir::cleanPath(strDir + QLatin1Char('/') + strName);
+        // Opening a pipe would wait for a writer.
+        if (strName.startsWith(QLatin1Char('.')) ||
+            !strName.endsWith(QLatin1String(".so"), Qt::CaseInsensitive) || !QFileInfo(strPath).isFile())
             continue;
-        const QString strPath = cFile.absoluteFilePath();
         if (isBrokenOff(strPath)) {
             fnFailed(QStringLiteral("Cannot load library %1: (the file is incomplete)").arg(strPath));
             continue;
@@ -95,7 +121,7 @@ void PluginLoader::loadAll(const QString &strFolder, const std::vector<const cha
             }
         }
         if (vSymbols.back())
-            fnFound(pcLibrary.release(), vSymbols);
+            fnFound(std::move(pcLibrary), vSymbols);
         else
             keptLibraries().push_back(std::move(pcLibrary));
     }
@@ -104,10 +130,10 @@ void PluginLoader::loadAll(const QString &strFolder, const std::vector<const cha
 QString PluginLoader::selfDescription(const QLibrary &cLibrary, const char *szFunction,
                                       QFunctionPointer fnText)
 {
-    return guardedCall([&] { return textFromPlugin(reinterpret_cast<const char *(*)()>(fnText)()); },
-                       [&](const QString &strWhat) {
-                           qCWarning(lcPlugin).noquote()
-                               << szFunction << "of" << cLibrary.fileName() << "failed:" << strWhat;
-                           return QString();
-                       });
+    const auto fnFailed = [&](const QString &strWhat) -> const char * {
+        qCWarning(lcPlugin).noquote() << szFunction << "of" << cLibrary.fileName() << "failed:" << strWhat;
+        return nullptr;
+    };
+    return textFromPlugin(
+        guardedCall([&] { return reinterpret_cast<const char *(*)()>(fnText)(); }, fnFailed));
 }

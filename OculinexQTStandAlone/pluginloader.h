@@ -2,6 +2,7 @@
 #define PLUGINLOADER_H
 
 #include <functional>
+#include <memory>
 #include <vector>
 
 #include <QLibrary>
@@ -13,9 +14,9 @@ namespace PluginLoader
 /// The directory of the host's executable; works without an application object.
 QString applicationDir();
 
-/// A plug-in that has every symbol it needs: the library, which now belongs to the callee, and the
-/// symbols in the order asked for.
-using FoundCallback = std::function<void(QLibrary *pcLibrary, const std::vector<QFunctionPointer> &vSymbols)>;
+/// A plug-in that has every symbol it needs: the library and the symbols in the order asked for.
+using FoundCallback =
+    std::function<void(std::unique_ptr<QLibrary> pcLibrary, const std::vector<QFunctionPointer> &vSymbols)>;
 /// A file that cannot be loaded, and why.
 using FailedCallback = std::function<void(const QString &strError)>;
 

@@ -36,4 +36,14 @@ T *singleton(T *&pcThis, QMutex &cMutex, bool *pbMade = nullptr)
     return pcThis;
 }
 
+/// The one T for the process, never destroyed: a task's thread may still run while the process ends.
+/// It is not on the heap, since the first to come may be a destructor, which must not fail.
+template <typename T>
+T &immortal()
+{
+    alignas(T) static unsigned char s_auchObject[sizeof(T)];
+    static T &s_cObject = *new (s_auchObject) T;
+    return s_cObject;
+}
+
 #endif

@@ -4,8 +4,6 @@
 #include <map>
 #include <memory>
 
-#include <dlfcn.h>
-
 #ifdef __SANITIZE_ADDRESS__
 #include <sanitizer/lsan_interface.h>
 #endif
@@ -17,42 +15,12 @@
 #include "Drawing/drawing.h"
 #include "MemoryDisk/memorydisk.h"
 #include "OculinexQTStandAloneInQt.h"
+#include "arithmMgr/arithmregister.h"
 #include "arithmparammgr.h"
+#include "fixtures/madethreads.h"
+#include "fixtures/neighbourhood.h"
+#include "globalfunction.h"
 #include "taskMgr/taskMgr.h"
-
-namespace
-{
-struct ThreadBody {
-    void *(*m_fnBody)(void *);
-    void *m_pvArgument;
-};
-
-void *runKnownThread(void *pvBody)
-{
-    const std::unique_ptr<ThreadBody> pcBody(static_cast<ThreadBody *>(pvBody));
-#ifdef __SANITIZE_ADDRESS__
-    __lsan_disable(); // an event that Qt can't queue keeps such a record
-    QThread::currentThread();
-    __lsan_enable();
-#else
-    QThread::currentThread();
-#endif
-    return pcBody->m_fnBody(pcBody->m_pvArgument);
-}
-} // namespace
-
-/// Stands before the system's function: Qt, which does not survive a lack of memory while it makes its
-/// record of a thread, has made it before the thread runs.
-extern "C" __attribute__((visibility("default"))) int pthread_create(pthread_t *pnThread,
-                                                                     const pthread_attr_t *pcAttributes,
-                                                                     void *(*fnBody)(void *),
-                                                                     void *pvArgument)
-{
-    static const auto s_fnNext =
-        reinterpret_cast<decltype(&pthread_create)>(dlsym(RTLD_NEXT, "pthread_create"));
-    return s_fnNext(pnThread, pcAttributes, runKnownThread,
-                    std::make_unique<ThreadBody>(ThreadBody{fnBody, pvArgument}).release());
-}
 
 namespace
 {
@@ -92,6 +60,54 @@ QString drawing(int nType, const QString &strConfig)
                 tag("DataType", QString::number(nType)) + tag("DataID", "1") + tag("Config", strConfig));
 }
 
+/// Qt, which does not survive a lack of memory while it makes its record of a thread, has made it
+/// before the thread runs.
+void makeQtsRecord()
+{
+#ifdef __SANITIZE_ADDRESS__
+    __lsan_disable(); // an event that Qt can't queue keeps such a record
+    QThread::currentThread();
+    __lsan_enable();
+#else
+    QThread::currentThread();
+#endif
+}
+
+/// Calls fnRun() again and again, each time with another allocation that fails, alone and with the
+/// nMore after it, until none is left; fnPrepare() before and fnCheck(which) after each. How many.
+template <typename Prepare, typename Run, typename Check>
+int failEach(int nMore, const Prepare &fnPrepare, const Run &fnRun, const Check &fnCheck)
+{
+    for (int nFirst = qMax(1, qEnvironmentVariableIntValue("OCULINEX_FAULT_FROM"));; ++nFirst) {
+        const QByteArray achWhich = "allocation " + QByteArray::number(nFirst);
+        if (qEnvironmentVariableIsSet("OCULINEX_FAULT_TRACE"))
+            fprintf(stderr, "-- %s\n", achWhich.constData());
+        fnPrepare();
+        {
+            const FailingHeap::Fault cFault(nFirst, nMore < INT_MAX ? nFirst + nMore : INT_MAX);
+            fnRun();
+            if (cFault.refused() == 0)
+                return nFirst - 1;
+        }
+        fnCheck(achWhich);
+        if (QTest::currentTestFailed())
+            return 0;
+    }
+}
+
+void addFaults()
+{
+    QTest::addColumn<int>("nMore"); // that fail after the first
+    QTest::newRow("one") << 0;
+    QTest::newRow("five") << 4;
+    QTest::newRow("all") << INT_MAX;
+}
+
+QString tasksText()
+{
+    return TaskMgr::getInstance()->toString();
+}
+
 /// Frees the buffers of a memory disk, so that the next pictures need new ones.
 template <typename Record>
 void freeBuffers(const QList<Record *> &lstRecords, unsigned char *Record::*pPixels)
@@ -113,6 +129,7 @@ private slots:
     {
         if (!FailingHeap::WORKS)
             QSKIP("the thread sanitizer has a heap of its own");
+        MadeThreads::s_fnInside = makeQtsRecord;
         QImage cPicture(SIDE, SIDE, QImage::Format_RGB888);
         cPicture.fill(QColor(10, 200, 30));
         QVERIFY(cPicture.save(m_cIn.filePath("in.png")));
@@ -145,21 +162,8 @@ private slots:
         int nErrors = 0;
         int nSkipped = 0;
         int nUnseen = 0;
-        const int nFrom = qMax(1, qEnvironmentVariableIntValue("OCULINEX_FAULT_FROM"));
-        for (int nFirst = nFrom;; ++nFirst) {
-            const QByteArray achWhich = "allocation " + QByteArray::number(nFirst);
-            if (qEnvironmentVariableIsSet("OCULINEX_FAULT_TRACE"))
-                fprintf(stderr, "-- %s\n", achWhich.constData());
-            prepare();
-            int nRefused = 0;
-            {
-                const FailingHeap::Fault cFault(nFirst, nFirst + nMore);
-                run(bThread);
-                nRefused = cFault.refused();
-            }
+        const auto fnCheck = [&](const QByteArray &achWhich) {
             const Outcome cFaulty = taken();
-            if (nRefused == 0)
-                break;
             QVERIFY2(cFaulty.m_lstErrors.size() <= 1, achWhich);
             for (const QString &strError : cFaulty.m_lstErrors)
                 QVERIFY2(strError.contains("bad_alloc"), achWhich + ": " + strError.toUtf8());
@@ -182,10 +186,138 @@ private slots:
                 QCOMPARE(MemoryDisk::getInstance(nDisk)->getDIBIdleNum(), MemoryDisk::DISK_NUM);
                 QCOMPARE(MemoryDisk::getInstance(nDisk)->getGray8IdleNum(), MemoryDisk::DISK_NUM);
             }
-        }
+        };
+        failEach(
+            nMore, [&] { prepare(); }, [&] { run(bThread); }, fnCheck);
         QVERIFY(nErrors > 50 && nSkipped > 3);
         qInfo("%d allocations failed: %d runs ended with an error text, %d skipped a picture, %d went on",
               nErrors + nSkipped + nUnseen, nErrors, nSkipped, nUnseen);
+    }
+
+    void opening_data() { addFaults(); }
+
+    /// Either all tasks of the file, or a text and those of before or none.
+    void opening()
+    {
+        QFETCH(int, nMore);
+        prepare();
+        const QString strFile = m_cIn.filePath("a.tasks");
+        QCOMPARE(QString(saveTasksFile(strFile.toUtf8().data())), QString());
+        QCOMPARE(QString(openTasksFile(strFile.toUtf8().data())), QString());
+        const QString strWhole = tasksText();
+        const QByteArray achFile = strFile.toUtf8();
+        QString strHeld;
+        char *szResult = nullptr;
+        const auto fnOpen = [&] { szResult = openTasksFile(const_cast<char *>(achFile.data())); };
+        const int nFailed = failEach(
+            nMore,
+            [&] {
+                TaskMgr::getInstance()->fromString("<=TaskInfo=><-TaskName->held</-TaskName-></=TaskInfo=>");
+                strHeld = tasksText();
+            },
+            fnOpen,
+            [&](const QByteArray &achWhich) {
+                const QString strNow = tasksText();
+                if (*szResult == '\0')
+                    QVERIFY2(strNow == strWhole, achWhich);
+                else
+                    QVERIFY2(QLatin1String(szResult) == QLatin1String("open file failed.") &&
+                                 (strNow.isEmpty() || strNow == strHeld),
+                             achWhich);
+                fnOpen();
+                QVERIFY2(*szResult == '\0' && tasksText() == strWhole, achWhich);
+            });
+        QVERIFY(nFailed > 50);
+        qInfo("%d allocations failed", nFailed);
+    }
+
+    void saving_data() { addFaults(); }
+
+    /// The old file or the new one.
+    void saving()
+    {
+        QFETCH(int, nMore);
+        prepare();
+        const QTemporaryDir cDir;
+        const QString strFile = cDir.filePath("a.tasks");
+        const QByteArray achFile = strFile.toUtf8();
+        const auto fnContents = [&] {
+            QFile cFile(strFile);
+            return cFile.open(QIODevice::ReadOnly) ? cFile.readAll() : QByteArray();
+        };
+        char *szResult = nullptr;
+        const auto fnSave = [&] { szResult = saveTasksFile(const_cast<char *>(achFile.data())); };
+        QByteArray achOld;
+        QByteArray achNew;
+        fnSave();
+        const int nFailed = failEach(
+            nMore,
+            [&] {
+                achOld = fnContents();
+                m_pcTask->m_strName += 'x';
+                achNew = tasksText().toUtf8();
+            },
+            fnSave,
+            [&](const QByteArray &achWhich) {
+                const QByteArray achNow = fnContents();
+                if (*szResult == '\0')
+                    QVERIFY2(achNow == achNew, achWhich);
+                else
+                    QVERIFY2(QLatin1String(szResult) == QLatin1String("save file failed.") &&
+                                 (achNow == achOld || achNow == achNew),
+                             achWhich);
+                fnSave();
+                QVERIFY2(*szResult == '\0' && fnContents() == achNew, achWhich);
+            });
+        QVERIFY(nFailed > 20);
+        qInfo("%d allocations failed", nFailed);
+    }
+
+    void registries_data() { addFaults(); }
+
+    /// Each is made whole or not at all, and then by the next who asks.
+    void registries()
+    {
+        QFETCH(int, nMore);
+        const auto fnNames = [] {
+            QStringList lstNames(DataSource::getInstance()->m_mapDataSourceInfo.keys());
+            for (const ArithmFactory::ArithmInfo &cInfo : *ArithmFactory::getInstance()->getArithms())
+                lstNames += {cInfo.m_strClass, cInfo.m_strName, cInfo.m_pcArithm->getID()};
+            return lstNames;
+        };
+        const QStringList lstWhole = fnNames();
+        const auto fnMake = [] {
+            try {
+                DataSource::getInstance();
+                ArithmFactory::getInstance();
+            } catch (const std::bad_alloc &) { // NOLINT(bugprone-empty-catch): one of the two outcomes
+            }
+        };
+        const auto fnForget = [] {
+            forget(DataSource::s_pcThis);
+            forget(ArithmFactory::s_pcAF);
+        };
+        const int nFailed = failEach(nMore, fnForget, fnMake, [&](const QByteArray &achWhich) {
+            QVERIFY2(fnNames() == lstWhole, achWhich);
+        });
+        QVERIFY(nFailed > 100);
+        qInfo("%d allocations failed", nFailed);
+    }
+
+    /// No exception of the library meets a host that asks for little.
+    void smallCalls()
+    {
+        char achText[10] = "";
+        FuncHaveErrorMessage("kept");
+        {
+            const FailingHeap::Fault cFault(1, INT_MAX);
+            QCOMPARE(getErrMsg(achText, sizeof achText), -1);
+            useDrawingWindow(2, 8, 8);
+            QVERIFY(cFault.refused() >= 2);
+        }
+        QCOMPARE(getErrMsg(achText, sizeof achText), 0);
+        QCOMPARE(achText, "kept");
+        QVERIFY(!GlobalFunction::getInstance()->requestViewDrawOption(2));
     }
 
     /// The lists of a memory disk never grow, so that no record can be lost on its way.
@@ -273,8 +405,9 @@ private:
         if (bThread) {
             std::atomic<bool> bFinished{false};
             const auto hConnection = connect(m_pcTask, &TaskInfo::threadFinished, [&] { bFinished = true; });
+            const QList<TaskItem> lstShared = m_pcTask->m_lstArithm; // the task makes itself a copy
             startTask(0);
-            while (!bFinished)
+            while (m_pcTask->m_hThread != 0 && !bFinished)
                 QThread::yieldCurrentThread();
             disconnect(hConnection);
         } else {

@@ -1,7 +1,7 @@
 #include <thread>
 
-#include <dlfcn.h>
 #include <sched.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <QComboBox>
@@ -10,26 +10,9 @@
 #include <QtTest>
 
 #include "datatable.h"
+#include "fixtures/limit.h"
+#include "fixtures/madethreads.h"
 #include "taskfixture.h"
-
-namespace
-{
-std::function<void()> s_fnThreadMade; ///< called when a thread has been made, before the maker knows
-} // namespace
-
-/// Stands before the system's function.
-extern "C" __attribute__((visibility("default"))) int pthread_create(pthread_t *pnThread,
-                                                                     const pthread_attr_t *pcAttributes,
-                                                                     void *(*fnBody)(void *),
-                                                                     void *pvArgument)
-{
-    static const auto s_fnNext =
-        reinterpret_cast<decltype(&pthread_create)>(dlsym(RTLD_NEXT, "pthread_create"));
-    const int nError = s_fnNext(pnThread, pcAttributes, fnBody, pvArgument);
-    if (nError == 0 && s_fnThreadMade)
-        s_fnThreadMade();
-    return nError;
-}
 
 namespace
 {
@@ -69,7 +52,7 @@ private slots:
     void init()
     {
         Fake::reset();
-        s_fnThreadMade = nullptr;
+        MadeThreads::s_fnMade = nullptr;
     }
 
     /// Set-up steps run in the first run of each start, clean-up steps after the last run; nothing is told
@@ -184,7 +167,7 @@ source ends the thread         a|bad, last                        start a stop  
     void idleWithoutEventLoop()
     {
         Fake::Task cTask("a!|bad");
-        s_fnThreadMade = [&cTask] { Fake::spinUntil([&] { return cTask.m_bExited.load(); }); };
+        MadeThreads::s_fnMade = [&cTask] { Fake::spinUntil([&] { return cTask.m_bExited.load(); }); };
         for (int nTime = 0; nTime < 20; ++nTime) {
             cTask.startTask();
             QVERIFY(Fake::spinUntil([&] { return !cTask.IsRunning(); }));
@@ -294,19 +277,41 @@ source ends the thread         a|bad, last                        start a stop  
         QCOMPARE(Fake::s_lstErrors.last(), "told");
     }
 
+    void noThread_data()
+    {
+        QTest::addColumn<bool>("bLimit");
+        QTest::newRow("a stack beyond the memory") << false;
+        QTest::newRow("the user's limit") << true;
+    }
+
     void noThread()
     {
-        pthread_attr_t cDefault;
-        pthread_attr_t cHuge;
-        pthread_getattr_default_np(&cDefault);
-        pthread_attr_init(&cHuge);
-        pthread_attr_setstacksize(&cHuge, size_t(1) << 47);
-        QCOMPARE(pthread_setattr_default_np(&cHuge), 0);
+        QFETCH(bool, bLimit);
         QPushButton cRun("text");
         Fake::Task cTask("a");
         cTask.m_pcRunTask = &cRun;
-        cTask.startTask();
-        pthread_setattr_default_np(&cDefault);
+        if (!bLimit) {
+            pthread_attr_t cDefault;
+            pthread_attr_t cHuge;
+            pthread_getattr_default_np(&cDefault);
+            pthread_attr_init(&cHuge);
+            pthread_attr_setstacksize(&cHuge, size_t(1) << 47);
+            QCOMPARE(pthread_setattr_default_np(&cHuge), 0);
+            cTask.startTask();
+            pthread_setattr_default_np(&cDefault);
+        } else {
+            // Root has no limit: this one thread, not the process, is somebody else meanwhile.
+            constexpr long NOBODY = 65534;
+            const bool bRoot = geteuid() == 0;
+            if (bRoot && syscall(SYS_setresuid, NOBODY, NOBODY, 0L) != 0)
+                QSKIP("this root can't be somebody else");
+            {
+                const Limit cNone(RLIMIT_NPROC, 0);
+                cTask.startTask();
+            }
+            if (bRoot)
+                QCOMPARE(syscall(SYS_setresuid, 0L, 0L, 0L), 0L);
+        }
         QVERIFY(!cTask.IsRunning() && cTask.m_bExited);
         QCOMPARE(cRun.text(), "text");
         QVERIFY(Fake::s_lstTrace.isEmpty());

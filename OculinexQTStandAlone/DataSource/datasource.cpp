@@ -3,6 +3,7 @@
 #include <cstring>
 #include <initializer_list>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <string_view>
 #include <unordered_map>
@@ -30,8 +31,7 @@ struct Failures {
 
 Failures &failures()
 {
-    static auto *s_pcFailures = new Failures;
-    return *s_pcFailures;
+    return immortal<Failures>();
 }
 
 void logFailure(int nInstanceID, const char *szFunction, const QString &strWhat)
@@ -143,7 +143,7 @@ const std::initializer_list<BuiltInKind> BUILT_IN_KINDS = {
 DataSource::DataSourceInstance *DataSource::DataSourceInfo::newInstance(QString strConfig,
                                                                         ArithmParamMgr *pcAPM)
 {
-    auto *pcInstance = new DataSourceInstance;
+    auto pcInstance = std::make_unique<DataSourceInstance>();
     pcInstance->m_fnRequestPicture = m_fnRequestPicture;
     pcInstance->m_fnReleasePicture = m_fnReleasePicture;
     pcInstance->m_fnShowConfigDlg = m_fnShowConfigDlg;
@@ -154,7 +154,7 @@ DataSource::DataSourceInstance *DataSource::DataSourceInfo::newInstance(QString 
     pcInstance->m_fnGetLastError = m_fnGetLastError;
     pcInstance->setConfigString(strConfig);
     pcInstance->setArithmParamMgr(pcAPM);
-    return pcInstance;
+    return pcInstance.release();
 }
 
 QString DataSource::DataSourceInfo::showConfigWindow(QString strConfig)
@@ -213,8 +213,8 @@ QString DataSource::DataSourceInstance::getConfigString()
 void DataSource::DataSourceInstance::setConfigString(QString strConfig)
 {
     m_strConfigStr = strConfig;
+    QByteArray achConfig = strConfig.toUtf8();
     callKind(m_nInstanceID, "setConfig", [&] {
-        QByteArray achConfig = strConfig.toUtf8();
         if (m_fnSetConfig)
             m_fnSetConfig(m_nInstanceID, achConfig.data());
     });
@@ -266,7 +266,13 @@ DataSource *DataSource::getInstance()
 
 DataSource::DataSource()
 {
-    initDataSources();
+    try {
+        initDataSources();
+    } catch (...) {
+        qDeleteAll(m_lstArithmLib);
+        qDeleteAll(m_mapDataSourceInfo);
+        throw;
+    }
 }
 
 DataSource::~DataSource()
@@ -281,17 +287,17 @@ DataSource::~DataSource()
 
 void DataSource::initDataSources()
 {
-    const auto fnStore = [this](const QString &strName, DataSourceInfo *pcInfo) {
-        delete m_mapDataSourceInfo.value(strName);
-        m_mapDataSourceInfo.insert(strName, pcInfo);
+    const auto fnStore = [this](const QString &strName, std::unique_ptr<DataSourceInfo> pcInfo) {
+        DataSourceInfo *&pcKept = m_mapDataSourceInfo[strName];
+        delete std::exchange(pcKept, pcInfo.release());
     };
 
     PluginLoader::loadAll(
         QStringLiteral("DataSource/"),
         {"getDataSourceName", "requestPicture", "releasePicture", "showConfigDlg", "setConfig", "start",
          "stop", "removeInstance", "getLastError"},
-        [&](QLibrary *pcLibrary, const std::vector<QFunctionPointer> &vSymbols) {
-            auto *pcInfo = new DataSourceInfo;
+        [&](std::unique_ptr<QLibrary> pcLibrary, const std::vector<QFunctionPointer> &vSymbols) {
+            auto pcInfo = std::make_unique<DataSourceInfo>();
             pcInfo->m_fnRequestPicture = reinterpret_cast<fnRequestPicture>(vSymbols[1]);
             pcInfo->m_fnReleasePicture = reinterpret_cast<fnReleasePicture>(vSymbols[2]);
             pcInfo->m_fnShowConfigDlg = reinterpret_cast<fnShowConfigDlg>(vSymbols[3]);
@@ -300,13 +306,15 @@ void DataSource::initDataSources()
             pcInfo->m_fnStop = reinterpret_cast<fnStop>(vSymbols[6]);
             pcInfo->m_fnRemoveInstance = reinterpret_cast<fnRemoveInstance>(vSymbols[7]);
             pcInfo->m_fnGetLastError = reinterpret_cast<fnGetLastError>(vSymbols[8]);
-            fnStore(PluginLoader::selfDescription(*pcLibrary, "getDataSourceName", vSymbols[0]), pcInfo);
-            m_lstArithmLib.append(pcLibrary);
+            fnStore(PluginLoader::selfDescription(*pcLibrary, "getDataSourceName", vSymbols[0]),
+                    std::move(pcInfo));
+            m_lstArithmLib.append(pcLibrary.get());
+            pcLibrary.release();
         },
         [](const QString &strError) { qCInfo(lcPlugin).noquote() << strError; });
 
     for (const BuiltInKind &cKind : BUILT_IN_KINDS)
-        fnStore(QString::fromLatin1(cKind.m_szName), new DataSourceInfo(cKind.m_cInfo));
+        fnStore(QString::fromLatin1(cKind.m_szName), std::make_unique<DataSourceInfo>(cKind.m_cInfo));
 }
 
 DataSource::DataSourceInstance *DataSource::createDataSourceFromConfigString(ArithmParamMgr *pcAPM,
@@ -317,22 +325,22 @@ DataSource::DataSourceInstance *DataSource::createDataSourceFromConfigString(Ari
     if (!pcInfo)
         return nullptr;
 
-    DataSourceInstance *pcInstance = pcInfo->newInstance(cSettings.text("Config"), pcAPM);
+    std::unique_ptr<DataSourceInstance> pcInstance(pcInfo->newInstance(cSettings.text("Config"), pcAPM));
     pcInstance->setNameAndDescribe(cSettings.text("OutputName"), cSettings.text("OutputDescribe"));
     const int nDataID = cSettings.number("OutputID");
     if (nDataID < 1)
-        return pcInstance;
+        return pcInstance.release();
 
     const QString strType = cSettings.text("OutputType");
     pcInstance->setDataID(nDataID);
     pcInstance->setDataType(strType);
     if (!pcAPM)
-        return pcInstance;
+        return pcInstance.release();
     if (strType == QLatin1String("RGB"))
         describe(*pcInstance, pcAPM->getParamDIB(nDataID));
     else if (strType == QLatin1String("Gray8"))
         describe(*pcInstance, pcAPM->getParamGray8(nDataID));
     else if (strType == QLatin1String("Gray16"))
         describe(*pcInstance, pcAPM->getParamGray16(nDataID));
-    return pcInstance;
+    return pcInstance.release();
 }

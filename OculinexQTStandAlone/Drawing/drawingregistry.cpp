@@ -3,8 +3,9 @@
 #include <algorithm>
 #include <condition_variable>
 #include <mutex>
-#include <new>
 #include <unordered_map>
+
+#include "singleton.h"
 
 namespace
 {
@@ -22,11 +23,7 @@ struct Table {
 
 Table &table()
 {
-    // Never destroyed: a task thread may still draw while the process ends. Not on the heap: the
-    // first to come may be a destructor, which must not fail.
-    alignas(Table) static unsigned char s_auchTable[sizeof(Table)];
-    static Table &s_cTable = *new (s_auchTable) Table;
-    return s_cTable;
+    return immortal<Table>();
 }
 } // namespace
 

@@ -1,6 +1,7 @@
 #include "arithmMgr/arithmregister.h"
 
 #include <initializer_list>
+#include <memory>
 #include <mutex>
 
 #include <QMessageBox>
@@ -90,31 +91,44 @@ ArithmFactory *ArithmFactory::getInstance()
 
 ArithmFactory::ArithmFactory()
 {
-    for (const BuiltIn &cBuiltIn : BUILT_INS)
-        m_lstArithmInfo.append(
-            {cBuiltIn.m_fnGetClass(), cBuiltIn.m_fnGetName(),
-             new Arithm(false, cBuiltIn.m_fnGetID, cBuiltIn.m_fnShowConfigWindow, cBuiltIn.m_fnExecute)});
+    const auto fnAdd = [this](const QString &strClass, const QString &strName, bool bExtLib, fnGetID fnID,
+                              fnShowConfigWindow fnWindow, fnExecute fnExec) {
+        auto pcArithm = std::make_unique<Arithm>(bExtLib, fnID, fnWindow, fnExec);
+        m_lstArithmInfo.append({strClass, strName, pcArithm.get()});
+        pcArithm.release();
+    };
+    loadErrors().clear(); // of an attempt that lacked memory
+    try {
+        for (const BuiltIn &cBuiltIn : BUILT_INS)
+            fnAdd(cBuiltIn.m_fnGetClass(), cBuiltIn.m_fnGetName(), false, cBuiltIn.m_fnGetID,
+                  cBuiltIn.m_fnShowConfigWindow, cBuiltIn.m_fnExecute);
 
-    for (const bool bExtLib : {false, true}) {
-        PluginLoader::loadAll(
-            bExtLib ? QStringLiteral("extArithm/") : QStringLiteral("baseArithm/"),
-            {"getID", "showConfigWindow", "execute", "getArithmClass", "getArithmName"},
-            [this, bExtLib](QLibrary *pcLibrary, const std::vector<QFunctionPointer> &vSymbols) {
-                auto *pcArithm = new Arithm(bExtLib, reinterpret_cast<fnGetID>(vSymbols[0]),
-                                            reinterpret_cast<fnShowConfigWindow>(vSymbols[1]),
-                                            reinterpret_cast<fnExecute>(vSymbols[2]));
-                m_lstArithmInfo.append(
-                    {PluginLoader::selfDescription(*pcLibrary, "getArithmClass", vSymbols[3]),
-                     PluginLoader::selfDescription(*pcLibrary, "getArithmName", vSymbols[4]), pcArithm});
-                m_lstArithmLib.append(pcLibrary);
-            },
-            [](const QString &strError) { loadErrors().append(strError); });
-    }
+        for (const bool bExtLib : {false, true}) {
+            PluginLoader::loadAll(
+                bExtLib ? QStringLiteral("extArithm/") : QStringLiteral("baseArithm/"),
+                {"getID", "showConfigWindow", "execute", "getArithmClass", "getArithmName"},
+                [&](std::unique_ptr<QLibrary> pcLibrary, const std::vector<QFunctionPointer> &vSymbols) {
+                    fnAdd(PluginLoader::selfDescription(*pcLibrary, "getArithmClass", vSymbols[3]),
+                          PluginLoader::selfDescription(*pcLibrary, "getArithmName", vSymbols[4]), bExtLib,
+                          reinterpret_cast<fnGetID>(vSymbols[0]),
+                          reinterpret_cast<fnShowConfigWindow>(vSymbols[1]),
+                          reinterpret_cast<fnExecute>(vSymbols[2]));
+                    m_lstArithmLib.append(pcLibrary.get());
+                    pcLibrary.release();
+                },
+                [](const QString &strError) { loadErrors().append(strError); });
+        }
 
-    for (const ArithmInfo &cInfo : qAsConst(m_lstArithmInfo)) {
-        const QString strID = cInfo.m_pcArithm->getID();
-        if (!m_mapArithm.contains(strID))
-            m_mapArithm.insert(strID, cInfo.m_pcArithm);
+        for (const ArithmInfo &cInfo : qAsConst(m_lstArithmInfo)) {
+            const QString strID = cInfo.m_pcArithm->getID();
+            if (!m_mapArithm.contains(strID))
+                m_mapArithm.insert(strID, cInfo.m_pcArithm);
+        }
+    } catch (...) {
+        for (const ArithmInfo &cInfo : qAsConst(m_lstArithmInfo))
+            delete cInfo.m_pcArithm;
+        qDeleteAll(m_lstArithmLib);
+        throw;
     }
 }
 

@@ -25,11 +25,11 @@ QString Arithm::getID()
 {
     if (!m_fnGetID)
         return {};
-    return guardedCall([this] { return textFromPlugin(m_fnGetID()); },
-                       [](const QString &strWhat) {
-                           logFailure("getID", nullptr, strWhat);
-                           return QString();
-                       });
+    return textFromPlugin(guardedCall([this] { return m_fnGetID(); },
+                                      [](const QString &strWhat) -> const char * {
+                                          logFailure("getID", nullptr, strWhat);
+                                          return nullptr;
+                                      }));
 }
 
 QString Arithm::showConfigWindow(QString strConfig, ArithmParamMgr *pcAPM)

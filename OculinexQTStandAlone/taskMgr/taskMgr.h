@@ -164,7 +164,8 @@ public:
     void clear();
 
     QString toString();
-    /// Replaces all tasks by those of a tasks file's text.
+    /// Replaces all tasks by those of a tasks file's text; by none when memory is short
+    /// (std::bad_alloc).
     void fromString(QString strTasks);
 
     /// False when there is no task at that position.

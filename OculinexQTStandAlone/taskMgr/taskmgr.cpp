@@ -110,8 +110,11 @@ void setCurrentIndex(QObject *pcCombo, int nIndex)
 TaskInfo::TaskInfo(QString strName, void (*fnHaveErrorMessage)(QString))
     : m_strName(strName), m_pcAPM(ArithmParamMgr::newInstance()), m_fnHaveErrorMessage(fnHaveErrorMessage)
 {
+    std::unique_ptr<ArithmParamMgr, void (*)(ArithmParamMgr *)> pcStore(m_pcAPM,
+                                                                        ArithmParamMgr::deleteInstance);
     connect(this, &TaskInfo::threadFinished, this, &TaskInfo::threadFinishedArrived);
     createTaskRecord(this);
+    pcStore.release(); // no destructor runs unless the constructor ends
 }
 
 TaskInfo::~TaskInfo()
@@ -176,7 +179,7 @@ void TaskInfo::fromString(QString strTask)
 
     m_strDataSourceConfigString = s_cDataSource.take(strTask);
     if (!m_strDataSourceConfigString.isEmpty()) {
-        delete m_pcDS;
+        delete std::exchange(m_pcDS, nullptr);
         m_pcDS =
             DataSource::getInstance()->createDataSourceFromConfigString(m_pcAPM, m_strDataSourceConfigString);
     }
@@ -289,12 +292,18 @@ QString TaskMgr::toString()
 void TaskMgr::fromString(QString strTasks)
 {
     clear();
-    int nPos = 0;
-    BlockReader cTasks = s_cTask.blocks(strTasks);
-    for (QStringView strTask = cTasks.next(); !strTask.isEmpty(); strTask = cTasks.next()) {
-        auto pcTask = std::make_unique<TaskInfo>(QString(), m_fnHaveErrorMessage);
-        pcTask->fromString(strTask.toString());
-        addTask(pcTask.release(), nPos++);
+    try {
+        int nPos = 0;
+        BlockReader cTasks = s_cTask.blocks(strTasks);
+        for (QStringView strTask = cTasks.next(); !strTask.isEmpty(); strTask = cTasks.next()) {
+            auto pcTask = std::make_unique<TaskInfo>(QString(), m_fnHaveErrorMessage);
+            pcTask->fromString(strTask.toString());
+            addTask(pcTask.get(), nPos++);
+            pcTask.release();
+        }
+    } catch (...) {
+        clear(); // none rather than some of them
+        throw;
     }
 }
 

@@ -190,12 +190,12 @@ void TaskInfo::startTask()
         qCWarning(lcTask).noquote() << "task" << m_strName << "is not started in the middle of a single run.";
         return;
     }
+    m_lstArithm.detach(); // may lack memory
     if (m_bRunning.exchange(true))
         return;
     pcRecord->waitForThreads();
     m_bExit = false;
     m_bExited = false;
-    m_lstArithm.detach();
     pcRecord->enterThread();
     pthread_t hThread{};
     if (const int nError = pthread_create(&hThread, nullptr, threadTaskFunc, this)) {
