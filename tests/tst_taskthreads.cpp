@@ -290,6 +290,7 @@ source ends the thread         a|bad, last                        start a stop  
         QPushButton cRun("text");
         Fake::Task cTask("a");
         cTask.m_pcRunTask = &cRun;
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("^task 任务 has no thread: ."));
         if (!bLimit) {
             pthread_attr_t cDefault;
             pthread_attr_t cHuge;
@@ -314,9 +315,7 @@ source ends the thread         a|bad, last                        start a stop  
         }
         QVERIFY(!cTask.IsRunning() && cTask.m_bExited);
         QCOMPARE(cRun.text(), "text");
-        QVERIFY(Fake::s_lstTrace.isEmpty());
-        QCOMPARE(Fake::s_lstErrors.size(), 1);
-        QVERIFY(Fake::s_lstErrors.first().startsWith("Task \"任务\" has no thread: "));
+        QVERIFY(Fake::s_lstTrace.isEmpty() && Fake::s_lstErrors.isEmpty());
         cTask.startTask();
         QVERIFY(cTask.IsRunning());
     }

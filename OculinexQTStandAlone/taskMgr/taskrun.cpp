@@ -202,11 +202,7 @@ void TaskInfo::startTask()
         pcRecord->leaveThread();
         m_bExited = true;
         m_bRunning = false;
-        const QString strMsg =
-            QStringLiteral("Task \"%1\" has no thread: %2").arg(m_strName, qt_error_string(nError));
-        qCWarning(lcTask).noquote() << strMsg;
-        if (m_fnHaveErrorMessage)
-            m_fnHaveErrorMessage(strMsg);
+        qCWarning(lcTask).noquote() << "task" << m_strName << "has no thread:" << qt_error_string(nError);
         return;
     }
     m_hThread = hThread;
