@@ -7,45 +7,13 @@
 #include <QColorSpace>
 
 #include "Drawing/drawing.h"
+#include "sdk/image.h"
 
 namespace
 {
 constexpr int TEXTS_NUM = 4; ///< elements of a list that are told
 constexpr int GREEN = 0x00FF00;
 constexpr int PEN = 2;
-
-unsigned char *pixels(const ParamDIB &cPicture)
-{
-    return cPicture.getDIB();
-}
-
-unsigned char *pixels(const ParamGray8 &cPicture)
-{
-    return cPicture.getGray8();
-}
-
-unsigned char *pixels(const ParamGray16 &cPicture)
-{
-    return reinterpret_cast<unsigned char *>(cPicture.getGray16());
-}
-
-/// Calls fnBody with the store's picture of that kind, Qt's name for its pixels and the bytes from
-/// row to row of a picture that wide.
-template <typename Body>
-auto withPicture(ArithmParamMgr &cStore, ParamKind eKind, int nID, Body fnBody)
-{
-    switch (eKind) {
-    case ParamKind::DIB:
-        return fnBody(*cStore.getParamDIB(nID), QImage::Format_BGR888,
-                      [](int nWidth) { return ((nWidth + 1) * 3) & ~3; });
-    case ParamKind::Gray16:
-        return fnBody(*cStore.getParamGray16(nID), QImage::Format_Grayscale16,
-                      [](int nWidth) { return nWidth * 2; });
-    default:
-        return fnBody(*cStore.getParamGray8(nID), QImage::Format_Grayscale8,
-                      [](int nWidth) { return nWidth; });
-    }
-}
 
 template <typename Point>
 QString pointText(const Point &cPoint)
@@ -100,28 +68,22 @@ std::unique_ptr<Drawing::DrawingOpt> drawingOf(ParamKind eKind, int nID, int nHe
 
 bool putPicture(ArithmParamMgr &cStore, ParamKind eKind, int nID, const QImage &cPicture)
 {
-    return withPicture(cStore, eKind, nID, [&](auto &cParameter, QImage::Format eFormat, auto fnRowLength) {
-        const QImage cSource = cPicture.convertToFormat(eFormat);
+    const QImage cSource = cPicture.convertToFormat(Plugin::imageFormat(eKind));
+    const Plugin::Picture cTarget = Plugin::withPicture(cStore, eKind, nID, [&](auto &cParameter) {
         cParameter.resize(cSource.width(), cSource.height());
-        unsigned char *puchPixels = pixels(cParameter);
-        if (!puchPixels)
-            return false;
-        const int nRowLength = fnRowLength(cSource.width());
-        for (int nRow = 0; nRow < cSource.height(); ++nRow)
-            memcpy(puchPixels + static_cast<qptrdiff>(nRow) * nRowLength, cSource.constScanLine(nRow),
-                   static_cast<size_t>(std::min(nRowLength, cSource.bytesPerLine())));
-        return true;
+        return Plugin::picture(cParameter);
     });
+    for (size_t nRow = 0; nRow < static_cast<size_t>(cTarget.m_nHeight); ++nRow)
+        memcpy(cTarget.m_puchPixels + nRow * cTarget.m_nRowLength,
+               cSource.constScanLine(static_cast<int>(nRow)),
+               std::min(cTarget.m_nRowLength, static_cast<size_t>(cSource.bytesPerLine())));
+    return cTarget.m_puchPixels != nullptr;
 }
 
 QImage pictureOf(ArithmParamMgr &cStore, ParamKind eKind, int nID)
 {
-    return withPicture(cStore, eKind, nID, [](auto &cParameter, QImage::Format eFormat, auto fnRowLength) {
-        const unsigned char *puchPixels = pixels(cParameter);
-        return puchPixels ? QImage(puchPixels, cParameter.getWidth(), cParameter.getHeight(),
-                                   fnRowLength(cParameter.getWidth()), eFormat)
-                          : QImage();
-    });
+    return Plugin::image(Plugin::withPicture(
+        cStore, eKind, nID, [](const auto &cParameter) { return Plugin::picture(cParameter); }));
 }
 
 int describeList(ArithmParamMgr &cStore, ParamKind eKind, int nID, QStringList &lstFirst)

@@ -5,6 +5,8 @@
 
 #include <QPainter>
 
+#include "sdk/image.h"
+
 namespace
 {
 using Kind = ArithmParamMgr::Kind;
@@ -41,40 +43,15 @@ void visit(Kind eKind, Body fnBody)
 #undef VISIT
 }
 
-const uchar *pixels(const ParamDIB &cPicture)
+template <typename Parameter>
+void copyPixels(const Parameter &cFrom, Parameter &cTo)
 {
-    return cPicture.getDIB();
-}
-const uchar *pixels(const ParamGray8 &cPicture)
-{
-    return cPicture.getGray8();
-}
-const uchar *pixels(const ParamGray16 &cPicture)
-{
-    return reinterpret_cast<const uchar *>(cPicture.getGray16());
-}
-
-int rowLength(const ParamDIB &cPicture)
-{
-    return (cPicture.getWidth() + 1) * 3 & ~3;
-}
-int rowLength(const ParamGray8 &cPicture)
-{
-    return cPicture.getWidth();
-}
-int rowLength(const ParamGray16 &cPicture)
-{
-    return cPicture.getWidth() * 2;
-}
-
-template <typename Picture>
-void copyPixels(const Picture &cFrom, Picture &cTo)
-{
-    cTo.resize(cFrom.getWidth(), cFrom.getHeight());
+    const Plugin::Picture cPicture = Plugin::picture(cFrom);
+    cTo.resize(cPicture.m_nWidth, cPicture.m_nHeight);
     // Without the memory the copy is empty, and the step says so.
-    if (pixels(cTo))
-        memcpy(const_cast<uchar *>(pixels(cTo)), pixels(cFrom),
-               static_cast<size_t>(rowLength(cFrom)) * static_cast<size_t>(cFrom.getHeight()));
+    if (unsigned char *puchCopy = Plugin::picture(cTo).m_puchPixels)
+        memcpy(puchCopy, cPicture.m_puchPixels,
+               cPicture.m_nRowLength * static_cast<size_t>(cPicture.m_nHeight));
 }
 
 void copyContents(const ParamDIB &cFrom, ParamDIB &cTo)
@@ -122,14 +99,10 @@ void copyContents(const ParamBools &cFrom, ParamBools &cTo)
     cTo.setBools(cFrom.getBools());
 }
 
-template <typename Picture>
-QImage imageOf(const Picture *pcPicture, QImage::Format eFormat)
+template <typename Parameter>
+QImage imageOf(const Parameter *pcParameter)
 {
-    if (!pcPicture || !pixels(*pcPicture))
-        return {};
-    return QImage(pixels(*pcPicture), pcPicture->getWidth(), pcPicture->getHeight(), rowLength(*pcPicture),
-                  eFormat)
-        .copy();
+    return pcParameter ? Plugin::image(Plugin::picture(*pcParameter)).copy() : QImage();
 }
 } // namespace
 
@@ -174,11 +147,11 @@ QImage Plugin::pictureOf(const ArithmParamMgr &cStore, Kind eKind, int nID)
 {
     switch (eKind) {
     case Kind::DIB:
-        return imageOf(cStore.m_mapParamDIB.value(nID), QImage::Format_BGR888);
+        return imageOf(cStore.m_mapParamDIB.value(nID));
     case Kind::Gray8:
-        return imageOf(cStore.m_mapParamGray8.value(nID), QImage::Format_Grayscale8);
+        return imageOf(cStore.m_mapParamGray8.value(nID));
     case Kind::Gray16:
-        return imageOf(cStore.m_mapParamGray16.value(nID), QImage::Format_Grayscale16);
+        return imageOf(cStore.m_mapParamGray16.value(nID));
     default:
         return {};
     }
