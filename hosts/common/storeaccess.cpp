@@ -48,18 +48,13 @@ const Row TABLE[] = {
     {"KQ_Loading", "PicID", WRITE, K::Gray8, N::Allowed, "BeGray=1"},
 };
 
-QString value(const QString &strConfig, const QString &strTag)
-{
-    return GlobalFunction::getBody(strConfig, '<' + strTag + '>', "</" + strTag + '>');
-}
-
 bool holds(const QString &strCondition, const QString &strConfig)
 {
     static const QRegularExpression s_cParts("^(\\w+)(=|!=|>=)(.*)$");
     const QRegularExpressionMatch cMatch = s_cParts.match(strCondition);
     const QString strOperator = cMatch.captured(2);
     const QString strWanted = cMatch.captured(3);
-    const QString strIs = value(strConfig, cMatch.captured(1));
+    const QString strIs = rawConfigValue(strConfig, cMatch.captured(1));
     bool bNumber = false;
     const int nWanted = strWanted.toInt(&bNumber);
     if (strOperator == ">=")
@@ -79,7 +74,7 @@ StoreAccess accessTo(bool bWrite, Negative eNegative, ParamKind eKind, const QSt
                      const QString &strConfig)
 {
     StoreAccess cAccess{bWrite, eNegative, eKind, strTag};
-    cAccess.m_nID = value(strConfig, strTag).toInt(&cAccess.m_bNumber);
+    cAccess.m_nID = rawConfigValue(strConfig, strTag).toInt(&cAccess.m_bNumber);
     return cAccess;
 }
 } // namespace
@@ -92,9 +87,14 @@ QString paramKindName(ParamKind eKind)
     return NAMES[static_cast<size_t>(eKind)];
 }
 
+QString rawConfigValue(const QString &strConfig, const QString &strTag)
+{
+    return GlobalFunction::getBody(strConfig, '<' + strTag + '>', "</" + strTag + '>');
+}
+
 QString configValue(const QString &strConfig, const QString &strTag)
 {
-    return value(strConfig, strTag).trimmed();
+    return rawConfigValue(strConfig, strTag).trimmed();
 }
 
 const PluginTable &settingsTable(const QString &strArithmID)

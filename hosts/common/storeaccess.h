@@ -36,7 +36,8 @@ const PluginTable &settingsTable(const QString &strArithmID);
 bool isInForce(const PluginSetting &cSetting, const PluginTable &cTable, const QString &strConfig);
 /// The kind of an input or output that may have one of several.
 ParamKind kindOf(const PluginSetting &cSetting, const QString &strConfig);
-/// A tag's value without the blanks around it.
+/// A tag's value as it stands, and without the blanks around it.
+QString rawConfigValue(const QString &strConfig, const QString &strTag);
 QString configValue(const QString &strConfig, const QString &strTag);
 
 /// False for an algorithm whose tags are not known: it may read and write anything.

@@ -27,11 +27,6 @@ QString quoted(const QString &strText)
            '\'';
 }
 
-QString tagValue(const QString &strConfig, const char *szTag)
-{
-    return GlobalFunction::getBody(strConfig, QString("<%1>").arg(szTag), QString("</%1>").arg(szTag));
-}
-
 struct Step {
     int m_nMaxExeTimes = 0;
     QString m_strArithmID;
@@ -157,14 +152,14 @@ Step Checker::checkStep(QString strStep)
 
 void Checker::checkSource(const QString &strConfig, Written &mapWritten)
 {
-    const QString strKind = tagValue(strConfig, "DSName");
+    const QString strKind = rawConfigValue(strConfig, "DSName");
     if (strConfig.isEmpty())
         return add("no data source");
     if (!DataSource::getInstance()->m_mapDataSourceInfo.contains(strKind))
         return add(QString("unknown data source '%1'").arg(strKind));
 
-    const QString strType = tagValue(strConfig, "OutputType");
-    const int nID = tagValue(strConfig, "OutputID").toInt();
+    const QString strType = rawConfigValue(strConfig, "OutputType");
+    const int nID = rawConfigValue(strConfig, "OutputID").toInt();
     if (nID < 1)
         add("the data source delivers nothing: its output ID is not at least 1");
     else if (strType != "RGB" && strType != "Gray8")

@@ -6,23 +6,7 @@
 #include <QLocale>
 #include <QRegularExpression>
 
-#include "arithmMgr/arithmmgr.h"
-#include "arithmMgr/arithms.h"
-#include "globalfunction.h"
-#include "plugintables/plugintable.h"
-
-namespace
-{
-QString beginOf(const QString &strTag)
-{
-    return '<' + strTag + '>';
-}
-
-QString endOf(const QString &strTag)
-{
-    return QStringLiteral("</") + strTag + '>';
-}
-} // namespace
+#include "common/storeaccess.h"
 
 QJsonObject OperatorPick::toJson() const
 {
@@ -46,8 +30,7 @@ OperatorPick OperatorPick::fromJson(const QJsonObject &cJson)
 double OperatorPick::value(const QString &strConfig) const
 {
     bool bNumber = false;
-    const double dValue =
-        GlobalFunction::getBody(strConfig, beginOf(m_strTag), endOf(m_strTag)).toDouble(&bNumber);
+    const double dValue = rawConfigValue(strConfig, m_strTag).toDouble(&bNumber);
     return bNumber ? dValue : m_dInitial;
 }
 
@@ -57,13 +40,15 @@ void OperatorPick::setValue(QString &strConfig, double dValue) const
     if (m_bOdd && std::fmod(dValue, 2) == 0)
         dValue += dValue + 1 <= m_dMax ? 1 : -1;
     const QString strValue = QString::number(dValue, 'f', m_nDecimals);
-    const int nBegin = strConfig.indexOf(beginOf(m_strTag), 0, Qt::CaseInsensitive);
-    const int nEnd = strConfig.indexOf(endOf(m_strTag), 0, Qt::CaseInsensitive);
-    const int nBody = nBegin + beginOf(m_strTag).size();
+    const QString strBegin = '<' + m_strTag + '>';
+    const QString strEnd = "</" + m_strTag + '>';
+    const int nBegin = strConfig.indexOf(strBegin, 0, Qt::CaseInsensitive);
+    const int nEnd = strConfig.indexOf(strEnd, 0, Qt::CaseInsensitive);
+    const int nBody = nBegin + strBegin.size();
     if (nBegin >= 0 && nEnd >= nBody)
         strConfig.replace(nBody, nEnd - nBody, strValue);
     else if (nBegin < 0 && nEnd < 0)
-        strConfig += beginOf(m_strTag) + strValue + endOf(m_strTag);
+        strConfig += strBegin + strValue + strEnd;
 }
 
 QJsonObject OperatorSetup::toJson() const
@@ -84,9 +69,7 @@ OperatorSetup OperatorSetup::fromJson(const QJsonObject &cJson)
 QList<OperatorPick> pickableNumbers(const QString &strArithmID, const QString &strConfig)
 {
     QList<OperatorPick> lstPick;
-    const Arithm *const pcArithm = ArithmMgr::getInstance()->getArithm(strArithmID);
-    const PluginTable cTable =
-        pcArithm ? algorithmTable(fileOfFunction(pcArithm->m_fnExecute)) : PluginTable();
+    const PluginTable &cTable = settingsTable(strArithmID);
     for (const PluginSetting &cSetting : cTable.m_lstSetting) {
         const bool bReal = cSetting.m_eKind == Plugin::SettingKind::Real;
         if (!bReal && cSetting.m_eKind != Plugin::SettingKind::Integer)

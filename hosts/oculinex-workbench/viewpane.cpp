@@ -28,7 +28,6 @@ ViewPane::ViewPane(int nView, QWidget *pcParent)
       m_nView(nView),
       m_pcFeed(new ViewFeed(nView, DEFAULT_SIZE, this)),
       m_pcPicture(new Plugin::PictureView(this)),
-
       m_pcSize(new QComboBox(this)),
       m_pcPixel(new QLabel(this))
 {
