@@ -25,7 +25,6 @@
 #include "sdk/window/pictureview.h"
 #include "sdk/window/settingswindow.h"
 #include "sdk/window/showsettings.h"
-#include "tidy.h"
 
 namespace
 {
@@ -87,11 +86,6 @@ constexpr Plugin::PluginDescription STEP{{"OCX_Test", "检测", "测试", {"测�
                                          SETTINGS,
                                          std::size(SETTINGS),
                                          runStep};
-
-constexpr Plugin::Setting SOURCE_SETTINGS[] = {Plugin::Directory("Path", {"目录", "Folder"}),
-                                               Plugin::Real("Fps", {"帧率", "Rate"}, 0, 0, 100)};
-constexpr Plugin::PluginDescription SOURCE{
-    {"Test Source", "", "Test Source", {"", ""}}, SOURCE_SETTINGS, std::size(SOURCE_SETTINGS), nullptr};
 
 template <typename Widget>
 Widget &widget(QWidget &cWindow, const char *szName)
@@ -179,16 +173,6 @@ private slots:
         }
     }
 
-    void editsGiveBackWhatTheyGot()
-    {
-        QCOMPARE(show(STEP, WHOLE, store(), OK), WHOLE);
-        // The outputs exist and are named before the first run, under the IDs that they had.
-        QCOMPARE(store()->requestParamGray8Map()->keys(), (QList<int>{3, 9}));
-        QCOMPARE(store()->getParamGray8(9)->getName(), QStringLiteral("名"));
-        QCOMPARE(store()->getParamGray8(9)->getDescribe(), QStringLiteral("A result"));
-        QCOMPARE(store()->getParamStrings(1)->getDescribe(), QStringLiteral("several"));
-    }
-
     void newStepIsFilledByHand()
     {
         const auto fnFill = [](QWidget &cWindow) {
@@ -219,18 +203,6 @@ private slots:
                                 "<OutputID>4</OutputID><StringsID>1</StringsID>"));
         QCOMPARE(store()->getParamGray8(4)->getName(), QStringLiteral("结果"));
         QCOMPARE(store()->getParamStrings(1)->getName(), QStringLiteral("数"));
-    }
-
-    void cancelLeavesTheStoreAlone()
-    {
-        const auto fnTry = [](QWidget &cWindow) {
-            type(cWindow, "Level", "9");
-            QTRY_COMPARE(shown(cWindow), qRgb(9, 9, 9));
-            QTest::keyClick(&cWindow, Qt::Key_Escape);
-        };
-        QCOMPARE(show(STEP, QString(), store(), CANCEL, fnTry), QString());
-        QCOMPARE(store()->snapshot().size(), 2);
-        QCOMPARE(int(*store()->getParamGray8(3)->getGray8()), 7);
     }
 
     void missingInputStays()
@@ -265,7 +237,6 @@ private slots:
     {
         addRows("what              strWidget     strTyped\n"
                 "end tag           Label         x</Level>\n"
-                "tag in a command  WhenArgument  <CMD>\n"
                 "tag in a name     Name          <Name>\n"
                 "skip by a word    WhenArgument  many");
     }
@@ -331,20 +302,8 @@ private slots:
             // The input beside the result.
             press(cWindow, "cmbShown", Qt::Key_Down);
             QTRY_COMPARE(shown(cWindow), qRgb(7, 7, 7));
-        };
-        QCOMPARE(show(STEP, WHOLE, store(), CANCEL, fnUse), QString());
-    }
-
-    void previewTellsFailures()
-    {
-        const auto fnUse = [](QWidget &cWindow) {
-            const QLabel &cResult = widget<QLabel>(cWindow, "lblResult");
             type(cWindow, "Label", "fail");
             QTRY_VERIFY(cResult.text().contains("The step failed."));
-            type(cWindow, "Label", "<x>"); // is told before it is computed
-            QTRY_VERIFY(cResult.text().contains("holds a tag"));
-            type(cWindow, "Label", "fine");
-            QTRY_VERIFY(cResult.text().contains("done"));
         };
         QCOMPARE(show(STEP, WHOLE, store(), CANCEL, fnUse), QString());
     }
@@ -366,32 +325,6 @@ private slots:
         s_bHeld = false;
         QTRY_COMPARE(s_nLeft.load(), nLeft + 1);
         QTRY_VERIFY(fnThreads() < nThreads);
-    }
-
-    void sourceWindow()
-    {
-        const auto fnFill = [](QWidget &cWindow) {
-            QVERIFY(!cWindow.findChild<QWidget *>("view"));
-            type(cWindow, "Path", "/some/folder");
-            type(cWindow, "Fps", "2.5");
-        };
-        QCOMPARE(show(SOURCE, QString(), nullptr, OK, fnFill),
-                 QStringLiteral("<Path>/some/folder</Path><Fps>2.5</Fps>"));
-        QVERIFY(show(SOURCE, "<Path>a</Path>", nullptr, CANCEL).isNull());
-    }
-
-    void keysGoDownTheWindow()
-    {
-        const auto fnLook = [](QWidget &cWindow) {
-            const QWidget *pcNext = &widget<QWidget>(cWindow, "InputID");
-            for (const char *szName : {"Method", "LevelSlider", "Label", "Region", "Name", "btnOK"})
-                for (int nTabs = 0; pcNext->objectName() != szName; pcNext = pcNext->nextInFocusChain())
-                    QVERIFY2(++nTabs < 50, szName); // not round the whole window
-            widget<QWidget>(cWindow, "Level").setFocus();
-            QTRY_VERIFY(widget<QLabel>(cWindow, "lblHelp").text().contains("Help for the level"));
-            QTRY_COMPARE(Tidy::fault(&cWindow), QString());
-        };
-        QCOMPARE(show(STEP, WHOLE, store(), CANCEL, fnLook), QString());
     }
 
 private:
