@@ -70,18 +70,6 @@ private slots:
         QCOMPARE(cResult.pixelColor(30, 20), QColor(Qt::black));
     }
 
-    void namesAndKinds()
-    {
-        const Outcome cOutcome =
-            tryOut({"--try", "Blur", "--config",
-                    "<OutputID></OutputID><InputID>7</InputID><InputType>rgb</InputType>", "图 1.png"});
-        QCOMPARE(cOutcome.m_nExitCode, 0);
-        const QJsonObject cOutput = objects(cOutcome.m_strOut).value(0)["outputs"].toArray()[0].toObject();
-        QCOMPARE(cOutput["kind"].toString(), QString("RGB"));
-        QCOMPARE(cOutput["id"].toInt(), 8);
-        QCOMPARE(QImage(out("图 1-OutputID.png")).pixelColor(99, 79), QColor(10, 20, 60));
-    }
-
     void unknownSettings()
     {
         const Outcome cOutcome =
@@ -111,15 +99,9 @@ private slots:
     {
         addRows("what            strArguments                    strExitCode  strText\n"
                 "unknown         --try Nope PICTURE                     2  Blur.so\n"
-                "source          --try PictureFolder PICTURE            2  is a data source\n"
-                "no picture      --try Blur                             2  --try needs a picture.\n"
                 "early config    --config x --try Blur PICTURE          2  Each --config follows the --try "
                 "that it\n"
                 "no config file  --try Blur --config @gone PICTURE      2  gone: No such file\n"
-                "repeat          --try Blur --repeat 0 PICTURE          2  --repeat needs\n"
-                "folder          --try Blur --out /no/such PICTURE      2  /no/such: \n"
-                "other mode      --try Blur --once PICTURE              2  exclude each other.\n"
-                "without --try   --repeat 2 a.tasks                     2  need --try.\n"
                 "unwritten list  --try KQ_Saving --config <IsStringID>1</IsStringID><StringID>4</StringID> "
                 "PICTURE  2  "
                 "reads string list 4 (<StringID>), which no --try before it writes\n"
