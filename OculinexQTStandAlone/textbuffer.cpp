@@ -2,6 +2,7 @@
 
 #include <cstring>
 #include <limits>
+#include <map>
 #include <memory>
 #include <new>
 #include <utility>
@@ -24,22 +25,25 @@ int grownLength(int nBuffLen, int nTextLen)
     return static_cast<int>(qMin<qint64>(nLength, std::numeric_limits<int>::max()));
 }
 
-/// What the calling thread was handed last. No thread_local: the C library ends a process that lacks
-/// memory when a thread makes one with a destructor.
-QByteArray &threadsCopy()
+/// What the calling thread was handed last out of each buffer.
+using Copies = std::map<char **, QByteArray>;
+
+/// No thread_local: the C library ends a process that lacks memory when a thread makes one with a
+/// destructor.
+Copies &threadsCopies()
 {
     static const pthread_key_t s_nKey = [] {
         pthread_key_t nKey{};
-        if (pthread_key_create(&nKey, [](void *pvCopy) { delete static_cast<QByteArray *>(pvCopy); }) != 0)
+        if (pthread_key_create(&nKey, [](void *pvCopies) { delete static_cast<Copies *>(pvCopies); }) != 0)
             throw std::bad_alloc();
         return nKey;
     }();
-    if (auto *pachCopy = static_cast<QByteArray *>(pthread_getspecific(s_nKey)))
-        return *pachCopy;
-    auto pachNew = std::make_unique<QByteArray>();
-    if (pthread_setspecific(s_nKey, pachNew.get()) != 0)
+    if (auto *pmapCopies = static_cast<Copies *>(pthread_getspecific(s_nKey)))
+        return *pmapCopies;
+    auto pmapNew = std::make_unique<Copies>();
+    if (pthread_setspecific(s_nKey, pmapNew.get()) != 0)
         throw std::bad_alloc();
-    return *pachNew.release();
+    return *pmapNew.release();
 }
 } // namespace
 
@@ -81,7 +85,7 @@ char *TextBuffer::storeShared(const QString &strText, char *&pchBuffer, int &nBu
     }
     if (achText.isEmpty())
         return blank();
-    QByteArray &achCopy = threadsCopy();
+    QByteArray &achCopy = threadsCopies()[&pchBuffer];
     achCopy = std::move(achText);
     return achCopy.data();
 }

@@ -23,7 +23,7 @@ void store(const QByteArray &achText, char *&pchBuffer, int &nBuffLen);
 
 /// The same for the text as UTF-8, under a lock, for a buffer that several task threads write.
 /// Returns the bytes themselves, which belong to the calling thread and are valid until the thread's
-/// next call of this function.
+/// next call of this function for the same buffer.
 char *storeShared(const QString &strText, char *&pchBuffer, int &nBuffLen, QMutex &cMutex);
 } // namespace TextBuffer
 

@@ -1,6 +1,9 @@
 #include <QtTest>
 
+#include "Drawing/drawing.h"
+#include "MemoryDisk/memorydisk.h"
 #include "OculinexQTStandAloneInQt.h"
+#include "SaveFile/saving.h"
 #include "datatable.h"
 #include "globalfunction.h"
 
@@ -71,6 +74,17 @@ one marker         a|b|c                    |      |     -      a|b|c
         }
         delete[] std::exchange(gpchConfigStrForStandAlone, nullptr);
         QCOMPARE(transConfigStr("text"), "text");
+    }
+
+    /// A built-in algorithm's text stays until the same algorithm hands out the next one.
+    void buffersOfAlgorithms()
+    {
+        QStringList lstTexts{"first", "second", "third"};
+        const char *const aszTexts[] = {MemoryDisk::transConfigStr(lstTexts[0]),
+                                        Drawing::transConfigStr(lstTexts[1]),
+                                        Saving::transConfigStr(lstTexts[2])};
+        for (int nText = 0; nText < 3; ++nText)
+            QCOMPARE(QString(aszTexts[nText]), lstTexts[nText]);
     }
 };
 

@@ -108,7 +108,7 @@ public:
     /// Writes the store's picture that the configuration names. Returns the error text, empty on
     /// success and also when the picture is empty or was dropped.
     static char *execute(char *pchConfig, ArithmParamMgr *pcAPM);
-    /// The text as UTF-8, valid until the calling thread's next call into a built-in algorithm.
+    /// The text as UTF-8, valid until the calling thread's next call into this algorithm.
     static char *transConfigStr(QString &strText);
 
     static const char *s_ID;     ///< "KQ_MemoryDisk"
