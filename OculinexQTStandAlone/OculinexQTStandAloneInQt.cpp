@@ -149,10 +149,14 @@ bool writeText(const QString &strPath, const QByteArray &achText)
             // A disk that fills up takes a part and reports no error.
             if (cFile.write(achText) != achText.size() || !cFile.flush())
                 cFile.cancelWriting();
-            if (!cFile.commit())
+            if (cFile.commit())
+                return true;
+            // A file that is mounted by itself takes new contents, but no other file in its place.
+            if (cFile.error() != QFileDevice::RenameError) {
                 qCWarning(lcFile, "%s keeps its old contents: %s", qUtf8Printable(strPath),
                           qUtf8Printable(cFile.errorString()));
-            return true;
+                return true;
+            }
         }
     }
     QFile cFile(strPath);

@@ -1,7 +1,10 @@
 #include <QtTest>
 
+#include <cerrno>
 #include <csignal>
+#include <cstdio>
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -11,6 +14,20 @@
 #include "OculinexQTStandAlone.h"
 #include "fixtures/limit.h"
 #include "taskMgr/taskMgr.h"
+
+namespace
+{
+bool s_bMounted = false;
+} // namespace
+
+/// Stands before the system's.
+extern "C" __attribute__((visibility("default"))) int rename(const char *szFrom, const char *szTo)
+{
+    if (!s_bMounted)
+        return renameat(AT_FDCWD, szFrom, AT_FDCWD, szTo);
+    errno = EBUSY;
+    return -1;
+}
 
 namespace
 {
@@ -160,6 +177,18 @@ private slots:
         QCOMPARE(seteuid(0), 0);
         QCOMPARE(strResults, "/save file failed.");
         QCOMPARE(contentsOf(path("shut/file")), currentText());
+    }
+
+    /// What cannot be replaced, such as a file that is mounted by itself, is written where it is.
+    void savingWhereNoFileCanBePut()
+    {
+        setContents(path("mounted"), "old");
+        s_bMounted = true;
+        const QString strResult = save(path("mounted"));
+        s_bMounted = false;
+        QCOMPARE(strResult, "");
+        QCOMPARE(contentsOf(path("mounted")), currentText());
+        QCOMPARE(QDir(m_cDir.path()).entryList({"mounted*"}, QDir::Files).size(), 1);
     }
 
     void fullDiskKeepsTheOldFile()
