@@ -1,3 +1,5 @@
+#include "fixtures/failingheap.h"
+
 #include <QtTest>
 
 #include <algorithm>
@@ -183,18 +185,19 @@ private slots:
         ArithmParamMgr cTo;
         MemoryDisk &cDisk = *MemoryDisk::getInstance(5);
         const QByteArray achWriter = writerConfig(5, 4, "Gray8");
+        constexpr int BYTES = 300 * 200;
         const std::unique_ptr<DataSource::DataSourceInstance> pcSource(
             DataSource::getInstance()->createDataSourceFromConfigString(
                 &cTo, "<DSName>Memory Disk 5</DSName><OutputType>Gray8</OutputType><OutputID>7</OutputID>"));
         QCOMPARE(execute(achWriter, &cFrom), QByteArray()); // still empty: skipped
         QCOMPARE(GREY.counts(cDisk), UNTOUCHED);
 
-        cFrom.getParamGray8(4)->resize(3, 2);
+        cFrom.getParamGray8(4)->resize(300, 200);
         QElapsedTimer cTimer;
         cTimer.start();
         for (int nPicture = 0; nPicture < 7; ++nPicture) {
             QVERIFY(nPicture == 6 || cTimer.elapsed() < 900);
-            memset(cFrom.getParamGray8(4)->getGray8(), nPicture, 6);
+            memset(cFrom.getParamGray8(4)->getGray8(), nPicture, BYTES);
             QCOMPARE(execute(achWriter, &cFrom), QByteArray());
         }
         QVERIFY(cTimer.elapsed() >= 999); // the seventh waited and was dropped
@@ -202,9 +205,14 @@ private slots:
 
         for (int nPicture = 0; nPicture < 6; ++nPicture) {
             QVERIFY(pcSource->execute());
-            QCOMPARE(QByteArray(reinterpret_cast<char *>(cTo.getParamGray8(7)->getGray8()), 6),
-                     QByteArray(6, static_cast<char>(nPicture)));
+            QCOMPARE(QByteArray(reinterpret_cast<char *>(cTo.getParamGray8(7)->getGray8()), BYTES),
+                     QByteArray(BYTES, static_cast<char>(nPicture)));
         }
+        // Once the buffers have their size, nothing large is allocated for a picture.
+        QVERIFY(__atomic_exchange_n(&FailingHeap::s_nLarge, 0, __ATOMIC_RELAXED) > 6 || !FailingHeap::WORKS);
+        QCOMPARE(execute(achWriter, &cFrom), QByteArray());
+        QVERIFY(pcSource->execute());
+        QCOMPARE(FailingHeap::s_nLarge, 0);
         QCOMPARE(GREY.counts(cDisk), UNTOUCHED);
         cTimer.start();
         QVERIFY(!pcSource->execute());
@@ -272,65 +280,7 @@ private slots:
         for (const auto &[achConfig, achError] : aErrors)
             QCOMPARE(execute(achConfig, &cAPM), achError);
     }
-
-    /// A process may end while its tasks' threads are inside the memory disks and the sources.
-    void processEndsUnderTraffic()
-    {
-        QCOMPARE(QProcess::execute(QCoreApplication::applicationFilePath(), {"end"}), 0);
-    }
 };
 
-namespace
-{
-std::atomic<int> gnPictures{-1};
-
-/// Leaves main() while threads write, read and release.
-int endUnderTraffic()
-{
-    gnPictures = 0;
-    std::thread([] {
-        unsigned char auchPicture[4] = {};
-        for (;;)
-            MemoryDisk::getInstance(0)->addDIB(auchPicture, 1, 1);
-    }).detach();
-    std::thread([] {
-        for (int nWidth = 0, nHeight = 0;;) {
-            if (MemoryDiskCallBack0::MemoryDiskRequestPicture(1, "RGB", &nWidth, &nHeight))
-                ++gnPictures;
-            MemoryDiskCallBack0::MemoryDiskReleasePicture(1);
-        }
-    }).detach();
-    while (gnPictures < 1000)
-        std::this_thread::yield();
-    return 0;
-}
-
-#if !SANITIZED // whose run-time library is not ready before the other libraries
-/// The pictures must flow on while the process ends.
-void flowOn(int, void *)
-{
-    const int nGoal = gnPictures + 1000;
-    QElapsedTimer cTimer;
-    cTimer.start();
-    while (gnPictures >= 0 && gnPictures < nGoal) {
-        if (cTimer.elapsed() > 10000)
-            std::_Exit(1);
-        std::this_thread::yield();
-    }
-}
-
-// What is registered before any library is initialised is called behind the destructors of them all.
-[[gnu::used, gnu::section(".preinit_array")]] void (*gfnCalledLast)() = [] { on_exit(flowOn, nullptr); };
-#endif
-} // namespace
-
-int main(int argc, char *argv[])
-{
-    QCoreApplication cApp(argc, argv);
-    if (argc == 2 && qstrcmp(argv[1], "end") == 0)
-        return endUnderTraffic();
-    TestMemoryDisk cTest;
-    return QTest::qExec(&cTest, argc, argv);
-}
-
+QTEST_GUILESS_MAIN(TestMemoryDisk)
 #include "tst_memorydisk.moc"
