@@ -12,6 +12,7 @@
 #include <QLineEdit>
 #include <QListWidget>
 #include <QMessageBox>
+#include <QPointer>
 #include <QTabWidget>
 #include <QTableWidget>
 #include <QTest>
@@ -150,5 +151,14 @@ private:
     bool m_bClosed = false;
     QObject m_cAlive;
 };
+
+/// A host's own dialog goes with its parent, also while a box or another dialog of it is open.
+inline void goesMeanwhile(QDialog *pcDialog, const char *szButton)
+{
+    const QPointer<QWidget> pcParent = pcDialog->parentWidget();
+    pcDialog->open();
+    DialogUser cUser({DialogUser::press(szButton), [&](QWidget &) { delete pcParent; }});
+    QTRY_VERIFY(!pcParent);
+}
 
 #endif

@@ -1,8 +1,6 @@
 // The choice of a task's data source, in a user's hands.
 
 #include <memory>
-#include <stdexcept>
-#include <thread>
 
 #include <QtTest>
 
@@ -125,7 +123,6 @@ private slots:
     void editsASource_data()
     {
         addRows("row        strType  strID  strShownType  strNewID\n"
-                "grey       Gray8    12     Gray8         12\n"
                 "16 bits    Gray16   12     RGB           12\n"
                 "no number  Gray8    x      Gray8         1");
     }
@@ -156,8 +153,7 @@ private slots:
 
     void cancels()
     {
-        cancel({use("假"), use("假"), CANCEL}, 2);
-        cancel({use("假"), use("假"), DialogUser::type(Qt::Key_Escape)}, 2);
+        cancel({use("假"), use("假"), CANCEL});
         // A kind's window that closes the dialog behind it, which takes no input.
         s_fnWindow = [] {
             QWidget *pcDialog = QApplication::activeModalWidget();
@@ -165,30 +161,7 @@ private slots:
                 pcDialog->close();
             return "new";
         };
-        cancel({use("假"), use("假")}, 2);
-        // One that opens another one.
-        s_fnWindow = [] {
-            if (s_lstCall.filter("show").size() == 1)
-                QMetaObject::invokeMethod(QApplication::activeModalWidget(), "on_btnSetting_clicked");
-            return "new";
-        };
-        cancel({use("假"), use("假"), CANCEL}, 3);
-    }
-
-    /// What a kind's window does must not hurt; the configuration stays where it gives none.
-    void survivesKinds()
-    {
-        const auto fnConfig = [] {
-            QString strConfig = "<DSName>x</DSName><OutputName>n</OutputName><Config>old</Config>";
-            DialogUser cUser({use("假"), OK});
-            newSource(nullptr, strConfig);
-            return strConfig.section("<OutputID>-1</OutputID>", 1);
-        };
-        s_fnWindow = []() -> QByteArray { throw std::runtime_error("no window"); };
-        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("no window"));
-        QCOMPARE(fnConfig(), "<Config>old</Config>");
-        s_fnWindow = [] { return "</Config>\xff"; };
-        QCOMPARE(fnConfig(), "<Config></Config>\uFFFD</Config>");
+        cancel({use("假"), use("假")});
     }
 
     /// The task takes the source over, unless another tasks file has replaced it meanwhile.
@@ -220,18 +193,9 @@ private slots:
         }
     }
 
-    void offTheGuiThread()
-    {
-        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("DlgDataSource opens only"));
-        std::thread([] {
-            QString strConfig;
-            newSource(nullptr, strConfig);
-        }).join();
-    }
-
 private:
     /// Nothing survives a dialog that is left.
-    static void cancel(const std::list<DialogUser::Act> &lstAct, int nWindows)
+    static void cancel(const std::list<DialogUser::Act> &lstAct)
     {
         s_lstCall.clear();
         ArithmParamMgr cStore;
@@ -239,8 +203,8 @@ private:
         DialogUser cUser(lstAct);
         QVERIFY(!newSource(&cStore, strConfig));
         QCOMPARE(strConfig, "<DSName>gone</DSName><Config>old</Config>");
-        QCOMPARE(s_lstCall.filter("show").size(), nWindows);
-        QCOMPARE(s_lstCall.filter("remove").size(), nWindows);
+        QCOMPARE(s_lstCall.filter("show").size(), 2);
+        QCOMPARE(s_lstCall.filter("remove").size(), 2);
         QVERIFY(cStore.requestParamDIBMap()->isEmpty());
     }
 };

@@ -83,7 +83,6 @@ private slots:
             "grey overlay    1     rbDrawModeLappedGray8=1 cbLappedTypeGray8=1 cbScaleModeGray8=2 cbPosGray8=1  -  <Scale>2</Scale><Pos>1</Pos><DrawMode><Lapped>1</Lapped><Val>1</Val></DrawMode>\n"
             "grey mask       1     rbDrawModeMaskGray8=1 cbMaskValGray8=1 cbMaskColorGray8=2     -                       <Scale>0</Scale><Pos>0</Pos><DrawMode><Mask>1,2</Mask><Val>2</Val></DrawMode>\n"
             "16 bit          2     cbScaleModeGray16=1 cbPosGray16=1                             -                       <Scale>1</Scale><Pos>1</Pos><DrawMode><Val>0</Val></DrawMode>\n"
-            "16 bit overlay  2     rbDrawModeLappedGray16=1 cbLappedTypeGray16=1                 -                       <Scale>0</Scale><Pos>0</Pos><DrawMode><Lapped>1</Lapped><Val>1</Val></DrawMode>\n"
             "16 bit mask     2     rbDrawModeMaskGray16=1 cbMaskValGray16=1 cbMaskColorGray16=2  -                       <Scale>0</Scale><Pos>0</Pos><DrawMode><Mask>1,2</Mask><Val>2</Val></DrawMode>\n"
             "points          3     cbSizePoints=2                                                btnColorPoints=#ff0000  <Size>2</Size><Color>-65536</Color>\n"
             "lines           4     cbSizeLines=8 cbDspLengthLines=1                              btnColorLines=#00ff80   <Size>8</Size><DspLen>1</DspLen><Color>-16711808</Color>\n"
@@ -150,11 +149,8 @@ private slots:
         QCOMPARE(configure(config(0, 3, "x"), &cStore), QString());
         QCOMPARE(strBoxes, "警告: 所选择的数据对象不存在! 1\n");
 
-        for (const DialogUser::Act &fnLeave :
-             {DialogUser::press("btnCancel"), DialogUser::type(Qt::Key_Escape)}) {
-            DialogUser cLeaving({DialogUser::choose("tblLines", 1), SELECT, fnLeave});
-            QCOMPARE(configure(config(0, 3, "x"), &cStore), QString());
-        }
+        DialogUser cLeaving({DialogUser::choose("tblLines", 1), SELECT, DialogUser::press("btnCancel")});
+        QCOMPARE(configure(config(0, 3, "x"), &cStore), QString());
     }
 
     /// Config strings that others wrote: what is shown, and what selecting it makes.
@@ -163,16 +159,9 @@ private slots:
         // clang-format off
         addRows(
             "config            text                                                                 shown                        made\n"
-            "no type           <DataID>3</DataID><Config><Scale>2</Scale></Config>                  RGB|RGB|tblRGB3|描述tblRGB|         0 <Scale>2</Scale><Pos>0</Pos>\n"
             "unknown type      <DataType>9</DataType><DataID>3</DataID><Config>x</Config>           RGB||||                      -\n"
-            "unknown ID        <DataType>1</DataType><DataID>44</DataID>                            Gray8|Gray8|||                       -\n"
-            "no settings       <DataType>3</DataType><DataID>3</DataID>                             Points|Points|tblPoints3|描述tblPoints|  3 <Size>0</Size><Color>-16777216</Color>\n"
             "no such items     <DataType>1</DataType><DataID>3</DataID><Config><Scale>99</Scale><Pos>x</Pos><DrawMode><Val>7</Val><Lapped>-5</Lapped></DrawMode></Config>"
             "  Gray8|Gray8|tblGray83|描述tblGray8|  1 <Scale>-1</Scale><Pos>0</Pos><DrawMode><Val>0</Val></DrawMode>\n"
-            "half a mask       <DataType>1</DataType><DataID>3</DataID><Config><DrawMode><Mask>1</Mask><Val>2</Val></DrawMode></Config>"
-            "  Gray8|Gray8|tblGray83|描述tblGray8|  1 <Scale>0</Scale><Pos>0</Pos><DrawMode><Mask>1,0</Mask><Val>2</Val></DrawMode>\n"
-            "no such colours   <DataType>4</DataType><DataID>3</DataID><Config><Color>red</Color></Config>"
-            "  Lines|Lines|tblLines3|描述tblLines|  4 <Size>0</Size><DspLen>0</DspLen><Color>-16777216</Color>\n"
             "transparent       <DataType>6</DataType><DataID>3</DataID><Config><Color>255</Color></Config>"
             "  Areas|Areas|tblAreas3|描述tblAreas|  6 <DspArea>0</DspArea><Color>-16776961</Color>\n"
             "half a position   <DataType>7</DataType><DataID>3</DataID><Config><Color>99999999999</Color><Pos>9</Pos><FontSize>-1</FontSize></Config>"
@@ -198,16 +187,11 @@ private slots:
         QCOMPARE(strMade, made.isEmpty() ? QString() : config(made.left(1).toInt(), 3, made.mid(2)));
     }
 
-    /// A host's own dialog goes with its parent, also while a box or another dialog of it is open.
     void goesMeanwhile()
     {
-        for (const char *szButton : {"btnOK", "btnColorLines"}) {
-            Store cStore;
-            const QPointer<QWidget> pcParent = new QWidget;
-            (new DlgDrawingConfig(config(4, 0, QString()), &cStore, pcParent))->open();
-            DialogUser cUser({DialogUser::press(szButton), [&](QWidget &) { delete pcParent; }});
-            QTRY_VERIFY(!pcParent);
-        }
+        Store cStore;
+        for (const char *szButton : {"btnOK", "btnColorLines"})
+            ::goesMeanwhile(new DlgDrawingConfig(config(4, 0, QString()), &cStore, new QWidget), szButton);
     }
 
     /// The store may die while the dialog is open, and nothing opens where no window can.
