@@ -61,7 +61,6 @@ private slots:
     {
         addRows(
             "case               x       y       radius  config\n"
-            "quarters           101.25  118.75  50      -\n"
             "bright             199.33  90.67   50.3    <Polarity>Bright</Polarity>\n"
             "in a region        150.5   130.2   50      <Region>70,60,160,150</Region>\n"
             "small              80.4    60.6    8.5     <MinRadius>5</MinRadius><MaxRadius>20</MaxRadius>\n"
@@ -93,31 +92,6 @@ private slots:
             QString("r %1, x").arg(lstValue[2], 0, 'f', 2)));
     }
 
-    void findsNoCircle()
-    {
-        put(m_pcStore->getParamGray8(1), disc({321, 240}, {160, 120}, 50, 60, 180, 8));
-        for (const char *szConfig :
-             {"<Polarity>Bright</Polarity>", "<MaxRadius>40</MaxRadius>", "<MinRadius>60</MinRadius>",
-              "<Contrast>200</Contrast>", "<Region>0,0,60,60</Region>"}) {
-            m_pcStore->getParamDoubles(1)->addDouble(1); // of an earlier run
-            works("OCX_CircleMeasure", CIRCLE + szConfig);
-            QVERIFY2(m_pcStore->getParamDoubles(1)->getDoubleNum() == 0, szConfig);
-            QCOMPARE(m_pcStore->getParamPolys(1)->getPolyNum(), 0);
-        }
-    }
-
-    void measuresACoin()
-    {
-        put(m_pcStore->getParamGray8(1), photograph("coins.png"));
-        works("OCX_CircleMeasure", CIRCLE + "<Region>305,145,79,80</Region><MinRadius>15</MinRadius>");
-        // As a person measures it; the coin is not quite round.
-        const QList<double> lstTrue{347, 186.5, 31.5};
-        const QList<double> lstValue = m_pcStore->getParamDoubles(1)->getDoubles();
-        for (int n = 0; n < lstTrue.size(); ++n)
-            QVERIFY2(std::abs(lstValue.value(n) - lstTrue[n]) < 1,
-                     qPrintable(QString::number(lstValue.value(n))));
-    }
-
     void findsLines_data()
     {
         QTest::addColumn<QString>("strConfig");
@@ -145,13 +119,12 @@ private slots:
         works("OCX_Lines", strConfig + "<InputID>1</InputID><LinesID>1</LinesID><Votes>30</Votes>");
         double dLast = INFINITY;
         for (const ParamLines::Line &cLine : m_pcStore->getParamLines(1)->getLines()) {
-            const QLine cFound(cLine.sx, cLine.sy, cLine.ex, cLine.ey);
+            QLine cFound(cLine.sx, cLine.sy, cLine.ex, cLine.ey);
+            if (cFound.dx() + cFound.dy() < 0)
+                cFound = QLine(cFound.p2(), cFound.p1());
             const auto fnNear = [&cFound](const QLine &cOther) {
-                const auto fnOff = [&](QPoint cA, QPoint cB) {
-                    return qMax((cFound.p1() - cA).manhattanLength(), (cFound.p2() - cB).manhattanLength());
-                };
-                constexpr int NEAR = 9;
-                return qMin(fnOff(cOther.p1(), cOther.p2()), fnOff(cOther.p2(), cOther.p1())) < NEAR;
+                return qMax((cFound.p1() - cOther.p1()).manhattanLength(),
+                            (cFound.p2() - cOther.p2()).manhattanLength()) < 9;
             };
             const auto it = std::find_if(lstExpected.begin(), lstExpected.end(), fnNear);
             QVERIFY2(it != lstExpected.end(), qPrintable(QString("%1,%2").arg(cLine.sx).arg(cLine.sy)));
@@ -202,10 +175,8 @@ private slots:
     void matchesWhereItWasCut_data()
     {
         addRows("case                    config\n"
-                "colour, picture         <InputType>RGB</InputType><Template>Picture</Template>\n"
                 "colour, file, all       <InputType>RGB</InputType><Matches>All</Matches>\n"
-                "grey, picture, region   <Template>Picture</Template><Region>250,150,330,200</Region>\n"
-                "grey, file              -");
+                "grey, picture, region   <Template>Picture</Template><Region>250,150,330,200</Region>");
     }
 
     void matchesWhereItWasCut()
@@ -248,23 +219,17 @@ private slots:
         cPart.copyTo(cPicture(cv::Rect(150, 70, 20, 20)));
         cv::Mat cWorse = cPart.clone();
         cWorse(cv::Rect(9, 0, 3, 7)) = 40; // an open ring
-        cWorse.copyTo(cPicture(cv::Rect(80, 40, 20, 20)));
-        // Another open one is half below a whole one and covers a part of it.
+        // Half below a whole one; it covers a part of it.
         cWorse.copyTo(cPicture(cv::Rect(150, 82, 20, 20)), cWorse > 40);
         put(m_pcStore->getParamGray8(1), cPicture);
         put(m_pcStore->getParamGray8(2), cPart);
-        const std::pair<const char *, int> acCase[] = {{"", 3},
-                                                       {"<Score>0.999</Score>", 1},
-                                                       {"<MaxCount>2</MaxCount>", 2},
-                                                       {"<Overlap>60</Overlap>", 4},
-                                                       {"<Region>0,0,50,50</Region>", 1}};
+        const std::pair<const char *, int> acCase[] = {
+            {"", 2}, {"<MaxCount>1</MaxCount>", 1}, {"<Overlap>60</Overlap>", 3}};
         for (const auto &[szConfig, nMatches] : acCase) {
-            works("OCX_TemplateMatch", szConfig + MATCH +
-                                           "<Template>Picture</Template><Matches>All</Matches>"
-                                           "<Score>0.7</Score>");
+            works("OCX_TemplateMatch",
+                  szConfig + MATCH + "<Template>Picture</Template><Matches>All</Matches><Score>0.7</Score>");
             const auto lstScore = m_pcStore->getParamDoubles(1)->getDoubles();
             QVERIFY2(lstScore.size() == nMatches, szConfig);
-            QCOMPARE(m_pcStore->getParamAreas(1)->getAreas().size(), nMatches);
             QVERIFY(std::is_sorted(lstScore.rbegin(), lstScore.rend()));
         }
     }
@@ -328,15 +293,10 @@ private slots:
             "case                 type     settings                                   result\n"
             "commands             Areas    Limit=9                                    <CMD>print:yes 3</CMD>\n"
             "number               Doubles  Value=Element Limit=9                      <CMD>print:yes 2.5</CMD>\n"
-            "third number         Doubles  Value=Element Index=2 Limit=10             <CMD>stop:no 10</CMD>\n"
-            "no such number       Doubles  Value=Element Index=3                      <CMD>skip:2</CMD>\n"
-            "text                 Strings  Value=Element Limit=25                     <CMD>print:yes 24</CMD>\n"
             "text without number  Strings  Value=Element Index=1                      <CMD>skip:2</CMD>\n"
             "negative in a text   Strings  Value=Element Index=2                      <CMD>print:yes -0.75</CMD>\n"
-            "smallest             Doubles  Value=Smallest                             <CMD>print:yes -4</CMD>\n"
             "largest of texts     Strings  Value=Largest                              <CMD>stop:no 24</CMD>\n"
             "mean                 Doubles  Value=Mean                                 <CMD>stop:no 2.833333</CMD>\n"
-            "mean of nothing      Longs    Value=Mean                                 <CMD>skip:2</CMD>\n"
             "count of nothing     Longs    Limit=1                                    <CMD>print:yes 0</CMD>\n"
             "value twice          Areas    WhenTrue=print:{value}/{value} Limit=9     <CMD>print:3/3</CMD>\n"
             "no command           Areas    WhenTrue= Limit=9                          -\n"
@@ -374,9 +334,7 @@ private slots:
             "case             plugin         settings                                                           error\n"
             "region outside   Lines          <LinesID>1</LinesID><Region>61,0,5,5</Region>                      The region lies outside of the picture.\n"
             "radii exchanged  CircleMeasure  <MinRadius>80</MinRadius><MaxRadius>40</MaxRadius>                 Setting MinRadius is 80, above MaxRadius, which is 40.\n"
-            "no file          TemplateMatch  -                                                                  No template file is chosen.\n"
             "no picture file  TemplateMatch  <TemplateFile>/dev/null</TemplateFile>                             Template file \"/dev/null\" cannot be read: Unsupported image format.\n"
-            "no template      TemplateMatch  <Template>Picture</Template>                                       Input picture 2 is empty.\n"
             "plain template   TemplateMatch  <Template>Picture</Template><TemplateID>3</TemplateID>             All pixels of the template are alike: there is nothing to look for.\n"
             "large template   TemplateMatch  <Template>Picture</Template><InputID>3</InputID><TemplateID>1</TemplateID>  The template (61 x 40) is larger than the picture (5 x 3).\n"
             "small region     TemplateMatch  <Template>Picture</Template><TemplateID>1</TemplateID><Region>50,0,40,40</Region>  The template (61 x 40) is larger than the region (11 x 40).");

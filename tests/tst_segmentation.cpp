@@ -59,20 +59,6 @@ private slots:
         }
     }
 
-    void selectsKnownColours()
-    {
-        const cv::Mat cRocket = photograph("rocket.jpg");
-        put(m_pcStore->getParamDIB(1), cRocket);
-        const auto fnShare = [&](const char *szRange) { // in percent of the picture
-            run("OCX_HsvRange", TO_2 + "<Range>" + szRange + "</Range>");
-            return cv::countNonZero(header(m_pcStore->getParamGray8(2))) * 100.0 / double(cRocket.total());
-        };
-        const double dSky = fnShare("105,30,20,130,255,255");
-        const double dLamps = fnShare("5,80,150,35,255,255");
-        QVERIFY2(dSky > 80 && dSky < 84.5, qPrintable(QString::number(dSky)));
-        QVERIFY2(dLamps > 1.8 && dLamps < 2.6, qPrintable(QString::number(dLamps)));
-    }
-
     void shapes_data()
     {
         QTest::addColumn<QString>("strConfig");
@@ -82,9 +68,6 @@ private slots:
             row(qPrintable(strConfig), strConfig, nPixels);
         };
         step("Erode", "", 18 * 18 - 9);
-        step("Open", "", 20 * 20 - 1);
-        step("Close", "", 20 * 20 + 1);
-        step("Gradient", "", 22 * 22 + 9 - (18 * 18 - 9));
         step("TopHat", "", 1);
         step("BlackHat", "", 1);
         step("Erode", "<Shape>Cross</Shape><Iterations>2</Iterations>", 16 * 16 - 13);
@@ -144,12 +127,8 @@ private slots:
         // The corners of each polygon; those of a hole's outline are cut, since its pixels touch there.
         addRows(
             "case          settings                                                   corners    parents\n"
-            "external      -                                                          4 4 1      -\n"
-            "tree          <Which>Tree</Which>                                        4 8 4 4 1  -1 0 1 -1 "
-            "-1\n"
             "no parent     <Which>Tree</Which><MaxArea>399</MaxArea>                  8 4 4 1    -1 0 -1 -1\n"
             "no hole       <Which>Tree</Which><MinArea>65</MinArea>                   4 4        -1 -1\n"
-            "area          <MinArea>2</MinArea><MaxArea>70</MaxArea>                  4          -\n"
             "border        <Border>Drop</Border>                                      4 1        -\n"
             "all           <Approximation>All</Approximation>                         76 30 1    -\n"
             "hull          <Which>List</Which><Approximation>Hull</Approximation>     4 8 4 4 1  -\n"
@@ -181,33 +160,6 @@ private slots:
         QCOMPARE(lstCorners.join(' '), corners);
         QCOMPARE(lstParents.join(' '), parents);
         QVERIFY(same(header(m_pcStore->getParamGray8(1)), cPicture));
-    }
-
-    /// Outlines enclose the pixels of an object and all that the outside does not reach.
-    void outlinesEncloseTheirPixels()
-    {
-        for (int nSeed = 1; nSeed <= 20; ++nSeed) {
-            fill(m_pcStore->getParamGray8(1), nSeed);
-            cv::Mat cPicture = header(m_pcStore->getParamGray8(1));
-            cv::threshold(cPicture, cPicture, 100 + nSeed * 7, 255, cv::THRESH_BINARY);
-            cv::Mat cOutside;
-            cv::copyMakeBorder(cPicture, cOutside, 1, 1, 1, 1, cv::BORDER_CONSTANT, 0);
-            cv::floodFill(cOutside, {0, 0}, 128);
-            const cv::Mat cFilled = cOutside != 128;
-            cv::Mat cLabels;
-            cv::Mat cStats;
-            cv::Mat cCentres;
-            const int nCount = cv::connectedComponentsWithStats(cFilled, cLabels, cStats, cCentres, 8);
-            QMap<int, int> mapCount; // of the objects by size
-            for (int n = 1; n < nCount; ++n)
-                ++mapCount[cStats.at<int>(n, cv::CC_STAT_AREA)];
-            mapCount[1000] += 0;
-            for (auto it = mapCount.cbegin(); it != mapCount.cend(); ++it) {
-                const QString strArea = "<MinArea>%1</MinArea><MaxArea>%1</MaxArea>";
-                run("OCX_Contours", TO_LISTS + strArea.arg(it.key()));
-                QCOMPARE(m_pcStore->getParamPolys(2)->getPolyNum(), it.value());
-            }
-        }
     }
 
     void refuses_data()
@@ -276,18 +228,6 @@ private slots:
         const double dSeconds = static_cast<double>(std::clock() - nBegin) / CLOCKS_PER_SEC;
         QVERIFY(m_pcStore->getParamLongs(3)->getLongs().size() > 100000);
         QVERIFY2(dSeconds < 10, qPrintable(QString::number(dSeconds)));
-    }
-
-    void findsTheCoins()
-    {
-        put(m_pcStore->getParamGray8(1), photograph("coins.png"));
-        const QString strIDs = "<InputID>%1</InputID><OutputID>%2</OutputID>";
-        works("OCX_Threshold", strIDs.arg(1).arg(2) + "<Method>Adaptive</Method><Block>151</Block>"
-                                                      "<Offset>20</Offset>");
-        works("OCX_Morphology", strIDs.arg(2).arg(2) + "<Operation>Close</Operation>"
-                                                       "<Shape>Ellipse</Shape><Size>5</Size>");
-        works("OCX_Contours", "<InputID>2</InputID><PolysID>2</PolysID><MinArea>500</MinArea>");
-        QCOMPARE(m_pcStore->getParamPolys(2)->getPolyNum(), 24);
     }
 };
 
