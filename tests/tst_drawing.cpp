@@ -66,7 +66,6 @@ private slots:
     void recordsScales_data();
     void recordsScales();
     void paintsWhatAPainterPaints();
-    void writesRowPaddingAndExchangesItsCopy();
     void badPicturesDrawNothing();
     void readsConfig_data();
     void readsConfig();
@@ -200,23 +199,6 @@ void TestDrawing::paintsWhatAPainterPaints()
     }
     const Drawing::Gray8DrawingOpt cOpt(1, nullptr, 1, 1);
     QCOMPARE(cOpt.m_anColourTable[7], 0xFF331C00);
-}
-
-void TestDrawing::writesRowPaddingAndExchangesItsCopy()
-{
-    const QByteArray achPixels("bgrBGRxyz...cdeCDEuvw...");
-    const QByteArray achExchanged("rgbRGBzyx...edcEDCwvu...");
-    for (const int nScale : {3, 4}) { // copied row by row, not placed at all
-        QByteArray achCaller(achPixels.constData(), achPixels.size());
-        Drawing::DIBDrawingOpt cOpt(1, reinterpret_cast<unsigned char *>(achCaller.data()), 3, 2);
-        cOpt.setScaleType(nScale);
-        QByteArray achView(24, '\xAB');
-        QImage cTarget(reinterpret_cast<unsigned char *>(achView.data()), 3, 2, 12, QImage::Format_RGB888);
-        cOpt.draw(&cTarget, &m_cStore);
-        QCOMPARE(achView.mid(9, 3) + achView.mid(21), QByteArray(6, 0));
-        QCOMPARE(QByteArray(reinterpret_cast<char *>(cOpt.m_puchData), 24), achExchanged);
-        QCOMPARE(achCaller, achPixels);
-    }
 }
 
 void TestDrawing::badPicturesDrawNothing()

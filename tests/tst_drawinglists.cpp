@@ -60,7 +60,6 @@ private slots:
     void paintsPixelByPixel();
     void squaresTheAreaOfWhatIsNearlyFlat();
     void hostileNumbers();
-    void emptyListsAndMissingOnes();
     void textsNeedAGuiApplication();
 
 private:
@@ -238,22 +237,6 @@ void TestDrawingLists::hostileNumbers()
         }
     }
     QVERIFY(cTimer.elapsed() < 20'000); // no painting without end
-}
-
-void TestDrawingLists::emptyListsAndMissingOnes()
-{
-    Drawing::StringsDrawingOpt cOpt(ID);
-    cOpt.setFontSize(1);
-    cOpt.setColor(255);
-    QCOMPARE(drawn(cOpt), black());
-    QCOMPARE(cOpt.getFontSize(), 1); // nothing drawn, nothing raised
-    m_cStore.getParamStrings(ID)->addString(QStringLiteral("text"));
-    QImage cTarget = black();
-    QImage cNone;
-    cOpt.draw(nullptr, &m_cStore);
-    cOpt.draw(&cTarget, nullptr);
-    cOpt.draw(&cNone, &m_cStore);
-    QCOMPARE(cTarget, black());
 }
 
 namespace

@@ -11,7 +11,6 @@
 #include "OculinexQTStandAlone.h"
 #include "OculinexQTStandAloneInQt.h"
 #include "arithmparammgr.h"
-#include "fixtures/together.h"
 #include "globalfunction.h"
 #include "taskMgr/taskMgr.h"
 
@@ -105,7 +104,6 @@ private slots:
     void viewsComeAndGo();
     void storeDiesBeforeItsDrawings();
     void dyingStoreWaitsForAReader();
-    void tasksDrawAndDieWhileAHostReads();
 };
 
 void TestViews::checksArguments()
@@ -302,52 +300,6 @@ void TestViews::dyingStoreWaitsForAReader()
     cDying.join();
     QVERIFY(DrawingRegistry::Permit(&cQueued, pcOther.get())); // a caller's own business
     DrawingRegistry::remove(&cQueued);
-}
-
-void TestViews::tasksDrawAndDieWhileAHostReads()
-{
-    constexpr size_t PICTURE_BYTES = size_t{3} * 64 * 64;
-    std::atomic<int> nTasks{2};
-    std::atomic<int> nDrawn{0};
-    std::atomic<int> nTorn{0};
-    const auto fnDraw = [&](int nTask) {
-        useDrawingWindow(nTask, WIDTH, HEIGHT);
-        QElapsedTimer cTimer;
-        cTimer.start();
-        for (int i = 0; i < 30 || (nDrawn.load(std::memory_order_relaxed) < 200 && cTimer.elapsed() < 10'000);
-             ++i) {
-            const Store pcStore = newStore();
-            ParamDIB *pcDIB = pcStore->getParamDIB(1);
-            pcDIB->resize(64, 64);
-            for (int j = 0; j < 20; ++j) {
-                memset(pcDIB->getDIB(), j, PICTURE_BYTES);
-                drawStep(0, pcStore.get(), 0, "<Scale>3</Scale>");
-                memset(pcDIB->getDIB(), 0xFF, PICTURE_BYTES);
-                drawStep(j % 2, pcStore.get());
-                pcStore->getParamPoints(1)->addPoint({j, 100});
-                views().resizeViewCanvas(nTask, j + 1, j + 1);
-            }
-            Drawing::disarm(pcStore.get());
-        }
-        --nTasks;
-    };
-    const auto fnRead = [&] {
-        Buffer achBuffer;
-        for (int nView = 0; nTasks > 0; nView = 1 - nView) {
-            if (read(nView, achBuffer) < 0) {
-                std::this_thread::yield();
-                continue;
-            }
-            nDrawn.fetch_add(1, std::memory_order_relaxed); // no order that a lock would have to make
-            // A picture is of one colour, that of the moment when its step ran.
-            if (!isUntouched(achBuffer) && achBuffer[USED_BYTES] == 0)
-                nTorn += achBuffer[0] > 0x7F || std::count(achBuffer.begin(), achBuffer.begin() + USED_BYTES,
-                                                           achBuffer[0]) != USED_BYTES;
-        }
-    };
-    together(4, [&](int nThread) { nThread < 2 ? fnDraw(nThread) : fnRead(); });
-    QVERIFY(nDrawn >= 200);
-    QCOMPARE(nTorn.load(), 0);
 }
 
 QTEST_GUILESS_MAIN(TestViews)
