@@ -30,7 +30,6 @@ inline QStringList s_lstErrors;
 inline std::map<std::string, int> s_mapExecutions;
 inline std::map<std::string, std::function<void()>> s_mapHandlers;
 inline std::atomic<bool> s_bPicture{true};
-inline std::atomic<int> s_nErrorQueries{0};
 
 /// Traces a label and runs its handler; how often it has been reached before.
 inline int reach(const QString &strLabel)
@@ -119,7 +118,6 @@ inline void reset()
     s_mapExecutions.clear();
     s_mapHandlers.clear();
     s_bPicture = true;
-    s_nErrorQueries = 0;
 }
 
 inline TaskItem step(const QString &strConfig, int nLimit = -1, const QString &strID = "fake")
@@ -157,7 +155,6 @@ public:
             cInfo.m_fnStop = [](int) { reach("stop"); };
             cInfo.m_fnGetLastError = [](int) -> char * {
                 static char s_szError[] = "没有图像";
-                ++s_nErrorQueries;
                 return s_szError;
             };
             return cInfo;

@@ -19,13 +19,12 @@ QStringList s_lstError;
 
 /// A task in the hands of a user: all widgets, three steps that leave their number in strings 1.
 struct Bench {
-    explicit Bench(int nColumns = 3)
-        : m_pcTask(new TaskInfo("t", [](QString strError) { s_lstError.append(strError); }))
+    Bench() : m_pcTask(new TaskInfo("t", [](QString strError) { s_lstError.append(strError); }))
     {
         s_lstError.clear();
         for (QComboBox *pcBox : {&m_cView, &m_cCore, &m_cLater})
             pcBox->addItems({"0", "1", "2", "3"});
-        m_cTable.setColumnCount(nColumns);
+        m_cTable.setColumnCount(3);
         m_pcTask->m_nWhichView = 2;
         attach(*m_pcTask);
         m_pcTask->fromString(text());
@@ -113,11 +112,6 @@ private slots:
         }
         cBench.m_pcTask->addViewSelectCombo(&cBench.m_cLater);
         QCOMPARE(cBench.m_cLater.currentIndex(), 3);
-        // A table that lacks the column for the times keeps every row's own cells.
-        Bench cNarrow(2);
-        cNarrow.m_cTable.selectRow(0);
-        cNarrow.algorithm("cfg")->trigger();
-        QCOMPARE(cNarrow.rows(), "探针|-1 探针|-1 second|-1 探针|-1");
     }
 
     void userEdits()
@@ -135,8 +129,6 @@ private slots:
         QCOMPARE(lstItem.at(0).m_nMaxExeTimes, TaskItem::CLEAN_UP_TIMES);
         QCOMPARE(lstItem.at(1).m_nMaxExeTimes, -1);
         QCOMPARE(cBench.m_cTable.item(1, 1)->text(), "abc");
-        cBench.m_cTable.insertRow(3);
-        cBench.m_cTable.setItem(3, 0, new QTableWidgetItem("no step"));
 
         // A second press on a selected cell takes the selection off.
         for (const bool bSelected : {true, false, true}) {
@@ -178,21 +170,6 @@ private slots:
         QCOMPARE(cTask.m_pcLastSelectedItem, cBench.m_cTable.item(0, 0));
     }
 
-    void menu()
-    {
-        Bench cBench;
-        QVERIFY(cBench.algorithm());
-        const QPointer<QMenu> pcMenu = cBench.m_pcTask->m_pcMenu;
-        QStringList lstText;
-        for (const QAction *pcAction : pcMenu->actions())
-            lstText.append(pcAction->text());
-        QCOMPARE(lstText.join('/'), "添加算法/添加扩展算法//修改配置/删除//执行到选中算法");
-        cBench.algorithm();
-        QCOMPARE(cBench.m_pcTask->m_pcMenu, pcMenu.data()); // built once
-        delete std::exchange(cBench.m_pcTask, nullptr);
-        QTRY_VERIFY(!pcMenu);
-    }
-
     void addAndInsert()
     {
         Bench cBench;
@@ -227,6 +204,13 @@ private slots:
         cBench.m_cTable.clearSelection();
         cTask.addArithm(nullptr);
         QCOMPARE(strBox, "Warning: Arithm is not finded. 1\n");
+        const QPointer<QMenu> pcMenu = cTask.m_pcMenu;
+        QStringList lstText;
+        for (const QAction *pcAction : pcMenu->actions())
+            lstText.append(pcAction->text());
+        QCOMPARE(lstText.join('/'), "添加算法/添加扩展算法//修改配置/删除//执行到选中算法");
+        delete std::exchange(cBench.m_pcTask, nullptr);
+        QTRY_VERIFY(!pcMenu);
     }
 
     void modify()
@@ -255,30 +239,15 @@ private slots:
                  "this task. 1\n");
     }
 
-    void remove()
+    void removeAndRunHere()
     {
         Bench cBench;
         QString strBoxes;
-        const DialogUser cUser({DialogUser::read(strBoxes), DialogUser::type(Qt::Key_Return),
-                                DialogUser::read(strBoxes, QMessageBox::Yes)});
-        cBench.m_pcTask->delArithm();
-        cBench.m_cTable.selectRow(1);
-        cBench.m_pcTask->delArithm(); // the default is No
-        QCOMPARE(cBench.m_pcTask->getTaskItem().size(), 3);
-        cBench.m_pcTask->delArithm();
-        QCOMPARE(cBench.rows(), "探针|-1 探针|-1");
-        QCOMPARE(cBench.m_pcTask->getTaskItem().size(), 2);
-        QCOMPARE(strBoxes, "Warning: No arithm have been selected. 1\n"
-                           "Warning: Would you like to delete the arithm? It can not be recover after "
-                           "delete. 2\n");
-    }
-
-    void runHere()
-    {
-        Bench cBench;
-        QString strBoxes;
-        const DialogUser cUser({DialogUser::read(strBoxes), DialogUser::read(strBoxes)});
+        const auto fnRead = DialogUser::read(strBoxes);
+        const DialogUser cUser({fnRead, fnRead, DialogUser::type(Qt::Key_Return),
+                                DialogUser::read(strBoxes, QMessageBox::Yes), fnRead});
         cBench.m_pcTask->runHere();
+        cBench.m_pcTask->delArithm();
         cBench.m_cTable.selectRow(1);
         cBench.m_pcTask->runHere();
         QCOMPARE(cBench.traced(), "0 1");
@@ -286,9 +255,18 @@ private slots:
         cBench.m_cTable.item(1, 2)->text().toInt(&bNumber);
         QVERIFY(bNumber);
         QCOMPARE(cBench.m_cTable.item(2, 2)->text(), "");
+        cBench.m_pcTask->delArithm(); // the default is No
+        QCOMPARE(cBench.m_pcTask->getTaskItem().size(), 3);
+        cBench.m_pcTask->delArithm();
+        QCOMPARE(cBench.rows(), "探针|-1 探针|-1");
+        QCOMPARE(cBench.m_pcTask->getTaskItem().size(), 2);
+        cBench.m_cTable.selectRow(0);
         delete std::exchange(cBench.m_pcTask->m_pcDS, nullptr);
         cBench.m_pcTask->runHere();
-        QCOMPARE(strBoxes, "Warning: No arithm is selected. 1\nWarning: No datasource assigned. 1\n");
+        QCOMPARE(strBoxes, "Warning: No arithm is selected. 1\n"
+                           "Warning: No arithm have been selected. 1\n"
+                           "Warning: Would you like to delete the arithm? It can not be recover after "
+                           "delete. 2\nWarning: No datasource assigned. 1\n");
     }
 
     void configureByIndex()
@@ -367,7 +345,7 @@ private slots:
         cBench.m_cRun.click();
         QVERIFY(!cTask.IsRunning());
         QCOMPARE(cTask.toString(), strBefore);
-        QVERIFY(cUser.isContent() && s_lstError.isEmpty());
+        QVERIFY(s_lstError.isEmpty());
     }
 
     /// A message that a step prints may lead the host anywhere, also to the slots that edit the flow.
@@ -386,7 +364,6 @@ private slots:
         const QString strBefore = s_pcTask->toString();
         s_pcTask->runTaskOnce();
         QCOMPARE(s_pcTask->toString(), strBefore);
-        QVERIFY(cUser.isContent());
     }
 
     /// Nobody could answer a box there, and nobody use a menu.

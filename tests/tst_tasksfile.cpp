@@ -145,26 +145,6 @@ marker in a value     <=TaskInfo=><-TaskName->a<-View->3</-TaskName-><-View->4</
         QVERIFY2(dSteps < 30 && dTasks < 30, qPrintable(QString("%1 %2").arg(dSteps).arg(dTasks)));
     }
 
-    void positionsAreKeys()
-    {
-        TaskMgr *pcManager = TaskMgr::getInstance();
-        pcManager->fromString(QString("<=TaskInfo=>x</=TaskInfo=>").repeated(3));
-        pcManager->removeTask(1);
-        pcManager->removeTask(1);
-        QCOMPARE(pcManager->getTaskNum(), 2);
-        QVERIFY(!pcManager->getTask(1));
-        QVERIFY(pcManager->getTask(2));
-
-        const QPointer<TaskInfo> pcReplaced = pcManager->getTask(0);
-        pcManager->addTask(nullptr, 0);
-        QVERIFY(pcReplaced); // it is the host's now
-        delete pcReplaced;
-        QCOMPARE(pcManager->getTaskNum(), 2);
-        QCOMPARE(pcManager->toString().count("<=TaskInfo=>"), 1);
-        bool bRunning = true;
-        QVERIFY(!pcManager->isTaskRunning(0, bRunning));
-    }
-
     /// Each example of the guide is a tasks file that is read and saved as it stands there, again and
     /// again; so are values that no guide would show.
     void examplesOfTheGuide()

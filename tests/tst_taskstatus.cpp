@@ -15,19 +15,6 @@ private slots:
     }
     void cleanup() { TaskInfo::setStatusEnabled(false); }
 
-    void offAsksNothing()
-    {
-        TaskInfo::setStatusEnabled(false);
-        Fake::Task cTask("a!|bad");
-        cTask.runTaskOnce();
-        Fake::s_bPicture = false;
-        cTask.runTaskOnce();
-        const TaskStatus cStatus = cTask.getStatus();
-        QCOMPARE(cStatus.m_nRuns + cStatus.m_nFailures + cStatus.m_lstStep.size(), qint64(0));
-        QCOMPARE(cStatus.m_strName, "任务");
-        QCOMPARE(Fake::s_nErrorQueries, 0);
-    }
-
     void figures()
     {
         Fake::s_mapHandlers["slow!"] = [] { QTest::qSleep(5); };
@@ -113,20 +100,6 @@ private slots:
         QCOMPARE(cTask.getStatus().m_strLastError, "No datasource assigned.");
         QCOMPARE(cTask.getStatus().m_nFailures, qint64(1));
         QCOMPARE(cTask.getStatus().m_lstStep.size(), 1);
-    }
-
-    void sourceWithoutPictures()
-    {
-        Fake::s_bPicture = false;
-        Fake::Task cTask("a");
-        cTask.startTask();
-        QTRY_COMPARE(cTask.getStatus().m_strLastDataSourceError, "没有图像");
-        QCOMPARE(cTask.getStatus().m_nRuns + cTask.getStatus().m_nPictures, qint64(0));
-        QCOMPARE(cTask.getStatus().m_nSincePictureNs, qint64(-1));
-        Fake::s_bPicture = true;
-        QTRY_VERIFY(cTask.getStatus().m_nRuns > 0);
-        cTask.stopTask();
-        QVERIFY(Fake::s_lstErrors.isEmpty());
     }
 };
 

@@ -246,37 +246,6 @@ source ends the thread         a|bad, last                        start a stop  
         QTRY_VERIFY(!s_pcTask);
     }
 
-    /// A host may run the thread's body on a thread of its own, which is told of like any other.
-    void hostsOwnFlags()
-    {
-        static std::atomic<int> s_nEnds;
-        s_nEnds = 0;
-        Fake::Task cTask("a|bad, b");
-        const auto fnSlot = [] {
-            usleep(150000);
-            ++s_nEnds;
-        };
-        connect(&cTask, &TaskInfo::threadFinished, &cTask, fnSlot, Qt::DirectConnection);
-        cTask.m_bRunning = true;
-        cTask.m_bExited = false;
-        pthread_t hThread{};
-        const auto fnBody = [](void *pvTask) {
-            TaskInfo::threadTaskFunc(pvTask);
-            auto *pcTask = static_cast<TaskInfo *>(pvTask); // the thread goes on and controls the task
-            pcTask->startTask();
-            pcTask->stopTask();
-            Fake::reach(QString::number(s_nEnds));
-            return pvTask;
-        };
-        QCOMPARE(pthread_create(&hThread, nullptr, fnBody, &cTask), 0);
-        QTRY_VERIFY(Fake::hasTraced("2")); // the stop waited for the last lines
-        QCOMPARE(Fake::s_lstErrors.size(), 1);
-        cTask.m_bRunning = true;
-        cTask.threadFinishedArrived("told", false);
-        QVERIFY(!cTask.IsRunning());
-        QCOMPARE(Fake::s_lstErrors.last(), "told");
-    }
-
     void noThread_data()
     {
         QTest::addColumn<bool>("bLimit");
