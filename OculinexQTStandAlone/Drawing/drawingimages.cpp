@@ -6,7 +6,6 @@
 #include <cstring>
 #include <limits>
 #include <memory>
-#include <vector>
 
 #include <QImage>
 
@@ -209,13 +208,13 @@ template <typename GreyFunction, typename RowFunction>
 void forRows(const Overlap &cOverlap, const GreyFunction &fnGrey, const RowFunction &fnRow)
 {
     const ScaleMap *pcMap = cOverlap.m_pcMap.get();
-    std::vector<unsigned char> auchScaled(pcMap ? pcMap->m_anColumns.size() : 0);
+    unsigned char auchScaled[PAINTER_LIMIT]; // wider targets have no map
     for (int nRow = 0; nRow < cOverlap.m_nHeight; ++nRow) {
         const unsigned char *puchGrey = fnGrey(sourceRow(cOverlap, nRow)) + cOverlap.m_nSrcX;
         const bool bRepeated = pcMap && pcMap->repeatsRow(nRow);
         if (pcMap && !bRepeated)
-            PixelRows::pickGrey(auchScaled.data(), puchGrey, pcMap->m_anColumns.data(), pcMap->width());
-        fnRow(nRow, pcMap ? auchScaled.data() : puchGrey, bRepeated);
+            PixelRows::pickGrey(auchScaled, puchGrey, pcMap->m_anColumns.data(), pcMap->width());
+        fnRow(nRow, pcMap ? auchScaled : puchGrey, bRepeated);
     }
 }
 
