@@ -17,6 +17,7 @@
 #include "dialogs.h"
 #include "logging.h"
 #include "picturefile.h"
+#include "pixelbuffers.h"
 #include "pixelrows.h"
 #include "qguard.h"
 #include "textbuffer.h"
@@ -131,7 +132,7 @@ void saveGrey(const ParamGray8 *pcGray8, const QString &strPath)
         // Wrapped as pixels that may be written: the colour table would make a copy of others.
         cImage = QImage(puchGray8, nWidth, nHeight, nWidth, QImage::Format_Indexed8);
     } else {
-        cImage = QImage(nWidth, nHeight, QImage::Format_Indexed8);
+        cImage = PixelBuffers::image({nWidth, nHeight}, QImage::Format_Indexed8);
         const auto nPadding = static_cast<size_t>(cImage.bytesPerLine() - nWidth);
         for (int y = 0; y < nHeight && !cImage.isNull(); ++y, puchGray8 += nWidth) {
             memcpy(cImage.scanLine(y), puchGray8, static_cast<size_t>(nWidth));
@@ -157,7 +158,7 @@ void saveView(int nView, const QString &strPath)
             return tellFailure(strPath, QStringLiteral("there is no view %1").arg(nView));
         if (!cView->haveDrawingOpt())
             return;
-        cImage = QImage(cView->m_nViewWidth, cView->m_nViewHeight, QImage::Format_RGB888);
+        cImage = PixelBuffers::image({cView->m_nViewWidth, cView->m_nViewHeight}, QImage::Format_RGB888);
         cImage.fill(0);
         while (Drawing::DrawingOpt *pcObject = cView->popDrawingOpt()) {
             const std::unique_ptr<Drawing::DrawingOpt> pcOwned(pcObject);
