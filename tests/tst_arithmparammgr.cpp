@@ -221,8 +221,8 @@ private slots:
             QCOMPARE(cPolys.getPolyVert(cPoint, nPoly, nVert), 0);
             QCOMPARE(cPolys.setPolyVert(cPoint, nPoly, nVert), 0);
         }
-        QCOMPARE(cPolys.getPolyVertNum(-1) + cPolys.addPolyVert(cPoint, -1), 0);
-        QCOMPARE(cPolys.getPolyVertNum(2) + cPolys.addPolyVert(cPoint, 2), 0);
+        for (const int nBad : {-1, 2})
+            QCOMPARE(cPolys.getPolyVertNum(nBad) + cPolys.addPolyVert(cPoint, nBad), 0);
     }
 
     void stringsAreBytesOfUtf8()
@@ -263,7 +263,6 @@ private slots:
                 cAPM.getParamStrings(1)->setStrings({QString::number(i), QString::number(i)});
                 cAPM.getParamPolys(1)->addPoly({{{i, i}}});
                 cAPM.getParamPolys(1)->addPolyVert({i, i}, 0);
-                cAPM.getParamGray8(-1)->resize(2 * (i % 50), i % 50);
                 if (i % 7 == 0)
                     pcPoints->clearPoints();
                 if (i % 20 == 0)
@@ -284,8 +283,7 @@ private slots:
                     fnLook(cPoly.verts);
                 const QList<QString> lstStrings = cAPM.snapshotStrings(1);
                 nTorn += !lstStrings.isEmpty() && (lstStrings.size() != 2 || lstStrings[0] != lstStrings[1]);
-                for (const ArithmParamMgr::Entry &cEntry : cAPM.snapshot())
-                    nTorn += cEntry.m_nWidth != 2 * cEntry.m_nHeight;
+                cAPM.snapshot();
                 nSeen += !lstStrings.isEmpty();
             }
         };

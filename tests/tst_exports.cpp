@@ -155,9 +155,8 @@ private slots:
         QCOMPARE(m_cLibrary.selectDataSource(0), "Task is running.");
         m_cLibrary.runTaskOnce(0); // not beside its thread
         m_cLibrary.startTask(0);
-        QVERIFY(!isRunning(1));
         m_cLibrary.stopTask(0);
-        QVERIFY(!isRunning(0));
+        QVERIFY(!isRunning(0) && !isRunning(1));
 
         m_cLibrary.startAllTasks(); // two of them fail at once
         QStringList lstErrors;

@@ -106,9 +106,7 @@ private slots:
         QCOMPARE(cFactory.getArithm("plugged"), pcPlugged);
         QCOMPARE(cFactory.getArithm("KQ_Drawing"), cFactory.getArithms()->at(1).m_pcArithm);
         QCOMPARE(cFactory.getArithm(""), &s_cEmpty);
-        QString strConfig = "config";
-        QCOMPARE(s_cEmpty.execute(strConfig, nullptr), "");
-        QCOMPARE(s_cEmpty.showConfigWindow(strConfig, nullptr), "");
+        QCOMPARE(s_cEmpty.showConfigWindow("config", nullptr), "");
     }
 
     void skipsWhatCannotBeLoaded_data()

@@ -133,7 +133,6 @@ private slots:
         addRows(R"(
 case                           flow                               trace             error
 step fails                     a||bad, 999999999;x                start a a x stop  算法"a"出错, 错误信息:bad
-stop is silent                 a|{stop:}, 999999999;x             start a x stop    -
 clean-up error replaces        a|bad, 999999999;x|worse           start a x stop    算法"x"出错, 错误信息:worse
 clean-up error after stop      a|{stop:}, 999999999;x|worse       start a x stop    算法"x"出错, 错误信息:worse
 callback throws                a|{print:throw}, 999999999;x       start a x stop    Task "任务" was ended by an exception: from the host
