@@ -29,7 +29,7 @@ public:
 
     void done(int nResult) override;
 
-public slots:
+public Q_SLOTS:
     void on_btnSetting_clicked();
     void on_btnOK_clicked();
     void on_btnCancel_clicked();

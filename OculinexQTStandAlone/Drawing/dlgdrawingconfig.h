@@ -33,7 +33,7 @@ public:
     /// Shows the settings in the widgets of their tab.
     void parseConfigString();
 
-public slots:
+public Q_SLOTS:
     void on_btnSelectElement_clicked();
     void on_btnOK_clicked();
     void on_btnCancel_clicked();

@@ -29,7 +29,7 @@ public:
     void parseConfigString();         ///< shows the config string in the widgets
     void setCurFile(QString strPath); ///< takes the file if the step can load it, else tells the user
 
-public slots:
+public Q_SLOTS:
     void on_btnOK_clicked();
     void on_btnCancel_clicked();
     void on_btnBrowser_clicked();

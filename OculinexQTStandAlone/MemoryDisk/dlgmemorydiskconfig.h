@@ -30,7 +30,7 @@ public:
     /// The config string: as given, until the dialog was accepted.
     QString getConfigString();
 
-public slots:
+public Q_SLOTS:
     void on_tblRGB_doubleClicked(const QModelIndex &cIndex);
     void on_tblGray8_doubleClicked(const QModelIndex &cIndex);
     void on_btnOK_clicked();

@@ -24,7 +24,7 @@ public:
     explicit DlgMemoryDiskStatus(QWidget *pcParent = nullptr);
     ~DlgMemoryDiskStatus() override;
 
-public slots:
+public Q_SLOTS:
     void OnTimer();
     void on_cmbMemDisk0_currentIndexChanged(int nIndex);
     void on_cmbMemDisk1_currentIndexChanged(int nIndex);

@@ -27,7 +27,7 @@ public:
     bool createConfigString(); ///< false, after telling the user why, when something is missing
     void parseConfigString();  ///< shows the config string in the widgets
 
-public slots:
+public Q_SLOTS:
     void on_btnOK_clicked();
     void on_btnCancel_clicked();
     void on_btnBrowser_clicked();

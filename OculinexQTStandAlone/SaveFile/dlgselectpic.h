@@ -25,7 +25,7 @@ public:
     int getID();   ///< of the chosen picture, -1 while none was chosen
     int getType(); ///< 0 colour, 1 grey
 
-public slots:
+public Q_SLOTS:
     void on_btnOK_clicked();
     void on_btnCancel_clicked();
 

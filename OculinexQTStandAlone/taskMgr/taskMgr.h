@@ -90,10 +90,10 @@ public:
     static bool isStatusEnabled();
     TaskStatus getStatus() const;
 
-signals:
+Q_SIGNALS:
     void threadFinished(QString strMsg, bool bSuccess);
 
-public slots:
+public Q_SLOTS:
     void RunClicked();
     void ViewSelected(int nIndex);
     void ThreadSelected(int nIndex);

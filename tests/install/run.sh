@@ -23,11 +23,11 @@ helpers=$(nm -DC --defined-only "$task" |
     grep -E 'TextBuffer|PluginLoader|TaskRecord|guardedCall|lcTask|lcPlugin' || true)
 [ -z "$helpers" ] || fail "internal names are exported: $helpers"
 
-# Each installed header compiles by itself with what pkg-config tells.
+# Each installed header compiles by itself with what pkg-config tells, also where "signals" is no keyword.
 read -ra flags < <(pkg-config --cflags OculinexQTStandAlone)
 read -ra opencv < <(pkg-config --cflags opencv4)
 find "$prefix/include" -name '*.h' | while read -r header; do
-    "$compiler" -std=c++17 -fPIC -fsyntax-only -Wall -Wextra -x c++ "${flags[@]}" "${opencv[@]}" \
+    "$compiler" -std=c++17 -fPIC -fsyntax-only -Wall -Wextra -DQT_NO_KEYWORDS -x c++ "${flags[@]}" "${opencv[@]}" \
         -include "$header" /dev/null ||
         fail "$header does not compile by itself"
 done

@@ -37,7 +37,7 @@ public:
 
     const Setting &setting() const { return m_cSetting; }
 
-signals:
+Q_SIGNALS:
     void changed();
 
 protected:

@@ -34,7 +34,7 @@ public:
 
     QSize sizeHint() const override;
 
-signals:
+Q_SIGNALS:
     void picked(const QRect &cRect);    ///< inside the picture, at least one pixel
     void hovered(const QPoint &cPixel); ///< where the mouse stands, perhaps outside the picture
     void zoomed();

@@ -53,10 +53,10 @@ public:
     void cancel();
     bool isBusy() const; ///< a request was made whose result was not told yet
 
-signals:
+Q_SIGNALS:
     void computed(const Plugin::Preview::Result &cResult);
 
-private slots:
+private Q_SLOTS:
     void takeResult();
 
 private:
