@@ -8,7 +8,6 @@
 
 #include "LoadFile/dlgloadfile.h"
 #include "LoadFile/loading.h"
-#include "OculinexQTStandAloneInQt.h"
 #include "SaveFile/dlgsavefile.h"
 #include "SaveFile/saving.h"
 #include "arithmparammgr.h"
@@ -78,13 +77,6 @@ class TestDlgImageFiles : public QObject
             .arg(path(szFile))
             .arg(nType)
             .arg(nID);
-    }
-
-    QString loadingStep() const
-    {
-        return "<-TaskItem-><-MaxExeTimes->-1</-MaxExeTimes-><-ArithmID->KQ_Loading</"
-               "-ArithmID-><-OptionStr->" +
-               loading("图.png", 0, 1) + "</-OptionStr-></-TaskItem->";
     }
 
 private slots:
@@ -258,29 +250,15 @@ private slots:
     void taskIsStartedMeanwhile()
     {
         TaskInfo cTask("t", nullptr);
-        cTask.fromString(loadingStep());
+        cTask.fromString("<-TaskItem-><-MaxExeTimes->-1</-MaxExeTimes-><-ArithmID->KQ_Loading</-ArithmID->"
+                         "<-OptionStr->" +
+                         loading("图.png", 0, 1) + "</-OptionStr-></-TaskItem->");
         const ParamDIB *pcPicture = cTask.m_pcAPM->getParamDIB(1);
         DialogUser cUser({[&](QWidget &) { cTask.m_bRunning = true; }, DialogUser::set("rbGray=1"), OK});
         cTask.showConfigWindow(0);
         cTask.m_bRunning = false;
         QCOMPARE(cTask.m_pcAPM->requestParamDIBMap()->value(1), pcPicture);
         QCOMPARE(cTask.m_lstArithm.at(0).m_strOptionStr, loading("图.png", 0, 1));
-    }
-
-    /// Another tasks file may replace the task while the dialog, which then uses its store, is open.
-    void tasksFileIsOpenedMeanwhile()
-    {
-        auto *pcTask = new TaskInfo("t", nullptr);
-        const QPointer<TaskInfo> pcAlive(pcTask);
-        pcTask->fromString(loadingStep());
-        init();
-        TaskMgr::getInstance()->addTask(pcTask, 0);
-        QTemporaryFile cFile;
-        QVERIFY(cFile.open());
-        DialogUser cUser({[&](QWidget &) { openTasksFile(cFile.fileName().toLocal8Bit().data()); },
-                          DialogUser::set("rbGray=1"), OK});
-        QCOMPARE(::showConfigWindow(0, 0), "");
-        QVERIFY(!pcAlive);
     }
 };
 

@@ -423,13 +423,6 @@ void TestEveryPlugin::missingInputs()
             QVERIFY2(isProper(strResult) && strResult.startsWith("Input ") && strResult.contains(" 77 "),
                      qPrintable(strResult));
         }
-        if (cSetting.m_strTypeTag.isEmpty())
-            continue;
-        const QString strResult =
-            told(cTable, config(cTable, {{cSetting.m_strTypeTag, "Pictures"}}), pcStore.get());
-        QVERIFY2(
-            strResult.startsWith("Setting " + cSetting.m_strTypeTag + " is \"Pictures\", wanted is one of "),
-            qPrintable(strResult));
     }
 }
 

@@ -155,9 +155,7 @@ private slots:
         } acCase[] = {{"", 1.5, 49},
                       {"<Method>Harris</Method><Quality>0.3</Quality>", 1.5, 49},
                       {"<SubPixel>1</SubPixel>", 0.5, 49},
-                      {"<SubPixel>1</SubPixel><Region>20,20,42,22</Region>", 0.5, 2},
-                      {"<MaxCount>7</MaxCount>", 1.5, 7},
-                      {"<Distance>200</Distance>", 1.5, 1}};
+                      {"<SubPixel>1</SubPixel><Region>20,20,42,22</Region>", 0.5, 2}};
         for (const auto &[szConfig, dWrong, nCorners] : acCase) {
             // The board's outer corners are weaker.
             works("OCX_Corners",

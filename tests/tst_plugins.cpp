@@ -90,26 +90,13 @@ private slots:
         QCOMPARE(pcOutput->getName() + pcOutput->getDescribe(), QString("ND"));
     }
 
-    void labelsAsOpenCV_data()
-    {
-        QTest::addColumn<int>("nNeighbours");
-        QTest::addColumn<bool>("bDark");
-        row("4, bright", 4, false);
-        row("4, dark", 4, true);
-        row("8, bright", 8, false);
-    }
-
     void labelsAsOpenCV()
     {
-        QFETCH(int, nNeighbours);
-        QFETCH(bool, bDark);
-        const QString strConfig = QString("<InputID>1</InputID><AreasID>3</AreasID><StringsID>4</StringsID>"
-                                          "<Neighbours>%1</Neighbours><Polarity>%2</Polarity>")
-                                      .arg(nNeighbours)
-                                      .arg(bDark ? "Dark" : "Bright");
-        for (int nSeed = 0; nSeed < 25; ++nSeed) {
+        for (int nSeed = 0; nSeed < 75; ++nSeed) {
+            const int nNeighbours = nSeed % 3 == 0 ? 8 : 4;
+            const bool bDark = nSeed % 3 == 1;
             ParamGray8 *pcPicture = m_pcStore->getParamGray8(1);
-            fill(pcPicture, nSeed, 60 + nSeed, 80 - nSeed);
+            fill(pcPicture, nSeed, 60 + nSeed % 25, 80 - nSeed % 25);
             const int anPercent[] = {0, 5, 41, 59, 100}; // of the pixels are set
             cv::Mat cObjects = header(pcPicture);
             cv::threshold(cObjects, cObjects, 255 * (1 - anPercent[nSeed % 5] / 100.0), 255,
@@ -121,7 +108,10 @@ private slots:
             const int nCount =
                 cv::connectedComponentsWithStats(cObjects, cLabels, cStats, cCentres, nNeighbours) - 1;
 
-            works("OCX_Blobs", strConfig);
+            works("OCX_Blobs", QString("<InputID>1</InputID><AreasID>3</AreasID><StringsID>4</StringsID>"
+                                       "<Neighbours>%1</Neighbours><Polarity>%2</Polarity>")
+                                   .arg(nNeighbours)
+                                   .arg(bDark ? "Dark" : "Bright"));
             const QList<ParamAreas::Area> lstArea = m_pcStore->getParamAreas(3)->getAreas();
             QCOMPARE(m_pcStore->getParamStrings(4)->getStrings(),
                      QList<QString>{QString("%1 objects").arg(nCount)});

@@ -241,18 +241,6 @@ private slots:
         QCOMPARE(nFound.load(), 4 * 50);
     }
 
-    /// A registry that goes unloads its libraries, yet their code stays: a thread may be inside.
-    void keepsCodeOfUnloadedPlugins()
-    {
-        m_cHere.plugin("baseArithm/unloaded-C-N.so");
-        auto pcFactory = std::make_unique<ArithmFactory>();
-        static auto *s_plstInfo =
-            new QList<ArithmFactory::ArithmInfo>(*pcFactory->getArithms()); // never freed
-        pcFactory.reset();
-        QVERIFY(isMapped(m_cHere.path("baseArithm/unloaded-C-N.so")));
-        QCOMPARE(s_plstInfo->last().m_pcArithm->getID(), "unloaded");
-    }
-
 private:
     Arithm &probe()
     {

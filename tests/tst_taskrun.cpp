@@ -31,7 +31,6 @@ stretches join       a|<C{print:1}MD>print:2</CMD>                            1 
 four characters      a|四个字符                                               1  a           -  a:四个字符  0
 error ends the run   a, b||bad, c                                             5  a b c a b   -  b:bad  2 1 1
 limits               0;n, 1;once, 2;twice, -5;all, 999999999;e                3  once twice all twice all all  -  -  0 1 2 3 0
-above the mark       1000000000;a, 2147483647;b                               2  a b a b     -  -  2 2
 limit ends a loop    a, 2;b!|{skip:0}, c                                      1  a b! b! c   -  -  1 2 1
 )");
         // Each row of the guide's table of commands tells the truth.
@@ -88,7 +87,6 @@ only print          999999999;x|{skip:2}, 999999999;y|{stop:n}  start x y stop  
 print, then others  999999999;z|{print:1}{stop:n}{print:2}, 999999999;never  start z stop  1  Arithm "z" error, message:<CMD>print:2</CMD>
 both fail           a|bad, 999999999;x|worse, 999999999;never   start a x stop      -  算法"a"出错, 错误信息:bad; Arithm "x" error, message:worse
 unknown             ?, 999999999;?, 999999999;never             start stop          -  Arithm"?"is not existed.; Arithm"?"is not existed.
-after stop          a|{stop:}, 999999999;x                      start a x stop      -  -
 )");
     }
 
