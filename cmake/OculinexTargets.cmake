@@ -30,7 +30,8 @@ function(oculinex_add_library name)
     add_library(${name} SHARED ${ARG_SOURCES} ${ARG_HEADERS})
     add_library(Oculinex::${name} ALIAS ${name})
     generate_export_header(${name})
-    set_target_properties(${name} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION 1)
+    # The installed one finds its neighbour wherever they are: a host's own path does not count for it.
+    set_target_properties(${name} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION 1 INSTALL_RPATH $ORIGIN)
     oculinex_bind_functions(${name})
     # A host that unloads the library never takes the code from under a running thread.
     target_link_options(${name} PRIVATE -Wl,-z,nodelete)

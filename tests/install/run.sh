@@ -10,7 +10,7 @@ fail() { echo "FAILED: $*" >&2; exit 1; }
 "$cmake" --install "$build" --prefix "$prefix" >/dev/null
 lib=$prefix/$libdir
 task=$lib/libOculinexQTStandAlone.so.1 store=$lib/libArithmParamMgr.so.1
-export PKG_CONFIG_PATH=$lib/pkgconfig LD_LIBRARY_PATH=$lib
+export PKG_CONFIG_PATH=$lib/pkgconfig
 
 for file in "$task" "$store"; do
     readelf -d "$file" | grep -q "SONAME.*\[$(basename "$file")\]" || fail "$file has another soname"
@@ -79,7 +79,9 @@ fi
 grep -q "frames other texts" "$prefix/out" || fail "the tag outputid is refused without the reason"
 
 # The host's two ways of finding the library; the interface's types; names that the host has as well.
+# Who names the libraries' folder needs to name no more.
 read -ra libs < <(pkg-config --libs OculinexQTStandAlone)
+libs=("-Wl,--as-needed,-rpath,$lib" "${libs[@]}")
 "$compiler" -std=c++17 -fPIC "$source/examples/host/main.cpp" "${flags[@]}" "${libs[@]}" -o "$prefix/host-pkgconfig"
 for program in interface capture; do
     "$compiler" -std=c++17 -fPIC "$source/tests/install/$program.cpp" "${flags[@]}" "${libs[@]}" \
