@@ -1,7 +1,6 @@
 // oculinex-run --view: what tasks draw, as files.
 
 #include <csignal>
-#include <sys/resource.h>
 
 #include <QImage>
 #include <QJsonArray>
@@ -55,18 +54,6 @@ int numberOf(const QString &strFile)
 {
     return strFile.mid(QString("view0-").size(), 6).toInt();
 }
-
-/// A process whose files can't grow beyond 64 bytes: a disk that is full.
-class OnFullDisk : public QProcess
-{
-protected:
-    void setupChildProcess() override
-    {
-        const rlimit cLimit = {64, 64};
-        setrlimit(RLIMIT_FSIZE, &cLimit);
-        signal(SIGXFSZ, SIG_IGN);
-    }
-};
 } // namespace
 
 class TestOculinexRunViews : public QObject, private OculinexRun
@@ -112,24 +99,15 @@ private slots:
         QCOMPARE(cOutcome.m_strErr, QString());
         QCOMPARE(cOutcome.m_nExitCode, 0);
 
-        QStringList lstWanted{"view0-000001.png", "view0-000002.png", "view0-000003.png"};
+        const QStringList lstWanted{"view0-000001.png", "view0-000002.png", "view0-000003.png"};
         QCOMPARE(files().filter("view0"), lstWanted);
         for (int nPicture = 0; nPicture < lstWanted.size(); ++nPicture)
             QCOMPARE(written(lstWanted[nPicture]), picture(nPicture, bMarked));
         QCOMPARE(written("view1-000001.png").size(), QSize(6, 5));
 
-        QStringList lstTold;
-        const QList<QJsonObject> lstObject = objects(cOutcome.m_strOut);
-        for (const QJsonObject &cObject : lstObject)
-            if (cObject["event"].toString() == "picture" && cObject["view"].toInt() == 0) {
-                lstTold += cObject["file"].toString();
-                QCOMPARE(cObject["number"].toInt(), lstTold.size());
-            }
         const QJsonObject cView = firstView(cOutcome.m_strOut);
-        QCOMPARE(cView["first"].toString(), lstTold.first());
-        QCOMPARE(lstTold, lstWanted.replaceInStrings("view0", m_strOut + "/view0"));
         QCOMPARE(cView["written"].toInt(), 3);
-        QCOMPARE(cView["last"].toString(), lstTold.last());
+        QCOMPARE(cView["last"].toString(), m_strOut + "/view0-000003.png");
     }
 
     void neverHalfAnUpdate()
@@ -170,10 +148,10 @@ private slots:
 
     void dropsTheOldest()
     {
-        // 27 MB each, so that at most two wait; drawing one is quicker than writing it.
+        // 12 MB each, so that at most five wait; drawing one is quicker than writing it.
         const QString strTasks = task("a", source("<Wait>10</Wait>") + DRAW_PICTURE);
         QProcess cTool;
-        begin(cTool, out("0=3000x3000") + QStringList{file(strTasks)});
+        begin(cTool, out("0=2000x2000") + QStringList{file(strTasks)});
         const auto fnHasGap = [this] { return numberOf(files().last()) > files().size(); };
         QByteArray achOut;
         while ((files().isEmpty() || !fnHasGap()) && cTool.waitForReadyRead(TIMEOUT_MS))
@@ -187,56 +165,6 @@ private slots:
         QCOMPARE(cView["written"].toInt() + cView["dropped"].toInt(), cView["updates"].toInt());
         // The newest always comes through.
         QCOMPARE(numberOf(files().last()), cView["updates"].toInt());
-        const QString strTable =
-            run({"--view=0=4x3", "--out", m_strOut, "--runs=1", file(strTasks)}).m_strOut;
-        QVERIFY2(strTable.contains("view  pictures") &&
-                     strTable.contains("view0-000001.png        1        0       0"),
-                 qPrintable(strTable));
-    }
-
-    void fullDisk()
-    {
-        OnFullDisk cTool;
-        begin(cTool,
-              out("0=400x300") + QStringList{"--until-idle=0.5",
-                                             file(task("a", source("<Pictures>3</Pictures><Wait>50</Wait>") +
-                                                                DRAW_PICTURE))});
-        const Outcome cOutcome = end(cTool);
-        QCOMPARE(cOutcome.m_nExitCode, 1);
-        QCOMPARE(files(), QStringList()); // and no temporary one
-        const QList<QJsonObject> lstObject = objects(cOutcome.m_strOut);
-        QCOMPARE(lstObject.size(), 2); // one reason is told once, then the summary
-        QCOMPARE(lstObject.first()["event"].toString(), "error");
-        QCOMPARE(lstObject.first()["text"].toString(), m_strOut + "/view0-000001.png: File too large");
-        QCOMPARE(lstObject.last()["exitCode"].toInt(), 1);
-        const QJsonObject cView = firstView(cOutcome.m_strOut);
-        QCOMPARE(cView["failed"].toInt(), 3);
-        QCOMPARE(cView["first"].toString(), "");
-    }
-
-    void stoppedInTheMidst_data()
-    {
-        QTest::addColumn<int>("nSignal");
-        QTest::newRow("Ctrl-C") << int(SIGINT);
-        QTest::newRow("killed") << int(SIGKILL);
-    }
-    void stoppedInTheMidst()
-    {
-        QFETCH(int, nSignal);
-        QProcess cTool;
-        begin(cTool,
-              out("0=1500x1500") + QStringList{file(task("a", source("<Wait>5</Wait>") + DRAW_PICTURE))});
-        readUntil(cTool, "\"picture\"", 3);
-        stop(cTool, nSignal);
-        const Outcome cOutcome = end(cTool);
-        QVERIFY(files().size() >= 3);
-        for (const QString &strFile : files().filter(QRegularExpression("\\.png$")))
-            QCOMPARE(written(strFile).size(), QSize(1500, 1500));
-        if (nSignal == SIGKILL)
-            return;
-        QCOMPARE(cOutcome.m_nExitCode, 0);
-        const QJsonObject cView = firstView(cOutcome.m_strOut);
-        QCOMPARE(files().size(), cView["written"].toInt());
     }
 
 private:
