@@ -10,14 +10,12 @@
 #include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
-#include <QScrollBar>
 #include <QTemporaryDir>
 #include <QTreeWidget>
 
 #include "bench.h"
 #include "datatable.h"
 #include "operatormode.h"
-#include "operatorsetup.h"
 #include "operatorwindow.h"
 #include "tasklist.h"
 
@@ -123,12 +121,6 @@ private slots:
             QVERIFY(cBench.trigger("Switch step on or off"));
             QCOMPARE(cBench.page()->task()->m_lstArithm[1].m_nMaxExeTimes, 5);
         }
-        write(m_strFile + ".workbench.json", "{ broken");
-        QString strBox;
-        DialogUser cUser({DialogUser::read(strBox)});
-        Bench cBench(m_strFile);
-        QVERIFY(strBox.contains("workbench.json"));
-        QCOMPARE(cBench.stepNames(), "new b a c");
     }
 
     /// The window answers while a step makes the task's stop wait, and nothing is edited meanwhile.
@@ -224,37 +216,6 @@ private slots:
         QVERIFY(!cBench.action("Redo")->isEnabled());
         cBench.trigger("Save");
         QCOMPARE(QString::fromUtf8(contents(m_strFile)), lstText.constLast());
-    }
-
-    /// What the operator sees is saved beside the file, asked about, and its picks can be undone.
-    void keepsWhatTheOperatorSees()
-    {
-        OperatorSetup cSetup;
-        cSetup.m_nTask = 2;
-        cSetup.m_strGood = "fine";
-        OperatorPick cPick;
-        cPick.m_strTag = "Level";
-        cSetup.m_lstStep = {{0, 0, {cPick}}, {0, 2, {cPick}}};
-        {
-            Bench cBench(m_strFile);
-            cBench.document().setOperatorSetup(cSetup);
-            QVERIFY(cBench.isWindowModified());
-            QVERIFY(cBench.trigger("Undo"));
-            QCOMPARE(cBench.document().operatorSetup().m_lstStep.size(), 0);
-            QCOMPARE(cBench.document().operatorSetup().m_strGood, "");
-            QVERIFY(!cBench.isWindowModified());
-            QVERIFY(cBench.trigger("Redo"));
-            cBench.select(1);
-            QVERIFY(cBench.trigger("Remove task")); // the third is the second now
-            QVERIFY(cBench.trigger("Save") && !cBench.isWindowModified());
-        }
-        Bench cBench(m_strFile);
-        const OperatorSetup cRead = cBench.document().operatorSetup();
-        QCOMPARE(cRead.m_nTask, 1);
-        QCOMPARE(cRead.m_strGood, "fine");
-        QCOMPARE(cRead.m_lstStep.size(), 2);
-        QCOMPARE(cRead.m_lstStep[1].m_nStep, 2);
-        QVERIFY(!cBench.isWindowModified());
     }
 
     /// The author picks, saves and opens again; the operator sets, starts, sees the verdict and leaves.

@@ -6,17 +6,12 @@
 
 #include <sys/resource.h>
 
-#include <QDockWidget>
 #include <QDropEvent>
-#include <QMessageBox>
 #include <QMimeData>
-#include <QSettings>
 #include <QTemporaryDir>
-#include <QTreeView>
 
 #include "bench.h"
 #include "datatable.h"
-#include "logmodel.h"
 
 class TestWorkbenchFiles : public QObject
 {
@@ -28,18 +23,6 @@ private slots:
     {
         Fake::reset();
         m_strFile = makeFile(m_cFolder);
-    }
-
-    /// What loading keeps silent about a file is told in the log.
-    void tellsWhatIsOdd()
-    {
-        write(m_strFile, contents(m_strFile).replace("<-MaxExeTimes->5<", "<-MaxExeTimes->five<"));
-        Bench cBench(m_strFile);
-        auto *pcLines = cBench.findChild<QTreeView *>("lines")->model();
-        QTRY_VERIFY(!pcLines
-                         ->match(pcLines->index(0, LogModel::Text), Qt::DisplayRole, "holds 'five'", 1,
-                                 Qt::MatchContains)
-                         .isEmpty());
     }
 
     /// What can't be saved stays as it was in the file, and unsaved in the window.
@@ -65,7 +48,6 @@ private slots:
         QVERIFY(contents(m_strFile).contains("unsaved"));
     }
 
-    /// A file comes in by the mouse, by the menu of recent ones, and by a second program.
     void opensWhatIsDropped()
     {
         const QString strOther = m_cFolder.filePath("dropped & recent.tasks");
@@ -90,17 +72,6 @@ private slots:
         QCOMPARE(cBench.names().size(), 3);
         fnDrop(strOther);
         QTRY_COMPARE(cBench.names(), QStringList("D"));
-        cBench.trigger("Start all");
-        QTRY_COMPARE(cBench.tasks()->item(0, 1)->text(), "Running");
-        fnDrop(m_strFile); // stops what runs
-        QTRY_COMPARE(cBench.names().size(), 3);
-
-        auto *pcRecent = cBench.action("Open recent")->menu();
-        emit pcRecent->aboutToShow();
-        QVERIFY(pcRecent->actions().size() > 1);
-        QCOMPARE(pcRecent->actions()[1]->text(), QString(strOther).replace("&", "&&"));
-        pcRecent->actions()[1]->trigger();
-        QCOMPARE(cBench.names(), QStringList("D"));
     }
 
     /// What can't be opened is told, and what was open stays.
@@ -108,7 +79,6 @@ private slots:
     {
         addRows("what            strPath\n"
                 "missing         /no/such/file.tasks\n"
-                "a folder        /tmp\n"
                 "a picture       " OCULINEX_SOURCE_DIR "/examples/pictures/coins.png\n"
                 "without an end  /dev/zero");
     }
@@ -136,24 +106,6 @@ private slots:
             QCOMPARE(cBench.isWindowModified(), szAnswer[0] == 'C');
             QCOMPARE(contents(m_strFile).contains("theirs"), szAnswer[0] == 'C');
         }
-    }
-
-    /// A window that was arranged looks so again.
-    void remembersItsLayout()
-    {
-        QSize cSize;
-        {
-            Bench cBench;
-            cBench.findChild<QDockWidget *>("logDock")->hide();
-            cBench.addDockWidget(Qt::LeftDockWidgetArea, cBench.findChild<QDockWidget *>("storeDock"));
-            cBench.resize(cBench.size() + QSize(51, 31));
-            cSize = cBench.size();
-            cBench.close();
-        }
-        Bench cBench;
-        QCOMPARE(cBench.size(), cSize);
-        QVERIFY(cBench.findChild<QDockWidget *>("logDock")->isHidden());
-        QCOMPARE(cBench.dockWidgetArea(cBench.findChild<QDockWidget *>("storeDock")), Qt::LeftDockWidgetArea);
     }
 
 private:
