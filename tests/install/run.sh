@@ -64,19 +64,10 @@ for plugin in plain source; do
         "$cmake" --build "$prefix/$plugin" && "$cmake" --install "$prefix/$plugin" --prefix "$prefix"; } \
         >"$prefix/out" 2>&1 || fail "examples/plugin/$plugin: $(cat "$prefix/out")"
 done
-run=$prefix/bin/oculinex-run
-"$run" --list | grep -q 'Gradient  *DataSource/Gradient.so' || fail "the data source is not found"
-"$run" --try ToGray --try Invert --try Invert --out "$guide" "$guide/photo.jpg" >/dev/null || fail "--try Invert"
-cmp "$guide/photo-1-OutputID.png" "$guide/photo-3-OutputID.png" || fail "what is inverted twice is not the same"
-"$run" --try Mean --config '<InputID>1</InputID><OutputID>9</OutputID>' --out "$guide" \
-    "$guide/photo-1-OutputID.png" "$guide/photo-2-OutputID.png" >"$prefix/out" || fail "--try Mean"
-awk '/print:mean/ { mean[++n] = $3 } END { exit !(n == 2 && mean[1] > 1 && mean[2] > mean[1]) }' "$prefix/out" ||
-    fail "the plain plug-in: $(cat "$prefix/out")"
-sed 's/"Size"/"outputid"/' "$source/examples/plugin/source/gradient.cpp" >"$prefix/reserved.cpp"
-if "$compiler" -std=c++17 -fPIC -fsyntax-only "${flags[@]}" "$prefix/reserved.cpp" 2>"$prefix/out"; then
-    fail "a setting may use the tag outputid"
-fi
-grep -q "frames other texts" "$prefix/out" || fail "the tag outputid is refused without the reason"
+"$prefix/bin/oculinex-run" --list >"$prefix/out"
+for plugin in DataSource/Gradient.so baseArithm/Mean.so; do
+    grep -q "  $plugin" "$prefix/out" || fail "$plugin is not found"
+done
 
 # The host's two ways of finding the library; the interface's types; names that the host has as well.
 # Who names the libraries' folder needs to name no more.
