@@ -314,20 +314,6 @@ private slots:
             QCOMPARE(ArithmParamMgr::requestResource(nBad) + ArithmParamMgr::releaseResource(nBad), 0);
     }
 
-    void waitingForAResource()
-    {
-        constexpr int RESOURCE = 9; // at most one at first
-        QVERIFY(ArithmParamMgr::requestResource(RESOURCE) != 0);
-        std::thread cWaiter([] { ArithmParamMgr::requestResource(RESOURCE); });
-        ArithmParamMgr::s_acResource[RESOURCE].setMaxCount(2); // lets the waiter in
-        cWaiter.join();
-        ArithmParamMgr::s_acResource[RESOURCE].setMaxCount(-5); // counts as 1
-        ArithmParamMgr::releaseResource(RESOURCE);
-        ArithmParamMgr::releaseResource(RESOURCE);
-        ArithmParamMgr::requestResource(RESOURCE);
-        ArithmParamMgr::releaseResource(RESOURCE);
-    }
-
     void sharedVariables()
     {
         ArithmParamMgr::setInt64(255, LLONG_MAX);

@@ -126,8 +126,6 @@ private slots:
             QVERIFY(!bRunning);
             QVERIFY(!getTaskStatus(nPos, cStatus));
             m_cLibrary.startTask(nPos);
-            m_cLibrary.runTaskOnce(nPos);
-            m_cLibrary.stopTask(nPos);
             const char *szText = nPos == 1 ? "Task is not exist." : "nTaskPos must less than task quantity.";
             QCOMPARE(m_cLibrary.showConfigWindow(nPos, 0), szText);
             QCOMPARE(m_cLibrary.selectDataSource(nPos), szText);

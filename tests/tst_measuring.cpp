@@ -208,30 +208,6 @@ private slots:
         QVERIFY(lstScore[0] > 0.99 && lstScore[0] <= 1.0001);
     }
 
-    void findsAllMatches()
-    {
-        cv::Mat cPart(20, 20, CV_8UC1, cv::Scalar(40));
-        cv::circle(cPart, {10, 10}, 7, 200, 2);
-        cv::Mat cPicture(120, 200, CV_8UC1, cv::Scalar(40));
-        cPart.copyTo(cPicture(cv::Rect(10, 10, 20, 20)));
-        cPart.copyTo(cPicture(cv::Rect(150, 70, 20, 20)));
-        cv::Mat cWorse = cPart.clone();
-        cWorse(cv::Rect(9, 0, 3, 7)) = 40; // an open ring
-        // Half below a whole one; it covers a part of it.
-        cWorse.copyTo(cPicture(cv::Rect(150, 82, 20, 20)), cWorse > 40);
-        put(m_pcStore->getParamGray8(1), cPicture);
-        put(m_pcStore->getParamGray8(2), cPart);
-        const std::pair<const char *, int> acCase[] = {
-            {"", 2}, {"<MaxCount>1</MaxCount>", 1}, {"<Overlap>60</Overlap>", 3}};
-        for (const auto &[szConfig, nMatches] : acCase) {
-            works("OCX_TemplateMatch",
-                  szConfig + MATCH + "<Template>Picture</Template><Matches>All</Matches><Score>0.7</Score>");
-            const auto lstScore = m_pcStore->getParamDoubles(1)->getDoubles();
-            QVERIFY2(lstScore.size() == nMatches, szConfig);
-            QVERIFY(std::is_sorted(lstScore.rbegin(), lstScore.rend()));
-        }
-    }
-
     void readsATemplateFileAnewWhenItChanges()
     {
         const QTemporaryDir cDir;

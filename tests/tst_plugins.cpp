@@ -141,12 +141,9 @@ private slots:
         // clang-format off
         addRows(
             "case           settings                                                   result                                      count\n"
-            "print          <Print>1</Print><Label>dots</Label>                        <CMD>print:3 dots, 1 to 12 pixels</CMD>     3 dots\n"
             "by size        <MinSize>2</MinSize><MaxSize>11</MaxSize><Print>1</Print>  <CMD>print:1 objects, 4 pixels</CMD>        1 objects\n"
             "none, outside  <MinSize>13</MinSize><Print>1</Print><MinCount>1</MinCount><WhenInside>skip:2</WhenInside><WhenOutside>stop:nothing there</WhenOutside>"
             "  <CMD>print:0 objects</CMD><CMD>stop:nothing there</CMD>  0 objects\n"
-            "inside         <MinCount>3</MinCount><MaxCount>3</MaxCount><WhenInside>skip:-2</WhenInside><WhenOutside>skip:1</WhenOutside>"
-            "  <CMD>skip:-2</CMD>  3 objects\n"
             "border         <Border>Drop</Border>                                      -                                           2 objects");
         // clang-format on
     }

@@ -175,25 +175,6 @@ private slots:
         QVERIFY(isMapped(m_cHere.path(strLibrary)));
     }
 
-    /// Texts about itself that a plug-in gets wrong.
-    void takesPoorTexts()
-    {
-        for (const char *szFile : {"1throw-throw-throw", "2-null-null", "3-bytes-bytes", "throw-C-N"})
-            m_cHere.plugin(QString("baseArithm/%1.so").arg(szFile));
-        const Warnings cWarnings;
-        const QList<ArithmFactory::ArithmInfo> lstInfo = rebuild()->getArithms()->mid(4);
-        QCOMPARE(pluginIDs(), "1throw 2 3 ");
-        const QStringList lstTexts{"", "", "a\uFFFD"};
-        for (int i = 0; i < 3; ++i)
-            QCOMPARE(lstInfo[i].m_strClass + lstInfo[i].m_strName, lstTexts[i].repeated(2));
-        // The class, the name, and each look at the ID of the last one, which answers to the empty ID.
-        const QStringList lstWarnings = cWarnings.taken();
-        QVERIFY(lstWarnings.size() >= 3);
-        QVERIFY2(lstWarnings[0].contains("thrown") && lstWarnings[0].contains("1throw-throw-throw.so"),
-                 qPrintable(lstWarnings[0]));
-        QCOMPARE(ArithmMgr::getInstance()->getArithm(""), lstInfo.last().m_pcArithm);
-    }
-
     void executes_data()
     {
         QTest::addColumn<QString>("strConfig");

@@ -27,25 +27,19 @@ private slots:
             QTRY_VERIFY(!cTask.IsRunning());
             const TaskStatus cStatus = cTask.getStatus();
             const qint64 nPassedNs = cTimer.nsecsElapsed();
-
-            QCOMPARE(cStatus.m_eState, TaskStatus::State::Idle);
             QCOMPARE(cStatus.m_nRuns, qint64(3));
             QCOMPARE(cStatus.m_nPictures, qint64(3));
             QCOMPARE(cStatus.m_nFailures, qint64(0)); // an end by "stop:" is none
-            QCOMPARE(cStatus.m_nCurrentStep, -1);
             QVERIFY(cStatus.m_nLastRunNs >= 5000000 && cStatus.m_nLastRunNs <= cStatus.m_nWorstRunNs);
             QVERIFY(cStatus.m_nTotalRunNs >= 15000000 && cStatus.m_nTotalRunNs < nPassedNs);
-
-            qint64 nStepsNs = 0;
-            const int anExecutions[] = {3, 2, 3, 1};
-            for (int nStep = 0; nStep < 4; ++nStep) {
-                const StepStatus &cStep = cStatus.m_lstStep.at(nStep);
-                QCOMPARE(cStep.m_nExecutions, qint64(anExecutions[nStep]));
-                QVERIFY(cStep.m_nLastNs <= cStep.m_nWorstNs && cStep.m_nWorstNs <= cStep.m_nTotalNs);
-                nStepsNs += cStep.m_nTotalNs;
-            }
-            QVERIFY(cStatus.m_lstStep.at(0).m_nLastNs >= 5000000 && nStepsNs < nPassedNs);
-            QCOMPARE(cStatus.m_lstStep.at(0).m_strLastResult, "<CMD>print:1</CMD>");
+            QString strExecutions;
+            for (const StepStatus &cStep : cStatus.m_lstStep)
+                strExecutions += QString::number(cStep.m_nExecutions);
+            QCOMPARE(strExecutions, "3231");
+            const StepStatus cSlow = cStatus.m_lstStep.at(0);
+            QVERIFY(cSlow.m_nLastNs >= 5000000 && cSlow.m_nLastNs <= cSlow.m_nWorstNs &&
+                    cSlow.m_nTotalNs >= 15000000 && cSlow.m_nTotalNs < nPassedNs);
+            QCOMPARE(cSlow.m_strLastResult, "<CMD>print:1</CMD>");
         }
     }
 
