@@ -394,24 +394,27 @@ private slots:
     void savingAViewEmptiesIt()
     {
         GlobalFunction *pcViews = GlobalFunction::getInstance();
-        pcViews->addView(2, 6, 5);
+        pcViews->addView(2, 60, 50); // no other test leaves memory of that size
         uchar auchGrey[] = {10, 20, 30, 40, 50, 60};
         GlobalFunction::ViewDrawOption *pcView = pcViews->requestViewDrawOption(2);
         QVERIFY(pcView != nullptr);
         auto *pcObject = new Drawing::Gray8DrawingOpt(1, auchGrey, 3, 2);
         pcObject->setAlignType(1);
+        pcObject->setDrawMode(1); // clears nothing
         pcObject->setViewID(2);
         pcObject->m_pcAPM = m_pcAPM;
         pcView->pushDrawingOpt(pcObject);
         pcViews->releaseViewDrawOption(2, pcView);
 
         const QString strConfig = tag("Wnd", "2") + greyTo("view", "1");
+        mallopt(M_PERTURB, 0x5a); // what is not cleared shows
         save(strConfig);
+        mallopt(M_PERTURB, 0);
         const QImage cImage(path("view.png"));
-        QCOMPARE(cImage.size(), QSize(6, 5));
+        QCOMPARE(cImage.size(), QSize(60, 50));
         QCOMPARE(cImage.pixel(0, 0), qRgb(10, 10, 10));
         QCOMPARE(cImage.pixel(1, 1), qRgb(50, 50, 50));
-        QCOMPARE(cImage.pixel(5, 4), qRgb(0, 0, 0));
+        QCOMPARE(cImage.pixel(59, 49), qRgb(0, 0, 0));
 
         QFile::remove(path("view.png"));
         save(strConfig);
