@@ -217,22 +217,6 @@ ID too large  RGB     99999999999        0  0 0 0
         QVERIFY(memcmp(bColour ? pcDIB->getDIB() : pcGray8->getGray8(), vPixels.data(), vPixels.size()) == 0);
     }
 
-    void needsFunctionsAndStore()
-    {
-        ArithmParamMgr cStore;
-        const auto fnCallsNothing = [&](const std::function<void(Instance &)> &fnSpoil) {
-            const auto pcInstance = fake(&cStore);
-            fnSpoil(*pcInstance);
-            Fake::s_lstCalls.clear();
-            return !pcInstance->execute() && Fake::s_lstCalls.isEmpty() && cStore.snapshot().isEmpty();
-        };
-        QVERIFY(fnCallsNothing([](Instance &cInstance) { cInstance.m_fnRequestPicture = nullptr; }));
-        QVERIFY(fnCallsNothing([](Instance &cInstance) { cInstance.m_fnReleasePicture = nullptr; }));
-        QVERIFY(fnCallsNothing([](Instance &cInstance) { cInstance.setArithmParamMgr(nullptr); }));
-        QVERIFY(fnCallsNothing([](Instance &cInstance) { cInstance.setDataID(0); }));
-        QVERIFY(fnCallsNothing([](Instance &cInstance) { cInstance.setDataType("Gray16"); }));
-    }
-
     /// Each function of a kind is called, and told of once when it throws, which harms nobody.
     void callsTheKind_data()
     {

@@ -377,20 +377,6 @@ private slots:
         QVERIFY(files().isEmpty());
     }
 
-    void makesOneLevelOfDirectories()
-    {
-        m_pcAPM->getParamGray8(1)->resize(4, 2);
-        const auto saveBelow = [&](const char *szDirectory, const char *szView) {
-            save(tag("BasePath", path(szDirectory)) + tag("Wnd", szView) + greyTo("a", "1"));
-        };
-        saveBelow("new", "4");
-        QVERIFY(QFile::exists(path("new/a.png")));
-        saveBelow("made", "9");
-        QVERIFY(QDir(path("made")).exists());
-        saveBelow("x/y", "4");
-        QVERIFY(!QDir(path("x")).exists());
-    }
-
     void savingAViewEmptiesIt()
     {
         GlobalFunction *pcViews = GlobalFunction::getInstance();
