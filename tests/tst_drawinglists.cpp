@@ -12,7 +12,6 @@
 
 #include "Drawing/drawing.h"
 #include "arithmparammgr.h"
-#include "fixtures/row.h"
 
 namespace
 {
@@ -55,8 +54,6 @@ private slots:
         m_cStore.clean();
         Drawing::resetViewScaleOpt(VIEW);
     }
-    void mapsCoordinates_data();
-    void mapsCoordinates();
     void paintsPixelByPixel();
     void squaresTheAreaOfWhatIsNearlyFlat();
     void hostileNumbers();
@@ -91,39 +88,16 @@ private:
     ArithmParamMgr m_cStore;
 };
 
-void TestDrawingLists::mapsCoordinates_data()
-{
-    QTest::addColumn<QPointF>("cScale");
-    QTest::addColumn<QPoint>("cOffset");
-    QTest::addColumn<QPoint>("cPoint");
-    QTest::addColumn<QPoint>("cPixel");
-    const QPoint cNone(-1, -1);
-    row("scale and offset", QPointF(2, 0.5), QPoint(160, 120), QPoint(163, 130), QPoint(1, 20));
-    row("towards zero", QPointF(3, 3), QPoint(2, 2), QPoint(0, 0), QPoint(0, 0));
-    row("0 by scale 0", QPointF(1, 0), QPoint(0, 0), QPoint(0, 0), cNone);
-    row("overflow", QPointF(1, 1), QPoint(INT_HIGH, 0), QPoint(INT_LOW, 0), cNone);
-    row("overflow, scaled back", QPointF(0x1p26, 1), QPoint(INT_LOW, 0), QPoint(INT_HIGH, 0), QPoint(64, 0));
-}
-
-void TestDrawingLists::mapsCoordinates()
-{
-    QFETCH(QPointF, cScale);
-    QFETCH(QPoint, cOffset);
-    QFETCH(QPoint, cPoint);
-    QFETCH(QPoint, cPixel);
-    Drawing::setViewScaleOpt(
-        VIEW, {{static_cast<float>(cScale.x()), static_cast<float>(cScale.y())}, {cOffset.x(), cOffset.y()}});
-    m_cStore.getParamPoints(ID)->addPoint({cPoint.x(), cPoint.y()});
-    QImage cExpected = black(100, 100);
-    if (cPixel.x() >= 0)
-        cExpected.setPixelColor(cPixel, s_cOrange);
-    QCOMPARE(drawn(3, s_strOrange, black(100, 100)), cExpected);
-}
-
 void TestDrawingLists::paintsPixelByPixel()
 {
-    Drawing::setViewScaleOpt(VIEW, {{0.5F, 0.5F}, {0, 0}}); // every coordinate twice
+    Drawing::setViewScaleOpt(VIEW, {{3, 3}, {2, 2}}); // towards zero
+    m_cStore.getParamPoints(ID)->setPoints({{0, 0}});
+    compare(3, "", [](QPainter &c) { c.drawPoint(0, 0); });
+    Drawing::setViewScaleOpt(VIEW, {{0x1p26F, 1}, {INT_LOW, 0}}); // overflows, scaled back
+    m_cStore.getParamPoints(ID)->setPoints({{INT_HIGH, 0}});
+    compare(3, "", [](QPainter &c) { c.drawPoint(64, 0); });
 
+    Drawing::setViewScaleOpt(VIEW, {{0.5F, 0.5F}, {0, 0}}); // every coordinate twice
     m_cStore.getParamPoints(ID)->setPoints({{10, 10}, {0, 99}, {-20, 50}, {101, 50}});
     for (const char *szSize : {"<Size>-3</Size>", ""})
         compare(3, szSize, [](QPainter &c) { c.drawPoint(20, 20); });

@@ -86,13 +86,6 @@ private slots:
         QCOMPARE(cTask.getStatus().m_nFailures, qint64(2));
         QCOMPARE(cTask.getStatus().m_strLastError, "算法\"end\"出错, 错误信息:worse");
         QCOMPARE(cTask.getStatus().m_lstStep.at(0).m_strLastResult, "bad");
-
-        delete std::exchange(cTask.m_pcDS, nullptr);
-        cTask.m_lstArithm = {Fake::step("b")};
-        cTask.runTaskOnce();
-        QCOMPARE(cTask.getStatus().m_strLastError, "No datasource assigned.");
-        QCOMPARE(cTask.getStatus().m_nFailures, qint64(1));
-        QCOMPARE(cTask.getStatus().m_lstStep.size(), 1);
     }
 };
 

@@ -63,29 +63,6 @@ one marker         a|b|c                    |      |     -      a|b|c
         }
         QCOMPARE(transConfigStr("中文 é"), QString("中文 é").toLocal8Bit().constData());
     }
-
-    /// A host can reach the buffer's length and the buffer.
-    void bufferSurvivesItsOwner()
-    {
-        for (const int nLength : {0, 1, -7}) {
-            gnBuffLenForStandAlone = nLength;
-            QCOMPARE(transConfigStr("text"), "text");
-            QCOMPARE(gnBuffLenForStandAlone, 1024);
-        }
-        delete[] std::exchange(gpchConfigStrForStandAlone, nullptr);
-        QCOMPARE(transConfigStr("text"), "text");
-    }
-
-    /// A built-in algorithm's text stays until the same algorithm hands out the next one.
-    void buffersOfAlgorithms()
-    {
-        QStringList lstTexts{"first", "second", "third"};
-        const char *const aszTexts[] = {MemoryDisk::transConfigStr(lstTexts[0]),
-                                        Drawing::transConfigStr(lstTexts[1]),
-                                        Saving::transConfigStr(lstTexts[2])};
-        for (int nText = 0; nText < 3; ++nText)
-            QCOMPARE(QString(aszTexts[nText]), lstTexts[nText]);
-    }
 };
 
 QTEST_GUILESS_MAIN(TestText)
