@@ -104,9 +104,11 @@ private slots:
         QString strFontSize;
         std::list<DialogUser::Act> lstAct = {DialogUser::choose(TABLES[nType], 2), DialogUser::set(set)};
         const QByteArray achButton = colour.section('=', 0, 0).toUtf8();
-        if (!colour.isEmpty()) {
+        for (const QString &strColour : {QString("#123456"), colour.section('=', 1)}) {
+            if (colour.isEmpty())
+                break;
             lstAct.push_back(DialogUser::press(achButton));
-            lstAct.push_back(pick(colour.section('=', 1), cOffered));
+            lstAct.push_back(pick(strColour, cOffered));
         }
         lstAct.push_back(SELECT);
         lstAct.push_back([&](QWidget &cDialog) {
