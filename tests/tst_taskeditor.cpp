@@ -274,8 +274,10 @@ private slots:
         Bench cBench;
         TaskInfo &cTask = *cBench.m_pcTask;
         const QString strKept = cTask.getTaskItem().at(1).m_strOptionStr;
+        cTask.m_pcAPM->getParamPoints(77);
         for (int nStep = -1; nStep < 4; ++nStep)
             QCOMPARE(cTask.showConfigWindow(nStep), QString());
+        QVERIFY(cTask.m_pcAPM->requestParamPointsMap()->contains(77)); // unlike an edit of the flow
         QCOMPARE(cTask.getTaskItem().at(0).m_strOptionStr, "new0");
         QCOMPARE(cTask.getTaskItem().at(1).m_strOptionStr, strKept);
         QCOMPARE(s_lstError, QStringList("ERR:no"));
