@@ -7,7 +7,6 @@
 
 #include "OculinexQTStandAloneInQt.h"
 #include "datatable.h"
-#include "fixtures/row.h"
 #include "pluginfixture.h"
 
 using Expected = std::function<void(const cv::Mat &, cv::Mat &)>;

@@ -21,7 +21,6 @@
 #include "arithmparammgr.h"
 #include "fixtures/together.h"
 #include "globalfunction.h"
-#include "qguard.h"
 #include "taskMgr/taskMgr.h"
 
 namespace

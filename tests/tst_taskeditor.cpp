@@ -1,6 +1,5 @@
 #include <QtTest>
 
-#include <functional>
 #include <thread>
 
 #include <QMenu>

@@ -8,7 +8,6 @@
 
 #include "datatable.h"
 #include "fixtures/plainreader.h"
-#include "globalfunction.h"
 #include "taskMgr/taskMgr.h"
 
 namespace
