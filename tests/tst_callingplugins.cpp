@@ -1,3 +1,4 @@
+#include <atomic>
 #include <mutex>
 #include <set>
 #include <string>
@@ -15,6 +16,8 @@ namespace
 std::mutex s_cControl; ///< one thread controls: the test's, which lends it to the task's while it waits
 std::mutex s_cMutex;
 std::set<std::string> s_setReached; ///< the functions of the plug-ins that called what they like
+std::atomic<bool> s_bSlow{false};
+std::atomic<bool> s_bAsleep{false};
 QByteArray s_achFile;
 char s_szNothing[] = "";
 
@@ -75,6 +78,10 @@ DataSource::DataSourceInfo *kind()
 char *execute(char *, ArithmParamMgr *)
 {
     callBack("execute");
+    if (s_bSlow) {
+        s_bAsleep = true;
+        QThread::sleep(2);
+    }
     return s_szNothing;
 }
 
@@ -91,7 +98,7 @@ bool reached(const char *szFunction)
 }
 } // namespace
 
-/// Plug-ins that call the library from each of their functions.
+/// Plug-ins that call the library from each of their functions, or take their time.
 class TestCallingPlugins : public QObject
 {
     Q_OBJECT
@@ -117,6 +124,28 @@ private slots:
             strStep.arg("caller", "x") +
             strStep.arg("KQ_Drawing", "<DataType>1</DataType><DataID>1</DataID>") +
             "</=TaskInfo=><=TaskInfo=><-TaskName->other</-TaskName-></=TaskInfo=>");
+    }
+
+    /// A step that hangs for two seconds holds up nobody but who waits for its task.
+    void slowStep()
+    {
+        s_bSlow = true;
+        startTask(0);
+        QTRY_VERIFY(s_bAsleep);
+        QElapsedTimer cTimer;
+        cTimer.start();
+        bool bRunning = false;
+        char achText[64];
+        QVERIFY(IsTaskRunning(bRunning, 0) && bRunning);
+        TaskStatus cStatus;
+        QVERIFY(getTaskStatus(0, cStatus) && cStatus.m_nCurrentStep == 0);
+        getErrMsg(achText, sizeof achText);
+        saveTasksFile(s_achFile.data());
+        runTaskOnce(1);
+        QVERIFY(cTimer.elapsed() < 1000);
+        s_bSlow = false;
+        stopTask(0);
+        QVERIFY(IsTaskRunning(bRunning, 0) && !bRunning);
     }
 
     void fromEachFunction()

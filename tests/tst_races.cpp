@@ -2,6 +2,7 @@
 // calls (not the order of the threads); OCULINEX_STRESS_MS makes it longer.
 
 #include <dlfcn.h>
+#include <pthread.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -21,6 +22,7 @@
 #include "arithmparammgr.h"
 #include "fixtures/together.h"
 #include "globalfunction.h"
+#include "qguard.h"
 #include "taskMgr/taskMgr.h"
 
 namespace
@@ -39,7 +41,44 @@ unsigned random(unsigned nBelow)
     s_nState ^= s_nState << 5;
     return s_nState % nBelow;
 }
+} // namespace
 
+#if !defined(__SANITIZE_ADDRESS__) && !defined(OCULINEX_TSAN)
+namespace
+{
+void delay()
+{
+    const unsigned nChance = random(512);
+    if (nChance == 0)
+        usleep(random(300));
+    else if (nChance < 16)
+        std::this_thread::yield();
+}
+} // namespace
+
+/// Both stand before the real ones: whoever locks takes its time before and after. The sanitizers have
+/// their own.
+void QMutex::lock() noexcept
+{
+    static const auto s_fnNext = reinterpret_cast<void (*)(QMutex *)>(dlsym(RTLD_NEXT, "_ZN6QMutex4lockEv"));
+    delay();
+    s_fnNext(this);
+    delay();
+}
+
+extern "C" __attribute__((visibility("default"))) int pthread_mutex_lock(pthread_mutex_t *pcMutex) noexcept
+{
+    static const auto s_fnNext =
+        reinterpret_cast<int (*)(pthread_mutex_t *)>(dlsym(RTLD_NEXT, "pthread_mutex_lock"));
+    delay();
+    const int nError = s_fnNext(pcMutex);
+    delay();
+    return nError;
+}
+#endif
+
+namespace
+{
 const int STRESS_MS = qMax(2000, qEnvironmentVariableIntValue("OCULINEX_STRESS_MS"));
 
 std::atomic<int> s_nInside{0}; ///< steps that run now
