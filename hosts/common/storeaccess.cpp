@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iterator>
 #include <map>
+#include <mutex>
 
 #include <QRegularExpression>
 
@@ -99,7 +100,9 @@ QString configValue(const QString &strConfig, const QString &strTag)
 
 const PluginTable &settingsTable(const QString &strArithmID)
 {
+    static std::mutex s_cMutex;
     static std::map<QString, PluginTable> s_mapTable;
+    const std::lock_guard cLock(s_cMutex);
     const auto [itTable, bNew] = s_mapTable.try_emplace(strArithmID);
     if (const Arithm *pcArithm = bNew ? ArithmFactory::getInstance()->getArithm(strArithmID) : nullptr)
         itTable->second = algorithmTable(fileOfFunction(pcArithm->m_fnExecute));

@@ -29,8 +29,8 @@ struct StoreAccess {
     bool m_bNumber = false; ///< whether the tag holds a number
 };
 
-/// The table of an algorithm; a null one for those that are built in or made without the SDK. Main
-/// thread, as what follows.
+/// The table of an algorithm; a null one for those that are built in or made without the SDK. It stays
+/// as it is while the process lives. Any thread, as what follows.
 const PluginTable &settingsTable(const QString &strArithmID);
 /// Whether a setting counts: those that depend on a choice do so with one of its options only.
 bool isInForce(const PluginSetting &cSetting, const PluginTable &cTable, const QString &strConfig);
