@@ -46,7 +46,8 @@ OperatorWindow *OperatorMode::open(Leaving eLeaving)
     m_pcWindow = new OperatorWindow(cSetup);
     m_pcWindow->setAttribute(Qt::WA_QuitOnClose, false); // the main window ends the program
     connect(&m_cLog, &LogPane::printed, m_pcWindow, &OperatorWindow::printed);
-    const auto fnTellBusy = [this] { m_pcWindow->setBusy(!m_cControl.isIdle()); };
+    // For as long as the window lives, which is a while after it was left.
+    const auto fnTellBusy = [this, pcWindow = m_pcWindow.data()] { pcWindow->setBusy(!m_cControl.isIdle()); };
     connect(&m_cControl, &Control::changed, m_pcWindow, fnTellBusy);
     fnTellBusy();
     connect(m_pcWindow, &OperatorWindow::startRequested, this, &OperatorMode::startRequested);

@@ -218,6 +218,15 @@ private slots:
         QCOMPARE(QString::fromUtf8(contents(m_strFile)), lstText.constLast());
     }
 
+    /// The window that was left hears of the tasks until it is gone.
+    void leavesWhileATaskIsStopped()
+    {
+        Bench cBench(m_strFile);
+        cBench.operatorMode().open()->close();
+        cBench.control().post(Control::Action::Stop, 0);
+        QVERIFY(cBench.isVisible());
+    }
+
     /// The author picks, saves and opens again; the operator sets, starts, sees the verdict and leaves.
     /// The last test, since it ends the program's loop.
     void servesTheOperator()
