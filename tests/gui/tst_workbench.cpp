@@ -225,6 +225,7 @@ private slots:
         cBench.operatorMode().open()->close();
         cBench.control().post(Control::Action::Stop, 0);
         QVERIFY(cBench.isVisible());
+        QTRY_VERIFY(cBench.control().isIdle());
     }
 
     /// The author picks, saves and opens again; the operator sets, starts, sees the verdict and leaves.
