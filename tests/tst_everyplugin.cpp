@@ -1,18 +1,16 @@
 // What holds for every plug-in: its README agrees with its table, its window gives back what it got, and
 // nothing that it is given makes it crash, hang or speak of its insides.
 
+#include <algorithm>
 #include <ctime>
+#include <functional>
 
 #include <QFile>
+#include <QHash>
+#include <QMap>
 #include <QRegularExpression>
 
 #include <opencv2/imgproc.hpp>
-
-#include <algorithm>
-#include <functional>
-
-#include <QHash>
-#include <QMap>
 
 #include "DataSource/datasource.h"
 #include "arithmMgr/arithmregister.h"
@@ -22,6 +20,8 @@
 #include "pluginfixture.h"
 #include "plugintables/plugintable.h"
 #include "tidy.h"
+
+Q_DECLARE_METATYPE(PluginTable)
 
 // All plug-ins that stand beside the executable, driven by nothing but the tables that they export.
 namespace
@@ -50,15 +50,6 @@ QList<PluginTable> dataSources()
             lstTable << cTable;
     }
     return lstTable;
-}
-
-/// Of an algorithm or a data source; null: there is none with that ID.
-PluginTable table(const QString &strID)
-{
-    for (const PluginTable &cTable : algorithms() + dataSources())
-        if (cTable.m_strID == strID)
-            return cTable;
-    return {};
 }
 
 QString tagged(const QString &strTag, const QString &strValue)
@@ -91,50 +82,6 @@ Values inForce(const PluginSetting &cSetting)
                                            : Values{{cSetting.m_strWhenTag, cSetting.m_lstWhenValue.first()}};
 }
 
-/// A step of every algorithm, in an order and with IDs so that each reads what the latest of the
-/// steps before has written, or the colour picture 1, which is there.
-struct Step {
-    PluginTable m_cTable;
-    QString m_strConfig;
-};
-
-QList<Step> flow()
-{
-    QList<Step> lstStep;
-    QMap<Kind, int> mapLatest{{Kind::DIB, 1}};
-    const auto fnFollows = [&](const PluginTable &cTable) {
-        Values hashValue;
-        for (const PluginSetting &cSetting : cTable.m_lstSetting) {
-            if (!cSetting.isInput() || !cSetting.m_strWhenTag.isEmpty())
-                continue;
-            const auto pcKind = std::find_if(cSetting.m_lstKind.cbegin(), cSetting.m_lstKind.cend(),
-                                             [&](Kind eKind) { return mapLatest.contains(eKind); });
-            if (pcKind == cSetting.m_lstKind.cend())
-                return false;
-            hashValue[cSetting.m_strTag] = QString::number(mapLatest[*pcKind]);
-            if (!cSetting.m_strTypeTag.isEmpty())
-                hashValue[cSetting.m_strTypeTag] = Plugin::kindName(*pcKind);
-        }
-        for (const PluginSetting &cSetting : cTable.m_lstSetting) {
-            if (!cSetting.isOutput())
-                continue;
-            Kind eKind = cSetting.m_lstKind.first();
-            for (const Kind eOther : cSetting.m_lstKind)
-                if (hashValue.value(cSetting.m_strTypeTag) == Plugin::kindName(eOther))
-                    eKind = eOther;
-            hashValue[cSetting.m_strTag] = QString::number(++mapLatest[eKind]);
-        }
-        lstStep.append({cTable, config(cTable, hashValue)});
-        return true;
-    };
-    QList<PluginTable> lstWaiting = algorithms();
-    for (int nBefore = 0; nBefore != lstWaiting.size();) {
-        nBefore = lstWaiting.size();
-        lstWaiting.erase(std::remove_if(lstWaiting.begin(), lstWaiting.end(), fnFollows), lstWaiting.end());
-    }
-    return lstWaiting.isEmpty() ? lstStep : QList<Step>();
-}
-
 /// Everything that a plug-in may read, under ID 1; the picture in each kind.
 std::unique_ptr<ArithmParamMgr> filledStore(const cv::Mat &cGrey)
 {
@@ -155,6 +102,23 @@ std::unique_ptr<ArithmParamMgr> filledStore(const cv::Mat &cGrey)
     pcStore->getParamDoubles(1)->addDouble(2.5);
     pcStore->getParamBools(1)->addBool(true);
     return pcStore;
+}
+
+bool isError(const QString &strResult)
+{
+    return !strResult.isEmpty() && !strResult.startsWith("<CMD>");
+}
+
+/// Leaves the results of every algorithm in the store, most of them under ID 2; returns the errors.
+QStringList runAll(ArithmParamMgr &cStore)
+{
+    QStringList lstError;
+    for (const PluginTable &cTable : algorithms()) {
+        const QString strResult = runPlugin(cTable.m_strID, config(cTable, {}), &cStore);
+        if (isError(strResult))
+            lstError << cTable.m_strID + ": " + strResult;
+    }
+    return lstError;
 }
 
 cv::Mat noise(cv::Size cSize)
@@ -293,182 +257,149 @@ class TestEveryPlugin : public QObject
 
 private slots:
     void readme_data() { rows(algorithms() + dataSources()); }
-    void readme();
+    void readme()
+    {
+        QFETCH(PluginTable, cTable);
+        const QString strID = cTable.m_strID;
+        QVERIFY(!cTable.m_cHelp.m_strChinese.isEmpty() && !cTable.m_cHelp.m_strEnglish.isEmpty());
+        const bool bAlgorithm = ArithmFactory::getInstance()->getArithm(strID);
+        const QString strName = strID.mid(bAlgorithm ? strlen("OCX_") : 0).remove(' ');
+        const QString strFolder = QStringLiteral(OCULINEX_SOURCE_DIR "/plugins/") +
+                                  (bAlgorithm ? "baseArithm/" : "DataSource/") + strName + '/';
+        QFile cFile(strFolder + "README.md");
+        QVERIFY2(cFile.open(QIODevice::ReadOnly), qPrintable(cFile.fileName()));
+        const QString strReadme = cFile.readAll();
+        if (bAlgorithm) {
+            QVERIFY(
+                strReadme.contains("ID `" + strID + "`, " + cTable.m_strClass + " / " + cTable.m_strName));
+            QVERIFY(strReadme.contains(
+                QRegularExpression("\noculinex-run (.*\\\\\n)*.*--try " + strName + "\\b")));
+            QVERIFY(strReadme.contains("](example.png)") && QFile::exists(strFolder + "example.png"));
+        }
+        auto mapRow = readmeTable(strReadme);
+        for (const PluginSetting &cSetting : cTable.m_lstSetting) {
+            QVERIFY2(mapRow.contains(cSetting.m_strTag), qPrintable(cSetting.m_strTag));
+            const auto [strValues, strDefault] = mapRow.take(cSetting.m_strTag);
+            const auto [strWantedValues, strWantedDefault] = written(cSetting);
+            QCOMPARE(strValues, strWantedValues.isEmpty() ? strValues : strWantedValues);
+            QCOMPARE(strDefault, strWantedDefault.isEmpty() ? strDefault : strWantedDefault);
+            mapRow.remove(cSetting.m_strTypeTag);
+            if (cSetting.isOutput()) {
+                QCOMPARE(mapRow.take(cSetting.m_strPrefix + "Name").second, cSetting.m_strName);
+                QCOMPARE(mapRow.remove(cSetting.m_strPrefix + "Describe"), 1);
+            }
+            QVERIFY(!cSetting.m_cCaption.m_strChinese.isEmpty());
+        }
+        QCOMPARE(mapRow.keys(), QStringList());
+    }
+
     void window_data() { rows(algorithms() + dataSources()); }
-    void window();
+
+    /// On a store with real results.
+    void window()
+    {
+        QFETCH(PluginTable, cTable);
+        const QString strID = cTable.m_strID;
+        const auto pcStore = filledStore(photograph("coins.png"));
+        QCOMPARE(runAll(*pcStore), QStringList());
+        Arithm *const pcArithm = ArithmFactory::getInstance()->getArithm(strID);
+        const auto fnShow = [&](const QString &strConfig, const char *szButton) {
+            QString strFault;
+            const DialogUser cUser({[&](QWidget &cTop) {
+                strFault = Tidy::fault(&cTop);
+                DialogUser::click(cTop, szButton);
+            }});
+            const QString strEdited =
+                pcArithm ? pcArithm->showConfigWindow(strConfig, pcStore.get())
+                         : DataSource::getInstance()->m_mapDataSourceInfo[strID]->showConfigWindow(strConfig);
+            return strFault.isEmpty() ? strEdited : "The window is untidy: " + strFault;
+        };
+        QVERIFY(fnShow({}, "btnOK").startsWith('<'));
+        const QString strConfig = fnShow(config(cTable, {}), "btnOK");
+        QVERIFY2(strConfig.startsWith('<'), qPrintable(strConfig));
+        if (pcArithm) {
+            const QString strResult = runPlugin(strID, strConfig, pcStore.get());
+            QVERIFY2(!isError(strResult), qPrintable(strResult));
+        }
+        QCOMPARE(fnShow(strConfig, "btnOK"), strConfig);
+        QCOMPARE(fnShow(strConfig, "btnCancel"), pcArithm ? QString() : strConfig);
+    }
+
     void oddPictures_data() { rows(algorithms()); }
-    void oddPictures();
-    void missingInputs_data() { rows(algorithms()); }
-    void missingInputs();
-    void nonsenseSettings_data() { rows(algorithms() + dataSources()); }
-    void nonsenseSettings();
-    void inFourTasks();
+    void oddPictures()
+    {
+        QFETCH(PluginTable, cTable);
+        const cv::Size acSize[] = {{0, 0}, {1, 1}, {5, 3}, {3, 5}, {1, 500}, {97, 64}};
+        for (const cv::Size cSize : acSize)
+            for (const Values &hashValue : variants(cTable))
+                for (const bool bPlain : {false, true}) {
+                    const cv::Mat cPicture = bPlain ? cv::Mat(cSize, CV_8UC1, cv::Scalar(255)) : noise(cSize);
+                    const QString strConfig = config(cTable, hashValue);
+                    const QString strResult = told(cTable, strConfig, filledStore(cPicture).get());
+                    QVERIFY2(isProper(strResult), qPrintable(strConfig + '\n' + strResult));
+                }
+        const cv::Mat cLarge = noise({4096, 3000});
+        const QString strResult = told(cTable, config(cTable, {}), filledStore(cLarge).get());
+        QVERIFY2(isProper(strResult), qPrintable(strResult));
+    }
+
+    /// Values that are none, and inputs that are not there or of a kind that the plug-in does not read.
+    void badSettings_data() { rows(algorithms() + dataSources()); }
+    void badSettings()
+    {
+        QFETCH(PluginTable, cTable);
+        const auto pcStore = filledStore(noise({97, 64}));
+        for (const PluginSetting &cSetting : cTable.m_lstSetting) {
+            Values hashValue = inForce(cSetting);
+            const QStringList lstNonsense = nonsense(cSetting);
+            // What may pass for a value is looked at only by what comes of it.
+            for (const QString &strValue :
+                 lstNonsense +
+                     QStringList{"", " ", "abc", "/", "-7,-7,3,3", "99999,0,2147483647,2147483647", "<b>"}) {
+                hashValue[cSetting.m_strTag] = strValue;
+                const QString strResult = told(cTable, config(cTable, hashValue), pcStore.get());
+                const QString strComplaint =
+                    "Setting " + cSetting.m_strTag + " is \"" + strValue + "\", wanted is ";
+                QVERIFY2(isProper(strResult) &&
+                             (strResult.startsWith(strComplaint) || !lstNonsense.contains(strValue)),
+                         qPrintable(cSetting.m_strTag + " = " + strValue + '\n' + strResult));
+            }
+            for (const Kind eKind : cSetting.isInput() ? cSetting.m_lstKind : QList<Kind>()) {
+                hashValue[cSetting.m_strTag] = "77";
+                if (!cSetting.m_strTypeTag.isEmpty())
+                    hashValue[cSetting.m_strTypeTag] = Plugin::kindName(eKind);
+                const QString strResult = told(cTable, config(cTable, hashValue), pcStore.get());
+                QVERIFY2(isProper(strResult) && strResult.startsWith("Input ") && strResult.contains(" 77 "),
+                         qPrintable(strResult));
+            }
+        }
+    }
+
+    /// Tasks that run at once share no buffer of a plug-in.
+    void inFourTasks()
+    {
+        const QList<PluginTable> lstSource = dataSources();
+        std::atomic<int> nFaults{0};
+        together(4, [&](int) {
+            for (int nRun = 0; nRun < 2; ++nRun) {
+                const auto pcStore = filledStore(photograph("coins.png"));
+                nFaults += runAll(*pcStore).size();
+                for (const PluginTable &cTable : lstSource)
+                    nFaults += !told(cTable, config(cTable, {}), pcStore.get()).isEmpty();
+            }
+        });
+        QVERIFY(!lstSource.isEmpty() && !algorithms().isEmpty());
+        QCOMPARE(nFaults.load(), 0);
+    }
 
 private:
     static void rows(const QList<PluginTable> &lstTable)
     {
-        QTest::addColumn<QString>("strID");
+        QTest::addColumn<PluginTable>("cTable");
         for (const PluginTable &cTable : lstTable)
-            row(qPrintable(cTable.m_strID), cTable.m_strID);
+            row(qPrintable(cTable.m_strID), cTable);
     }
 };
-
-void TestEveryPlugin::readme()
-{
-    QFETCH(QString, strID);
-    const PluginTable cTable = table(strID);
-    QVERIFY(!cTable.m_cHelp.m_strChinese.isEmpty() && !cTable.m_cHelp.m_strEnglish.isEmpty());
-    const bool bAlgorithm = ArithmFactory::getInstance()->getArithm(strID);
-    const QString strName = strID.mid(bAlgorithm ? strlen("OCX_") : 0).remove(' ');
-    const QString strFolder = QStringLiteral(OCULINEX_SOURCE_DIR "/plugins/") +
-                              (bAlgorithm ? "baseArithm/" : "DataSource/") + strName + '/';
-    QFile cFile(strFolder + "README.md");
-    QVERIFY2(cFile.open(QIODevice::ReadOnly), qPrintable(cFile.fileName()));
-    const QString strReadme = cFile.readAll();
-    if (bAlgorithm) {
-        QVERIFY(strReadme.contains("ID `" + strID + "`, " + cTable.m_strClass + " / " + cTable.m_strName));
-        QVERIFY(
-            strReadme.contains(QRegularExpression("\noculinex-run (.*\\\\\n)*.*--try " + strName + "\\b")));
-        QVERIFY(strReadme.contains("](example.png)") && QFile::exists(strFolder + "example.png"));
-    }
-    auto mapRow = readmeTable(strReadme);
-    for (const PluginSetting &cSetting : cTable.m_lstSetting) {
-        QVERIFY2(mapRow.contains(cSetting.m_strTag), qPrintable(cSetting.m_strTag));
-        const auto [strValues, strDefault] = mapRow.take(cSetting.m_strTag);
-        const auto [strWantedValues, strWantedDefault] = written(cSetting);
-        QCOMPARE(strValues, strWantedValues.isEmpty() ? strValues : strWantedValues);
-        QCOMPARE(strDefault, strWantedDefault.isEmpty() ? strDefault : strWantedDefault);
-        mapRow.remove(cSetting.m_strTypeTag);
-        if (cSetting.isOutput()) {
-            QCOMPARE(mapRow.take(cSetting.m_strPrefix + "Name").second, cSetting.m_strName);
-            QCOMPARE(mapRow.remove(cSetting.m_strPrefix + "Describe"), 1);
-        }
-        QVERIFY(!cSetting.m_cCaption.m_strChinese.isEmpty());
-    }
-    QCOMPARE(mapRow.keys(), QStringList());
-}
-
-/// On a store with the results of the steps before it.
-void TestEveryPlugin::window()
-{
-    QFETCH(QString, strID);
-    ArithmParamMgr cStore;
-    put(cStore.getParamDIB(1), photograph("rocket.jpg"));
-    Arithm *const pcArithm = ArithmFactory::getInstance()->getArithm(strID);
-    QString strGiven = config(table(strID), {});
-    QVERIFY(!flow().isEmpty());
-    for (const Step &cStep : flow()) {
-        if (cStep.m_cTable.m_strID == strID) {
-            strGiven = cStep.m_strConfig;
-            break;
-        }
-        const QString strResult = runPlugin(cStep.m_cTable.m_strID, cStep.m_strConfig, &cStore);
-        QVERIFY2(strResult.isEmpty() || strResult.startsWith("<CMD>"), qPrintable(strResult));
-    }
-    const auto fnShow = [&](const QString &strConfig, const char *szButton) {
-        QString strFault;
-        const DialogUser cUser({[&](QWidget &cTop) {
-            strFault = Tidy::fault(&cTop);
-            DialogUser::click(cTop, szButton);
-        }});
-        const QString strEdited =
-            pcArithm ? pcArithm->showConfigWindow(strConfig, &cStore)
-                     : DataSource::getInstance()->m_mapDataSourceInfo[strID]->showConfigWindow(strConfig);
-        return strFault.isEmpty() ? strEdited : "The window is untidy: " + strFault;
-    };
-    QVERIFY(fnShow({}, "btnOK").startsWith('<'));
-    const QString strConfig = fnShow(strGiven, "btnOK");
-    QVERIFY2(strConfig.startsWith('<'), qPrintable(strConfig));
-    if (pcArithm) {
-        const QString strResult = runPlugin(strID, strConfig, &cStore);
-        QVERIFY2(strResult.isEmpty() || strResult.startsWith("<CMD>"), qPrintable(strResult));
-    }
-    QCOMPARE(fnShow(strConfig, "btnOK"), strConfig);
-    QCOMPARE(fnShow(strConfig, "btnCancel"), pcArithm ? QString() : strConfig);
-}
-
-void TestEveryPlugin::oddPictures()
-{
-    QFETCH(QString, strID);
-    const PluginTable cTable = table(strID);
-    const cv::Size acSize[] = {{0, 0}, {1, 1}, {5, 3}, {3, 5}, {1, 500}, {97, 64}};
-    for (const cv::Size cSize : acSize)
-        for (const Values &hashValue : variants(cTable))
-            for (const bool bPlain : {false, true}) {
-                const cv::Mat cPicture = bPlain ? cv::Mat(cSize, CV_8UC1, cv::Scalar(255)) : noise(cSize);
-                const QString strConfig = config(cTable, hashValue);
-                const QString strResult = told(cTable, strConfig, filledStore(cPicture).get());
-                QVERIFY2(isProper(strResult), qPrintable(strConfig + '\n' + strResult));
-            }
-    const cv::Mat cLarge = noise({4096, 3000});
-    const QString strResult = told(cTable, config(cTable, {}), filledStore(cLarge).get());
-    QVERIFY2(isProper(strResult), qPrintable(strResult));
-}
-
-/// An input that is not there, or of a kind that the plug-in does not read.
-void TestEveryPlugin::missingInputs()
-{
-    QFETCH(QString, strID);
-    const PluginTable cTable = table(strID);
-    const auto pcStore = filledStore(noise({97, 64}));
-    for (const PluginSetting &cSetting : cTable.m_lstSetting) {
-        if (!cSetting.isInput())
-            continue;
-        for (const Kind eKind : cSetting.m_lstKind) {
-            Values hashValue = inForce(cSetting);
-            hashValue[cSetting.m_strTag] = "77";
-            if (!cSetting.m_strTypeTag.isEmpty())
-                hashValue[cSetting.m_strTypeTag] = Plugin::kindName(eKind);
-            const QString strResult = told(cTable, config(cTable, hashValue), pcStore.get());
-            QVERIFY2(isProper(strResult) && strResult.startsWith("Input ") && strResult.contains(" 77 "),
-                     qPrintable(strResult));
-        }
-    }
-}
-
-void TestEveryPlugin::nonsenseSettings()
-{
-    QFETCH(QString, strID);
-    const PluginTable cTable = table(strID);
-    const auto pcStore = filledStore(noise({97, 64}));
-    for (const PluginSetting &cSetting : cTable.m_lstSetting) {
-        Values hashValue = inForce(cSetting);
-        const QStringList lstNonsense = nonsense(cSetting);
-        // What may pass for a value is looked at only by what comes of it.
-        for (const QString &strValue : lstNonsense + QStringList{"", " ", "abc", "/", "-7,-7,3,3",
-                                                                 "99999,0,2147483647,2147483647", "<b>"}) {
-            hashValue[cSetting.m_strTag] = strValue;
-            const QString strResult = told(cTable, config(cTable, hashValue), pcStore.get());
-            QVERIFY2(isProper(strResult),
-                     qPrintable(cSetting.m_strTag + " = " + strValue + '\n' + strResult));
-            QVERIFY2(!lstNonsense.contains(strValue) ||
-                         strResult.startsWith("Setting " + cSetting.m_strTag + " is \"" + strValue +
-                                              "\", wanted is "),
-                     qPrintable(cSetting.m_strTag + " = " + strValue + '\n' + strResult));
-        }
-    }
-}
-
-/// Tasks that run at once share no buffer of a plug-in.
-void TestEveryPlugin::inFourTasks()
-{
-    const QList<PluginTable> lstSource = dataSources();
-    const QList<Step> lstFlow = flow();
-    std::atomic<int> nFaults{0};
-    together(4, [&](int) {
-        for (int nRun = 0; nRun < 2; ++nRun) {
-            ArithmParamMgr cStore;
-            for (const PluginTable &cTable : lstSource)
-                nFaults += !told(cTable, config(cTable, {}), &cStore).isEmpty();
-            for (const Step &cStep : lstFlow) {
-                const QString strResult = runPlugin(cStep.m_cTable.m_strID, cStep.m_strConfig, &cStore);
-                nFaults += !strResult.isEmpty() && !strResult.startsWith("<CMD>");
-            }
-        }
-    });
-    QVERIFY(!lstSource.isEmpty() && !lstFlow.isEmpty());
-    QCOMPARE(nFaults.load(), 0);
-}
 
 QTEST_MAIN(TestEveryPlugin)
 #include "tst_everyplugin.moc"
