@@ -6,8 +6,6 @@
 #include <QPushButton>
 
 #include "OculinexQTStandAloneInQt.h"
-#include "arithmMgr/arithmregister.h"
-#include "arithmMgr/arithms.h"
 #include "arithmparammgr.h"
 #include "dialoguser.h"
 #include "taskMgr/taskMgr.h"
@@ -259,6 +257,7 @@ private slots:
         cBench.m_pcTask->delArithm();
         QCOMPARE(cBench.rows(), "探针|-1 探针|-1");
         QCOMPARE(cBench.m_pcTask->getTaskItem().size(), 2);
+        QVERIFY(cBench.m_pcTask->getTaskItem().at(1).m_strOptionStr.contains("<Text>2</Text>"));
         cBench.m_cTable.selectRow(0);
         delete std::exchange(cBench.m_pcTask->m_pcDS, nullptr);
         cBench.m_pcTask->runHere();
@@ -347,24 +346,18 @@ private slots:
         QVERIFY(!cTask.IsRunning());
         QCOMPARE(cTask.toString(), strBefore);
         QVERIFY(s_lstError.isEmpty());
-    }
 
-    /// A message that a step prints may lead the host anywhere, also to the slots that edit the flow.
-    void notInTheMiddleOfARun()
-    {
-        Bench cBench;
+        // A message that a step prints may lead the host anywhere, also to those slots.
         static TaskInfo *s_pcTask;
-        s_pcTask = cBench.m_pcTask;
-        s_pcTask->getTaskItem()[0].m_strOptionStr = "<Result><CMD>print:x</CMD></Result>";
-        s_pcTask->setPrintCallBack([](QString) {
+        s_pcTask = &cTask;
+        cTask.setPrintCallBack([](QString) {
             s_pcTask->delArithm();
             s_pcTask->modifyOption();
         });
-        cBench.m_cTable.selectRow(0);
-        const DialogUser cUser({});
-        const QString strBefore = s_pcTask->toString();
-        s_pcTask->runTaskOnce();
-        QCOMPARE(s_pcTask->toString(), strBefore);
+        cTask.getTaskItem()[0].m_strOptionStr = "<Result><CMD>print:x</CMD></Result>";
+        const QString strPrinting = cTask.toString();
+        cTask.runTaskOnce();
+        QCOMPARE(cTask.toString(), strPrinting);
     }
 
     /// Nobody could answer a box there, and nobody use a menu.
@@ -408,46 +401,35 @@ private slots:
         QVERIFY(cTask.m_mapArithm.isEmpty());
     }
 
-    void tasksGoWhileABoxIsOpen()
+    /// A task that goes while a box or a step's window is open is there until that is closed.
+    void tasksGoMeanwhile()
     {
+        TaskMgr &cTasks = *TaskMgr::getInstance();
         Bench cBench;
         QPointer<TaskInfo> pcTask = std::exchange(cBench.m_pcTask, nullptr);
-        TaskMgr::getInstance()->addTask(pcTask, 0);
+        cTasks.addTask(pcTask, 0);
         cBench.m_cTable.selectRow(0);
         QString strBox;
-        const DialogUser cUser({[](QWidget &) { TaskMgr::getInstance()->fromString(QString()); },
-                                DialogUser::read(strBox, QMessageBox::Yes)});
+        const DialogUser cUser(
+            {[&](QWidget &) { cTasks.fromString(QString()); }, DialogUser::read(strBox, QMessageBox::Yes)});
         pcTask->delArithm();
         QVERIFY(!pcTask);
         QCOMPARE(cBench.m_cTable.rowCount(), 3);
-    }
 
-    /// The window's own code uses the task's store until it returns.
-    void tasksGoWhileAWindowIsOpen()
-    {
-        static QPointer<TaskInfo> s_pcTask;
-        const auto fnID = [] { return "window"; };
-        const auto fnWindow = [](char *, ArithmParamMgr *pcAPM, bool) {
-            TaskMgr::getInstance()->clear();
-            s_lstError.append(s_pcTask ? "held" : "gone");
-            pcAPM->getParamStrings(1)->addString("still there");
-            static char s_szConfig[] = "config";
-            return s_szConfig;
+        pcTask = new TaskInfo(QString(), nullptr);
+        pcTask->fromString(Bench::text().replace("probe", "KQ_Drawing"));
+        pcTask->m_pcAPM->getParamPoints(1)->setName("points");
+        cTasks.addTask(pcTask, 0);
+        bool bHeld = false;
+        const auto fnClear = [&](QWidget &) {
+            cTasks.clear();
+            bHeld = pcTask;
         };
-        const auto fnStep = [](char *, ArithmParamMgr *) -> char * { return nullptr; };
-        Arithm cWindow(false, fnID, fnWindow, fnStep);
-        ArithmFactory *pcFactory = ArithmFactory::getInstance();
-        pcFactory->m_mapArithm.insert("window", &cWindow);
-
-        s_lstError.clear();
-        s_pcTask = new TaskInfo(QString(), nullptr);
-        s_pcTask->fromString(Bench::text().replace("probe", "window"));
-        TaskMgr::getInstance()->addTask(s_pcTask, 0);
-        QCOMPARE(::showConfigWindow(0, 1), "");
-        QCOMPARE(s_lstError, QStringList("held"));
-        QVERIFY(!s_pcTask);
-        QCOMPARE(TaskMgr::getInstance()->getTaskNum(), 0);
-        pcFactory->m_mapArithm.remove("window");
+        const DialogUser cDrawer({fnClear, DialogUser::choose("tblPoints", 0),
+                                  DialogUser::press("btnSelectElement"), DialogUser::press("btnOK")});
+        QCOMPARE(::showConfigWindow(0, 0), "");
+        QVERIFY(bHeld && !pcTask);
+        QCOMPARE(cTasks.getTaskNum(), 0);
     }
 };
 
