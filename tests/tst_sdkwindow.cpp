@@ -4,18 +4,13 @@
 #include <thread>
 
 #include <QApplication>
-#include <QCheckBox>
 #include <QComboBox>
 #include <QDir>
 #include <QLabel>
-#include <QLineEdit>
-#include <QMessageBox>
-#include <QPushButton>
 #include <QSlider>
 #include <QSpinBox>
 #include <QTest>
 #include <QTimer>
-#include <QToolButton>
 
 #include "arithmparammgr.h"
 #include "datatable.h"
@@ -124,9 +119,8 @@ constexpr const char *OK = "btnOK";
 constexpr const char *CANCEL = "btnCancel";
 
 /// Shows the window modally, as a task does, uses it, and leaves it by a button.
-QString show(
-    const Plugin::PluginDescription &cPlugin, const QString &strConfig, ArithmParamMgr *pcStore,
-    const char *szButton, const DialogUser::Act &fnUse = [](QWidget &) {})
+QString show(const QString &strConfig, ArithmParamMgr *pcStore, const char *szButton,
+             const DialogUser::Act &fnUse)
 {
     QTimer::singleShot(0, qApp, [&] {
         QWidget *const pcWindow = QApplication::activeModalWidget();
@@ -139,7 +133,7 @@ QString show(
             QFAIL("The window is still open.");
         }
     });
-    return Plugin::showSettings(cPlugin, strConfig, pcStore);
+    return Plugin::showSettings(STEP, strConfig, pcStore);
 }
 
 const QString WHOLE = QStringLiteral(
@@ -195,7 +189,7 @@ private slots:
             QVERIFY(!widget<QSpinBox>(cWindow, "Level").isEnabled());
             press(cWindow, "btnOK", Qt::Key_Return);
         };
-        QCOMPARE(show(STEP, QString(), store(), OK, fnFill),
+        QCOMPARE(show(QString(), store(), OK, fnFill),
                  QStringLiteral("<InputID>3</InputID><InputType>Gray8</InputType><Method>Other</Method>"
                                 "<Level>201</Level><Block>9</Block><Largest>1000</Largest><Sigma>0.6</Sigma>"
                                 "<Print>1</Print><Label>coins</Label><When>stop:no coin</When>"
@@ -211,7 +205,7 @@ private slots:
         const auto fnLook = [](QWidget &cWindow) {
             QVERIFY(widget<QComboBox>(cWindow, "InputID").currentText().startsWith("77  (不存在"));
         };
-        QCOMPARE(show(STEP, strGone, store(), OK, fnLook), strGone);
+        QCOMPARE(show(strGone, store(), OK, fnLook), strGone);
         QVERIFY(!store()->requestParamGray8Map()->contains(77));
     }
 
@@ -222,14 +216,14 @@ private slots:
             const bool bFirst = widget<QComboBox>(cWindow, "InputID").currentIndex() == 0;
             press(cWindow, "InputID", bFirst ? Qt::Key_Down : Qt::Key_Up);
         };
-        const QString strColour = show(STEP, WHOLE, store(), OK, fnColour);
+        const QString strColour = show(WHOLE, store(), OK, fnColour);
         QVERIFY2(strColour.startsWith("<InputID>5</InputID><InputType>RGB<"), qPrintable(strColour));
         QVERIFY2(strColour.contains("<OutputID>6</OutputID>"), qPrintable(strColour));
         QVERIFY(!store()->requestParamGray8Map()->contains(9));
         QCOMPARE(store()->getParamDIB(6)->getName(), QStringLiteral("名"));
 
         // A step that works in place leaves its input, which is another's.
-        show(STEP, QString(WHOLE).replace("<OutputID>9<", "<OutputID>3<"), store(), OK, fnColour);
+        show(QString(WHOLE).replace("<OutputID>9<", "<OutputID>3<"), store(), OK, fnColour);
         QVERIFY(store()->requestParamGray8Map()->contains(3));
     }
 
@@ -251,7 +245,7 @@ private slots:
             DialogUser::click(cWindow, OK);
             QVERIFY(cUser.isContent() && cWindow.isVisible());
         };
-        QCOMPARE(show(STEP, WHOLE, store(), CANCEL, fnType), QString());
+        QCOMPARE(show(WHOLE, store(), CANCEL, fnType), QString());
         QVERIFY2(strBox.startsWith("警告: "), qPrintable(strBox));
         QCOMPARE(store()->snapshot().size(), 2);
     }
@@ -273,7 +267,7 @@ private slots:
         };
         const QString strColour =
             QString(WHOLE).replace("<InputID>3<", "<InputID>5<").replace("Gray8", "RGB");
-        const QString strPicked = show(STEP, strColour, store(), OK, fnPick);
+        const QString strPicked = show(strColour, store(), OK, fnPick);
         // Red lies where the circle of hues begins and ends.
         for (const char *szWanted : {"<Region>21,5,10,16</Region>", "<Colour>#c80000</Colour>",
                                      "<Range>175,235,180,5,255,220</Range>"})
@@ -305,7 +299,7 @@ private slots:
             type(cWindow, "Label", "fail");
             QTRY_VERIFY(cResult.text().contains("The step failed."));
         };
-        QCOMPARE(show(STEP, WHOLE, store(), CANCEL, fnUse), QString());
+        QCOMPARE(show(WHOLE, store(), CANCEL, fnUse), QString());
     }
 
     void closesWhileThePreviewComputes()
@@ -319,7 +313,7 @@ private slots:
             QTRY_COMPARE(s_nEntered.load(), nBefore + 1);
             nThreads = fnThreads();
         };
-        QCOMPARE(show(STEP, WHOLE, store(), OK, fnWait), WHOLE);
+        QCOMPARE(show(WHOLE, store(), OK, fnWait), WHOLE);
         // The computation has data of its own.
         m_pcStore.reset();
         s_bHeld = false;
