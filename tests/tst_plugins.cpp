@@ -57,6 +57,53 @@ private slots:
         });
         step("OCX_Blur", "<Method>Median</Method>", false,
              [](const cv::Mat &cIn, cv::Mat &cOut) { cv::medianBlur(cIn, cOut, 5); });
+        // The levels are the difference of grey at both sides: with the gradient of a step, in any square.
+        for (const auto &[nAperture, nStep] : {std::pair(3, 4), {5, 48}, {7, 640}})
+            for (const bool bLength : {false, true})
+                step("OCX_Edges",
+                     "<Low>20</Low><High>50</High><Aperture>" + QByteArray::number(nAperture) +
+                         "</Aperture><Gradient>" + (bLength ? "Length" : "Sum") + "</Gradient>",
+                     false, [=, nSide = nAperture, nScale = nStep](const cv::Mat &cIn, cv::Mat &cOut) {
+                         cv::Canny(cIn, cOut, 20 * nScale, 50 * nScale, nSide, bLength);
+                     });
+        // Hues go round through red; where a range begins right behind its end, it is all of them.
+        for (const auto &[nLowHue, nHighHue] : {std::pair(20, 100), {0, 179}, {170, 10}, {100, 99}})
+            for (const bool bOutside : {false, true})
+                step("OCX_HsvRange",
+                     QString("<Range>%1,50,9,%2,200,240</Range><Objects>%3</Objects>")
+                         .arg(nLowHue)
+                         .arg(nHighHue)
+                         .arg(bOutside ? "Outside" : "Inside")
+                         .toUtf8(),
+                     true, [=, nLow = nLowHue, nHigh = nHighHue](const cv::Mat &cIn, cv::Mat &cOut) {
+                         std::vector<cv::Mat> lstHsv;
+                         cv::Mat cHsv;
+                         cv::cvtColor(cIn, cHsv, cv::COLOR_BGR2HSV);
+                         cv::split(cHsv, lstHsv);
+                         const cv::Mat cFrom = lstHsv[0] >= nLow;
+                         const cv::Mat cTo = lstHsv[0] <= nHigh;
+                         cOut = nLow > nHigh ? cFrom | cTo : cFrom & cTo;
+                         cOut &=
+                             (lstHsv[1] >= 50) & (lstHsv[1] <= 200) & (lstHsv[2] >= 9) & (lstHsv[2] <= 240);
+                         if (bOutside)
+                             cOut = ~cOut;
+                     });
+        const auto morphology = [&](const QByteArray &achSettings, bool bColour, int nOperation,
+                                    const cv::Mat &cShape, int nIterations) {
+            step("OCX_Morphology", achSettings, bColour, [=](const cv::Mat &cIn, cv::Mat &cOut) {
+                cv::morphologyEx(cIn, cOut, nOperation, cShape, {-1, -1}, nIterations);
+            });
+        };
+        const char *const aszOperation[] = {"Erode",    "Dilate", "Open",    "Close",
+                                            "Gradient", "TopHat", "BlackHat"}; // as OpenCV counts them
+        for (int nOperation = 0; nOperation < 7; ++nOperation)
+            morphology(QByteArray("<Shape>Ellipse</Shape><Size>5</Size><Operation>") +
+                           aszOperation[nOperation] + "</Operation>",
+                       false, nOperation, cv::getStructuringElement(cv::MORPH_ELLIPSE, {5, 5}), 1);
+        morphology("<Shape>Cross</Shape><Size>5</Size><Iterations>2</Iterations>", false, cv::MORPH_ERODE,
+                   cv::getStructuringElement(cv::MORPH_CROSS, {5, 5}), 2);
+        morphology("<InputType>RGB</InputType><Operation>Dilate</Operation><Iterations>4</Iterations>", true,
+                   cv::MORPH_DILATE, cv::getStructuringElement(cv::MORPH_RECT, {3, 3}), 4);
     }
 
     void computesAsOpenCV()
