@@ -23,12 +23,6 @@ constexpr size_t ROW_BYTES = 24; // with 3 of padding
 constexpr size_t BYTES = ROW_BYTES * HEIGHT;
 using Buffer = std::vector<unsigned char>;
 
-using Store = std::shared_ptr<ArithmParamMgr>;
-Store newStore()
-{
-    return {ArithmParamMgr::newInstance(), ArithmParamMgr::deleteInstance};
-}
-
 GlobalFunction &views()
 {
     return *GlobalFunction::getInstance();
@@ -98,200 +92,195 @@ private slots:
             Drawing::resetViewScaleOpt(nView);
         }
     }
-    void checksArguments();
-    void readsOneObjectACall();
-    void fullQueueDropsTheOldest();
-    void viewsComeAndGo();
-    void storeDiesBeforeItsDrawings();
-    void dyingStoreWaitsForAReader();
-};
 
-void TestViews::checksArguments()
-{
-    const Store pcStore = newStore();
-    pcStore->getParamPoints(1)->addPoint({0, 0});
-    Buffer achBuffer;
-    for (const int nView : {-1, 4}) {
-        useDrawingWindow(nView, 4, 4);
-        QVERIFY(!Canvas(nView));
-        QCOMPARE(read(nView, achBuffer), -1);
-    }
-    useDrawingWindow(0, 0, 4);
-    QVERIFY(!Canvas(0));
-    useDrawingWindow(0, 4, 4);
-    drawStep(0, pcStore.get());
-    for (const QSize &c : {QSize(10001, 1), QSize(1, 10001), QSize(0, 1), QSize(1, -5)})
-        QCOMPARE(getDrawingWindow(0, achBuffer.data(), c.width(), c.height()), -1);
-    QVERIFY(isUntouched(achBuffer));
-    QCOMPARE(getDrawingWindow(0, nullptr, 10000, 10000), 0); // no buffer: used up all the same
-
-    // View 3 can be filled, but not read.
-    useDrawingWindow(3, 4, 4);
-    drawStep(3, pcStore.get());
-    QCOMPARE(read(3, achBuffer), -1);
-    QVERIFY(isUntouched(achBuffer));
-    QVERIFY(Canvas(3)->haveDrawingOpt());
-}
-
-void TestViews::readsOneObjectACall()
-{
-    const Store pcStore = newStore();
-    useDrawingWindow(1, 4, 4);
-    // The picture, then the points; the list is read when it is drawn.
-    ParamDIB *pcDIB = pcStore->getParamDIB(1);
-    pcDIB->resize(WIDTH, HEIGHT);
-    memset(pcDIB->getDIB(), 0x10, BYTES);
-    pcDIB->getDIB()[0] = 0x20; // blue
-    drawStep(1, pcStore.get(), 0, "");
-    memset(pcDIB->getDIB(), 0x77, BYTES);
-    drawStep(1, pcStore.get());
-    drawStep(1, pcStore.get());
-    pcStore->getParamPoints(1)->addPoint({WIDTH - 1, HEIGHT - 1});
-    useDrawingWindow(1, 600, 500); // keeps the queue
-    QCOMPARE(Canvas(1)->m_nViewWidth.load(), 600);
-
-    Buffer achExpected(BYTES, 0);
-    for (size_t y = 0; y < HEIGHT; ++y)
-        std::fill_n(&achExpected[ROW_BYTES * y], USED_BYTES, 0x10);
-    achExpected[2] = 0x20;
-    Buffer achBuffer;
-    QCOMPARE(read(1, achBuffer), 1);
-    QCOMPARE(achBuffer, achExpected);
-    QCOMPARE(getDrawingWindow(1, achBuffer.data(), WIDTH, HEIGHT), 1);
-    constexpr size_t LAST_PIXEL = ROW_BYTES + USED_BYTES - 3;
-    std::fill_n(&achExpected[LAST_PIXEL], 2, 0);
-    achExpected[LAST_PIXEL + 2] = 0xFF;
-    QCOMPARE(achBuffer, achExpected);
-    QCOMPARE(read(1, achBuffer), 0);
-    QCOMPARE(read(1, achBuffer), -1);
-    QVERIFY(isUntouched(achBuffer));
-}
-
-void TestViews::fullQueueDropsTheOldest()
-{
-    useDrawingWindow(2, 4, 4);
-    QVector<int> lstDestroyed;
+    void checksArguments()
     {
-        const Canvas cCanvas(2);
-        cCanvas->pushDrawingOpt(nullptr);
-        for (int i = 1; i <= 12; ++i)
-            cCanvas->pushDrawingOpt(new Probe(i, lstDestroyed));
-        QCOMPARE(lstDestroyed, QVector<int>({1, 2}));
-        for (int i = 3; i <= 12; ++i) {
-            const std::unique_ptr<Drawing::DrawingOpt> pcOpt(cCanvas->popDrawingOpt());
-            QVERIFY(pcOpt);
-            QCOMPARE(pcOpt->getDataID(), i);
-            QCOMPARE(cCanvas->haveDrawingOpt(), i < 12);
+        ArithmParamMgr cStore;
+        cStore.getParamPoints(1)->addPoint({0, 0});
+        Buffer achBuffer;
+        for (const int nView : {-1, 4}) {
+            useDrawingWindow(nView, 4, 4);
+            QVERIFY(!Canvas(nView));
+            QCOMPARE(read(nView, achBuffer), -1);
         }
-        QVERIFY(!cCanvas->popDrawingOpt());
-        cCanvas->pushDrawingOpt(new Probe(0x345678, lstDestroyed));
+        useDrawingWindow(0, 0, 4);
+        QVERIFY(!Canvas(0));
+        useDrawingWindow(0, 4, 4);
+        drawStep(0, &cStore);
+        for (const QSize &c : {QSize(10001, 1), QSize(1, 10001), QSize(0, 1), QSize(1, -5)})
+            QCOMPARE(getDrawingWindow(0, achBuffer.data(), c.width(), c.height()), -1);
+        QVERIFY(isUntouched(achBuffer));
+        QCOMPARE(getDrawingWindow(0, nullptr, 10000, 10000), 0); // no buffer: used up all the same
+
+        // View 3 can be filled, but not read.
+        useDrawingWindow(3, 4, 4);
+        drawStep(3, &cStore);
+        QCOMPARE(read(3, achBuffer), -1);
+        QVERIFY(isUntouched(achBuffer));
+        QVERIFY(Canvas(3)->haveDrawingOpt());
     }
-    lstDestroyed.clear();
-    Buffer achBuffer;
-    QCOMPARE(read(2, achBuffer), 0);
-    QCOMPARE(Buffer(achBuffer.begin(), achBuffer.begin() + 4), Buffer({0x34, 0x56, 0x78, 0xAB}));
-    QCOMPARE(lstDestroyed, QVector<int>({0x345678})); // by the library, once drawn
-}
 
-void TestViews::viewsComeAndGo()
-{
-    QVector<int> lstDestroyed;
-    views().resizeViewCanvas(5, 3, 4);
-    views().resizeViewCanvas(6, 3, 4);
-    GlobalFunction::ViewDrawOption *pcHeld = views().requestViewDrawOption(5);
-    QVERIFY(pcHeld);
-    QCOMPARE(pcHeld->m_nViewWidth.load(), 3);
-    pcHeld->pushDrawingOpt(new Probe(1, lstDestroyed));
-    // A waiter finds the view gone; the holder still has a canvas that can be used.
-    std::thread cWaiter([] { QVERIFY(!Canvas(5)); });
-    views().removeView(5);
-    QVERIFY(!views().requestViewDrawOption(5));
-    pcHeld->pushDrawingOpt(new Probe(2, lstDestroyed));
-    views().releaseViewDrawOption(5, pcHeld);
-    cWaiter.join();
-    views().addView(5, 1, 2);
-    const Canvas cCanvas(5);
-    QVERIFY(!cCanvas->haveDrawingOpt());
-    QCOMPARE(cCanvas->m_nViewHeight.load(), 2);
-
-    QLoggingCategory::setFilterRules("oculinex.task.info=true");
-    QTest::ignoreMessage(QtInfoMsg, "there is no view 4 to draw into");
-    drawStep(4, newStore().get());
-    QTest::ignoreMessage(QtInfoMsg, QRegularExpression("names nothing .*<DataType>9"));
-    drawStep(5, newStore().get(), 9);
-    QCOMPARE(lstDestroyed, QVector<int>({1, 2}));
-}
-
-void TestViews::storeDiesBeforeItsDrawings()
-{
-    useDrawingWindow(0, 4, 4);
-    TaskInfo cLiving(QStringLiteral("living"), nullptr);
-    cLiving.m_pcAPM->getParamPoints(1)->addPoint({1, 1});
-    auto pcDying = std::make_unique<TaskInfo>(QStringLiteral("dying"), nullptr);
-    pcDying->m_pcAPM->getParamPoints(1)->addPoint({0, 0});
-    ParamGray8 *pcGrey = pcDying->m_pcAPM->getParamGray8(1);
-    pcGrey->resize(1, 1);
-    drawStep(0, pcDying->m_pcAPM);                    // taken out, not yet drawn
-    drawStep(0, pcDying->m_pcAPM);                    // still queued
-    drawStep(0, pcDying->m_pcAPM, 1, "<Pos>1</Pos>"); // owns its pixels
-    drawStep(0, cLiving.m_pcAPM);
-    std::unique_ptr<Drawing::DrawingOpt> pcTaken;
+    void readsOneObjectACall()
     {
-        const Canvas cCanvas(0); // a held view, as while it is saved, stops no task from dying
-        pcTaken.reset(cCanvas->popDrawingOpt());
-        pcDying.reset();
+        ArithmParamMgr cStore;
+        useDrawingWindow(1, 4, 4);
+        // The picture, then the points; the list is read when it is drawn.
+        ParamDIB *pcDIB = cStore.getParamDIB(1);
+        pcDIB->resize(WIDTH, HEIGHT);
+        memset(pcDIB->getDIB(), 0x10, BYTES);
+        pcDIB->getDIB()[0] = 0x20; // blue
+        drawStep(1, &cStore, 0, "");
+        memset(pcDIB->getDIB(), 0x77, BYTES);
+        drawStep(1, &cStore);
+        drawStep(1, &cStore);
+        cStore.getParamPoints(1)->addPoint({WIDTH - 1, HEIGHT - 1});
+        useDrawingWindow(1, 600, 500); // keeps the queue
+        QCOMPARE(Canvas(1)->m_nViewWidth.load(), 600);
+
+        Buffer achExpected(BYTES, 0);
+        for (size_t y = 0; y < HEIGHT; ++y)
+            std::fill_n(&achExpected[ROW_BYTES * y], USED_BYTES, 0x10);
+        achExpected[2] = 0x20;
+        Buffer achBuffer;
+        QCOMPARE(read(1, achBuffer), 1);
+        QCOMPARE(achBuffer, achExpected);
+        QCOMPARE(getDrawingWindow(1, achBuffer.data(), WIDTH, HEIGHT), 1);
+        constexpr size_t LAST_PIXEL = ROW_BYTES + USED_BYTES - 3;
+        std::fill_n(&achExpected[LAST_PIXEL], 2, 0);
+        achExpected[LAST_PIXEL + 2] = 0xFF;
+        QCOMPARE(achBuffer, achExpected);
+        QCOMPARE(read(1, achBuffer), 0);
+        QCOMPARE(read(1, achBuffer), -1);
+        QVERIFY(isUntouched(achBuffer));
     }
 
-    QImage cTarget(4, 4, QImage::Format_RGB888);
-    cTarget.fill(Qt::white);
-    const QImage cBefore = cTarget;
-    pcTaken->draw(&cTarget, pcTaken->m_pcAPM);
-    QCOMPARE(cTarget, cBefore);
-    Buffer achBuffer;
-    QCOMPARE(read(0, achBuffer), 1);
-    QVERIFY(isUntouched(achBuffer));
-    QCOMPARE(read(0, achBuffer), 1);
-    QCOMPARE(achBuffer, Buffer(BYTES, 0)); // cleared by the grey picture
-    QCOMPARE(read(0, achBuffer), 0);
-    QCOMPARE(int{achBuffer[ROW_BYTES + 3 + 2]}, 255); // the living task's point
-
-    // Queued once more, it is as dead as before, wherever its store lay.
-    Drawing::DrawingOpt *pcAgain = Drawing::parseConfigString(
-        QStringLiteral("<DataType>3</DataType><DataID>1</DataID>"), cLiving.m_pcAPM);
-    pcAgain->m_pcAPM = cLiving.m_pcAPM;
+    void fullQueueDropsTheOldest()
     {
-        const Canvas cCanvas(0);
-        cCanvas->pushDrawingOpt(pcAgain);
-        QCOMPARE(cCanvas->popDrawingOpt(), pcAgain);
-        Drawing::disarm(cLiving.m_pcAPM);
-        cCanvas->pushDrawingOpt(pcAgain);
+        useDrawingWindow(2, 4, 4);
+        QVector<int> lstDestroyed;
+        {
+            const Canvas cCanvas(2);
+            cCanvas->pushDrawingOpt(nullptr);
+            for (int i = 1; i <= 12; ++i)
+                cCanvas->pushDrawingOpt(new Probe(i, lstDestroyed));
+            QCOMPARE(lstDestroyed, QVector<int>({1, 2}));
+            for (int i = 3; i <= 12; ++i) {
+                const std::unique_ptr<Drawing::DrawingOpt> pcOpt(cCanvas->popDrawingOpt());
+                QVERIFY(pcOpt);
+                QCOMPARE(pcOpt->getDataID(), i);
+                QCOMPARE(cCanvas->haveDrawingOpt(), i < 12);
+            }
+            QVERIFY(!cCanvas->popDrawingOpt());
+            cCanvas->pushDrawingOpt(new Probe(0x345678, lstDestroyed));
+        }
+        lstDestroyed.clear();
+        Buffer achBuffer;
+        QCOMPARE(read(2, achBuffer), 0);
+        QCOMPARE(Buffer(achBuffer.begin(), achBuffer.begin() + 4), Buffer({0x34, 0x56, 0x78, 0xAB}));
+        QCOMPARE(lstDestroyed, QVector<int>({0x345678})); // by the library, once drawn
     }
-    QCOMPARE(read(0, achBuffer), 0);
-    QVERIFY(isUntouched(achBuffer));
-}
 
-void TestViews::dyingStoreWaitsForAReader()
-{
-    const Store pcStore = newStore();
-    const Store pcOther = newStore();
-    Drawing::PointsDrawingOpt cQueued(1);
-    cQueued.m_pcAPM = pcStore.get();
-    DrawingRegistry::add(&cQueued);
-    auto pcReading = std::make_unique<DrawingRegistry::Permit>(&cQueued, pcStore.get());
-    QVERIFY(*pcReading);
-    DrawingRegistry::disarm(pcOther.get()); // waits for nobody
-    std::atomic<bool> bDisarmed{false};
-    std::thread cDying([&] {
-        DrawingRegistry::disarm(pcStore.get());
-        bDisarmed = true;
-    });
-    QTRY_VERIFY(!DrawingRegistry::Permit(&cQueued, pcStore.get()));
-    QVERIFY(!QTest::qWaitFor([&bDisarmed] { return bDisarmed.load(); }, 50));
-    pcReading.reset();
-    cDying.join();
-    QVERIFY(DrawingRegistry::Permit(&cQueued, pcOther.get())); // a caller's own business
-    DrawingRegistry::remove(&cQueued);
-}
+    void viewsComeAndGo()
+    {
+        QVector<int> lstDestroyed;
+        views().resizeViewCanvas(5, 3, 4);
+        views().resizeViewCanvas(6, 3, 4);
+        GlobalFunction::ViewDrawOption *pcHeld = views().requestViewDrawOption(5);
+        QVERIFY(pcHeld);
+        QCOMPARE(pcHeld->m_nViewWidth.load(), 3);
+        pcHeld->pushDrawingOpt(new Probe(1, lstDestroyed));
+        // A waiter finds the view gone; the holder still has a canvas that can be used.
+        std::thread cWaiter([] { QVERIFY(!Canvas(5)); });
+        views().removeView(5);
+        QVERIFY(!views().requestViewDrawOption(5));
+        pcHeld->pushDrawingOpt(new Probe(2, lstDestroyed));
+        views().releaseViewDrawOption(5, pcHeld);
+        cWaiter.join();
+        views().addView(5, 1, 2);
+        const Canvas cCanvas(5);
+        QVERIFY(!cCanvas->haveDrawingOpt());
+        QCOMPARE(cCanvas->m_nViewHeight.load(), 2);
+
+        QLoggingCategory::setFilterRules("oculinex.task.info=true");
+        QTest::ignoreMessage(QtInfoMsg, "there is no view 4 to draw into");
+        ArithmParamMgr cStore;
+        drawStep(4, &cStore);
+        QTest::ignoreMessage(QtInfoMsg, QRegularExpression("names nothing .*<DataType>9"));
+        drawStep(5, &cStore, 9);
+        QCOMPARE(lstDestroyed, QVector<int>({1, 2}));
+    }
+
+    void storeDiesBeforeItsDrawings()
+    {
+        useDrawingWindow(0, 4, 4);
+        TaskInfo cLiving(QStringLiteral("living"), nullptr);
+        cLiving.m_pcAPM->getParamPoints(1)->addPoint({1, 1});
+        auto pcDying = std::make_unique<TaskInfo>(QStringLiteral("dying"), nullptr);
+        pcDying->m_pcAPM->getParamPoints(1)->addPoint({0, 0});
+        ParamGray8 *pcGrey = pcDying->m_pcAPM->getParamGray8(1);
+        pcGrey->resize(1, 1);
+        drawStep(0, pcDying->m_pcAPM);                    // taken out, not yet drawn
+        drawStep(0, pcDying->m_pcAPM);                    // still queued
+        drawStep(0, pcDying->m_pcAPM, 1, "<Pos>1</Pos>"); // owns its pixels
+        drawStep(0, cLiving.m_pcAPM);
+        std::unique_ptr<Drawing::DrawingOpt> pcTaken;
+        {
+            const Canvas cCanvas(0); // a held view, as while it is saved, stops no task from dying
+            pcTaken.reset(cCanvas->popDrawingOpt());
+            pcDying.reset();
+        }
+
+        QImage cTarget(4, 4, QImage::Format_RGB888);
+        cTarget.fill(Qt::white);
+        const QImage cBefore = cTarget;
+        pcTaken->draw(&cTarget, pcTaken->m_pcAPM);
+        QCOMPARE(cTarget, cBefore);
+        Buffer achBuffer;
+        QCOMPARE(read(0, achBuffer), 1);
+        QVERIFY(isUntouched(achBuffer));
+        QCOMPARE(read(0, achBuffer), 1);
+        QCOMPARE(achBuffer, Buffer(BYTES, 0)); // cleared by the grey picture
+        QCOMPARE(read(0, achBuffer), 0);
+        QCOMPARE(int{achBuffer[ROW_BYTES + 3 + 2]}, 255); // the living task's point
+
+        // Queued once more, it is as dead as before, wherever its store lay.
+        Drawing::DrawingOpt *pcAgain = Drawing::parseConfigString(
+            QStringLiteral("<DataType>3</DataType><DataID>1</DataID>"), cLiving.m_pcAPM);
+        pcAgain->m_pcAPM = cLiving.m_pcAPM;
+        {
+            const Canvas cCanvas(0);
+            cCanvas->pushDrawingOpt(pcAgain);
+            QCOMPARE(cCanvas->popDrawingOpt(), pcAgain);
+            Drawing::disarm(cLiving.m_pcAPM);
+            cCanvas->pushDrawingOpt(pcAgain);
+        }
+        QCOMPARE(read(0, achBuffer), 0);
+        QVERIFY(isUntouched(achBuffer));
+    }
+
+    void dyingStoreWaitsForAReader()
+    {
+        ArithmParamMgr cStore;
+        ArithmParamMgr cOther;
+        Drawing::PointsDrawingOpt cQueued(1);
+        cQueued.m_pcAPM = &cStore;
+        DrawingRegistry::add(&cQueued);
+        auto pcReading = std::make_unique<DrawingRegistry::Permit>(&cQueued, &cStore);
+        QVERIFY(*pcReading);
+        DrawingRegistry::disarm(&cOther); // waits for nobody
+        std::atomic<bool> bDisarmed{false};
+        std::thread cDying([&] {
+            DrawingRegistry::disarm(&cStore);
+            bDisarmed = true;
+        });
+        QTRY_VERIFY(!DrawingRegistry::Permit(&cQueued, &cStore));
+        QVERIFY(!QTest::qWaitFor([&bDisarmed] { return bDisarmed.load(); }, 50));
+        pcReading.reset();
+        cDying.join();
+        QVERIFY(DrawingRegistry::Permit(&cQueued, &cOther)); // a caller's own business
+        DrawingRegistry::remove(&cQueued);
+    }
+};
 
 QTEST_GUILESS_MAIN(TestViews)
 #include "tst_views.moc"
