@@ -9,7 +9,7 @@
 #include "Drawing/drawing.h"
 #include "arithmparammgr.h"
 #include "datatable.h"
-#include "fixtures/row.h"
+#include "fixtures/neighbourhood.h"
 
 namespace
 {
@@ -57,18 +57,197 @@ QRgb shown(const Drawing::Gray8DrawingOpt &cOpt, unsigned char nGrey)
 }
 } // namespace
 
-/// The pictures and the config strings: how pictures are placed, composed and copied.
+/// The pictures and the config strings: how pictures are placed, composed and copied. This program has no
+/// GUI application.
 class TestDrawing : public QObject
 {
     Q_OBJECT
 
 private slots:
-    void recordsScales_data();
-    void recordsScales();
-    void paintsWhatAPainterPaints();
-    void badPicturesDrawNothing();
-    void readsConfig_data();
-    void readsConfig();
+    void recordsScales_data()
+    {
+        addRows(
+            "case           settings                      picture  view  colour        grey\n"
+            "as it is       <Scale>0</Scale>              5x1      2x3   1,1 1,-1      -\n" // odd halves
+            "left           <Pos>-7</Pos>                 3x4      4x2   1,1 0,0       -\n"
+            "width          <Scale>1</Scale>              6x6      2x6   3,3 0,-6      -\n"
+            "width, left    <Scale>1</Scale><Pos>1</Pos>  5x9      2x3   2.5,2.5 0,1   -\n"
+            "height         <Scale>2</Scale>              4x3      7x2   1.5,1.5 -2,0  -\n" // -2.5 and -0.5
+            "both           <Scale>3</Scale><Pos>1</Pos>  3x4      2x1   1,4 0,0       1.5,4 0,0\n"
+            "no such scale  <Scale>4</Scale>              2x2      2x2   7,8 9,10      -");
+    }
+    void recordsScales()
+    {
+        QFETCH(QString, settings);
+        QFETCH(QString, picture);
+        QFETCH(QString, view);
+        QFETCH(QString, colour);
+        QFETCH(QString, grey);
+        const auto fnSize = [](const QString &strSize) {
+            return QSize(strSize.section('x', 0, 0).toInt(), strSize.section('x', 1).toInt());
+        };
+        resize(fnSize(picture));
+        for (const int nType : {0, 1}) {
+            QImage cTarget = target(fnSize(view));
+            draw(*parsed(nType, settings), cTarget);
+            QCOMPARE(describe(Drawing::getViewScaleOpt(VIEW)), nType == 0 || grey.isEmpty() ? colour : grey);
+        }
+    }
+
+    void paintsWhatAPainterPaints()
+    {
+        std::mt19937 cRandom(7);
+        const auto number = [&cRandom](int nMin, int nMax) {
+            return std::uniform_int_distribution(nMin, nMax)(cRandom);
+        };
+        const auto byte = [&] { return static_cast<unsigned char>(number(0, 3) == 0 ? 0 : number(1, 255)); };
+        for (int nRound = 0; nRound < 2000; ++nRound) {
+            // Rows differ in their vectors, chunks and edges; the first is longer than a painter's
+            // coordinates.
+            const int nMaxWidth = nRound % 20 == 0 ? 700 : 40;
+            const QSize cPicture(nRound == 0 ? 33'000 : number(1, nMaxWidth), number(1, 5));
+            const QSize cView =
+                nRound == 0 || number(0, 2) == 0 ? cPicture : QSize(number(1, nMaxWidth), number(1, 5));
+            const int nScale = number(0, 4);
+            const QString strSettings = QString::asprintf(
+                "<Scale>%d</Scale><Pos>%d</Pos><DrawMode><Val>%d</Val><Lapped>%d</"
+                "Lapped><Mask>%d,%d</Mask></DrawMode>",
+                nScale, number(0, 1), number(0, 3), number(0, 1), number(0, 2), number(0, 3));
+            const int w = cPicture.width();
+            const int h = cPicture.height();
+            const int nStride = (w * 3 + 3) & ~3;
+            resize(cPicture);
+            unsigned char *const puchColour = m_cStore.getParamDIB(1)->getDIB();
+            unsigned char *const puchGrey = m_cStore.getParamGray8(1)->getGray8();
+            std::generate_n(puchColour, nStride * h, byte);
+            std::generate_n(puchGrey, w * h, byte);
+            // The first scaled drawing is the painter's own work, later ones go by what was learnt from it.
+            for (int nDrawing = nRound; nDrawing < nRound + 4; ++nDrawing) {
+                const auto pcOpt = parsed(nDrawing % 2, strSettings);
+                auto *pcColour = dynamic_cast<Drawing::DIBDrawingOpt *>(pcOpt.get());
+                auto *pcGrey = dynamic_cast<Drawing::Gray8DrawingOpt *>(pcOpt.get());
+                if (pcGrey && number(0, 3) == 0) // as a host may
+                    pcGrey->m_anColourTable[number(1, 255)] = 0x80FF0000;
+                const bool bOpaque = pcColour || pcGrey->m_nDrawMode == 0;
+                QImage cShown = QImage(puchColour, w, h, nStride, QImage::Format_RGB888).rgbSwapped();
+                if (pcGrey) {
+                    cShown = QImage(cPicture, bOpaque ? QImage::Format_RGB888 : QImage::Format_ARGB32);
+                    for (int n = 0; n < w * h; ++n)
+                        cShown.setPixel(n % w, n / w, shown(*pcGrey, puchGrey[n]));
+                    if (bOpaque)
+                        cShown.setPixel(w - 1, h - 1, BLACK); // the last pixel is not written
+                }
+
+                QImage cTarget = target(cView);
+                cTarget.setDevicePixelRatio(
+                    number(0, 7) == 0 ? 2 : 1); // a host may draw into a picture of its own
+                draw(*pcOpt, cTarget);
+                const auto [afScale, anOffset] = Drawing::getViewScaleOpt(VIEW);
+                const auto scaled = [fScale = afScale[0]](int n) { return static_cast<float>(n) * fScale; };
+                const auto start = [&](int nHalf, int nViewHalf) {
+                    return double{static_cast<float>(nHalf) - scaled(nViewHalf)};
+                };
+                QRectF cSource(start(w / 2, cView.width() / 2), start(h / 2, cView.height() / 2),
+                               double{scaled(cView.width())}, double{scaled(cView.height())});
+                if (nScale == 0)
+                    cSource.moveTo(anOffset[0], anOffset[1]);
+                if (nScale == 3)
+                    cSource = QRectF(QPointF(), cPicture);
+                QImage cExpected = target(cView);
+                cExpected.setDevicePixelRatio(cTarget.devicePixelRatioF());
+                if (bOpaque)
+                    cExpected.fill(0U);
+                if (nScale < 4 && !(pcGrey && pcGrey->m_nDrawMode == 3))
+                    QPainter(&cExpected).drawImage(QRectF(QPointF(), cView), cShown, cSource);
+                QVERIFY2(cTarget == cExpected,
+                         qPrintable(QString::asprintf("type %d, %dx%d in %dx%d: ", nDrawing % 2, w, h,
+                                                      cView.width(), cView.height()) +
+                                    strSettings));
+                if (pcColour) // has exchanged red and blue in its copy
+                    QCOMPARE(QImage(pcColour->m_puchData, w, h, nStride, QImage::Format_RGB888), cShown);
+            }
+        }
+        const Drawing::Gray8DrawingOpt cOpt(1, nullptr, 1, 1);
+        QCOMPARE(cOpt.m_anColourTable[7], 0xFF331C00);
+    }
+
+    void badPicturesDrawNothing()
+    {
+        constexpr int MAX = std::numeric_limits<int>::max();
+        unsigned char auchPixels[16] = {};
+        QImage cTarget = target({4, 4});
+        const QImage cBefore = cTarget;
+        for (const QSize &c : {QSize(0, 2), QSize(-1, -1), QSize(-3, 2), QSize(MAX, MAX)}) {
+            Drawing::DIBDrawingOpt(1, auchPixels, c.width(), c.height()).draw(&cTarget, &m_cStore);
+            Drawing::Gray8DrawingOpt(1, auchPixels, c.width(), c.height()).draw(&cTarget, &m_cStore);
+        }
+        Drawing::Gray8DrawingOpt(1, nullptr, 2, 2).draw(&cTarget, &m_cStore);
+        Drawing::Gray16DrawingOpt(1, auchPixels, 2, 2).draw(&cTarget, &m_cStore); // draws nothing, ever
+        Drawing::DIBDrawingOpt cGood(1, auchPixels, 2, 2);
+        cGood.draw(&cTarget, nullptr);
+        cGood.draw(nullptr, &m_cStore);
+        QCOMPARE(cTarget, cBefore);
+        cGood.setViewID(77); // no such view: painted, recorded nowhere
+        cGood.draw(&cTarget, &m_cStore);
+        QVERIFY(cTarget != cBefore);
+
+        // A source rectangle that leaves the range of int.
+        m_cStore.getParamGray8(1)->resize(40'000'000, 1);
+        cTarget = target({1, 10000});
+        draw(*parsed(1, QStringLiteral("<Scale>1</Scale><DrawMode><Val>2</Val></DrawMode>")), cTarget);
+        QCOMPARE(cTarget, target({1, 10000}));
+        QCOMPARE(describe(Drawing::getViewScaleOpt(VIEW)), QStringLiteral("7,8 9,10"));
+        m_cStore.clean();
+    }
+
+    void readsConfig_data()
+    {
+        addRows(R"(
+case            start                                                   settings                        object
+no type         <DataID>5</DataID>                                      -                               none
+unknown type    <DataType>9</DataType><DataID>5</DataID>                <Size>1</Size>                  none
+no ID           <DataType>3</DataType><DataID>5x</DataID>               -                               none
+no view         <View>y</View><DataType>7</DataType><DataID>5</DataID>  -                               view 0 type 7 id 5: 0 0 0 12
+any case        <view>2</VIEW><datatype>3</DataType><DataID> +6 </dataid>  -                            view 2 type 3 id 6:
+half a mask     <View>1</View><DataType>1</DataType><DataID>5</DataID>  <DrawMode><Mask>,2,9</Mask><Lapped>4</Lapped></DrawMode>  view 1 type 1 id 5: 0 0 0 4 0 2
+mode elsewhere  <DataType>2</DataType><DataID>5</DataID>                <DrawMode><Mask>1</Mask></DrawMode><Val>2</Val>  view 0 type 2 id 5: 0 0 0 0 1 0
+text            <DataType>7</DataType><DataID>5</DataID>                <Color>9</Color><Pos>10,-20</Pos><FontSize>30</FontSize>  view 0 type 7 id 5: 9 10 -20 30
+no x            <DataType>7</DataType><DataID>5</DataID>                <Pos>x,3</Pos>                  view 0 type 7 id 5: 0 0 3 0
+half a place    <DataType>7</DataType><DataID>5</DataID>                <Pos>3</Pos><FontSize>z</FontSize>  view 0 type 7 id 5: 0 0 0 0
+)");
+    }
+    void readsConfig()
+    {
+        QFETCH(QString, start);
+        QFETCH(QString, settings);
+        QFETCH(QString, object);
+        const QString strConfig = start + "<Config>" + settings + "</Config>";
+        std::unique_ptr<Drawing::DrawingOpt> pcOpt(Drawing::parseConfigString(strConfig, &m_cStore));
+        QCOMPARE(describe(pcOpt.get()), object);
+        // Lists are not read before they are drawn.
+        const bool bPicture = object.contains(QRegularExpression("type [012]"));
+        pcOpt.reset(Drawing::parseConfigString(strConfig, nullptr));
+        QCOMPARE(describe(pcOpt.get()), bPicture ? "none" : object);
+    }
+
+    void textsNeedAGuiApplication()
+    {
+        m_cStore.getParamLines(1)->addLine({1, 1, 4, 1});
+        m_cStore.getParamStrings(1)->addString(QStringLiteral("text"));
+        QImage cTarget = target({40, 30});
+        QImage cLine = cTarget;
+        for (int nX = 1; nX <= 4; ++nX)
+            cLine.setPixel(nX, 1, BLACK);
+        const Warnings cWarnings;
+        Drawing::resetViewScaleOpt(VIEW);
+        for (const int nType : {4, 7})
+            parsed(nType, QStringLiteral("<DspLen>1</DspLen><FontSize>9</FontSize>"))
+                ->draw(&cTarget, &m_cStore);
+        QCOMPARE(cTarget, cLine);
+        const QStringList lstSaid = cWarnings.taken();
+        QVERIFY2(lstSaid.size() == 1 && lstSaid[0].contains("QGuiApplication"),
+                 qPrintable(lstSaid.join('\n')));
+    }
 
 private:
     /// An object of the store's picture 1.
@@ -94,177 +273,6 @@ private:
 
     ArithmParamMgr m_cStore;
 };
-
-void TestDrawing::recordsScales_data()
-{
-    addRows("case           settings                      picture  view  colour        grey\n"
-            "as it is       <Scale>0</Scale>              5x1      2x3   1,1 1,-1      -\n" // odd halves
-            "left           <Pos>-7</Pos>                 3x4      4x2   1,1 0,0       -\n"
-            "width          <Scale>1</Scale>              6x6      2x6   3,3 0,-6      -\n"
-            "width, left    <Scale>1</Scale><Pos>1</Pos>  5x9      2x3   2.5,2.5 0,1   -\n"
-            "height         <Scale>2</Scale>              4x3      7x2   1.5,1.5 -2,0  -\n" // -2.5 and -0.5
-            "both           <Scale>3</Scale><Pos>1</Pos>  3x4      2x1   1,4 0,0       1.5,4 0,0\n"
-            "no such scale  <Scale>4</Scale>              2x2      2x2   7,8 9,10      -");
-}
-
-void TestDrawing::recordsScales()
-{
-    QFETCH(QString, settings);
-    QFETCH(QString, picture);
-    QFETCH(QString, view);
-    QFETCH(QString, colour);
-    QFETCH(QString, grey);
-    const auto fnSize = [](const QString &strSize) {
-        return QSize(strSize.section('x', 0, 0).toInt(), strSize.section('x', 1).toInt());
-    };
-    resize(fnSize(picture));
-    for (const int nType : {0, 1}) {
-        QImage cTarget = target(fnSize(view));
-        draw(*parsed(nType, settings), cTarget);
-        QCOMPARE(describe(Drawing::getViewScaleOpt(VIEW)), nType == 0 || grey.isEmpty() ? colour : grey);
-    }
-}
-
-void TestDrawing::paintsWhatAPainterPaints()
-{
-    std::mt19937 cRandom(7);
-    const auto number = [&cRandom](int nMin, int nMax) {
-        return std::uniform_int_distribution(nMin, nMax)(cRandom);
-    };
-    const auto byte = [&] { return static_cast<unsigned char>(number(0, 3) == 0 ? 0 : number(1, 255)); };
-    for (int nRound = 0; nRound < 2000; ++nRound) {
-        // Rows differ in their vectors, chunks and edges; the first is longer than a painter's coordinates.
-        const int nMaxWidth = nRound % 20 == 0 ? 700 : 40;
-        const QSize cPicture(nRound == 0 ? 33'000 : number(1, nMaxWidth), number(1, 5));
-        const QSize cView =
-            nRound == 0 || number(0, 2) == 0 ? cPicture : QSize(number(1, nMaxWidth), number(1, 5));
-        const int nScale = number(0, 4);
-        const QString strSettings =
-            QString::asprintf("<Scale>%d</Scale><Pos>%d</Pos><DrawMode><Val>%d</Val><Lapped>%d</"
-                              "Lapped><Mask>%d,%d</Mask></DrawMode>",
-                              nScale, number(0, 1), number(0, 3), number(0, 1), number(0, 2), number(0, 3));
-        const int w = cPicture.width();
-        const int h = cPicture.height();
-        const int nStride = (w * 3 + 3) & ~3;
-        resize(cPicture);
-        unsigned char *const puchColour = m_cStore.getParamDIB(1)->getDIB();
-        unsigned char *const puchGrey = m_cStore.getParamGray8(1)->getGray8();
-        std::generate_n(puchColour, nStride * h, byte);
-        std::generate_n(puchGrey, w * h, byte);
-        // The first scaled drawing is the painter's own work, later ones go by what was learnt from it.
-        for (int nDrawing = nRound; nDrawing < nRound + 4; ++nDrawing) {
-            const auto pcOpt = parsed(nDrawing % 2, strSettings);
-            auto *pcColour = dynamic_cast<Drawing::DIBDrawingOpt *>(pcOpt.get());
-            auto *pcGrey = dynamic_cast<Drawing::Gray8DrawingOpt *>(pcOpt.get());
-            if (pcGrey && number(0, 3) == 0) // as a host may
-                pcGrey->m_anColourTable[number(1, 255)] = 0x80FF0000;
-            const bool bOpaque = pcColour || pcGrey->m_nDrawMode == 0;
-            QImage cShown = QImage(puchColour, w, h, nStride, QImage::Format_RGB888).rgbSwapped();
-            if (pcGrey) {
-                cShown = QImage(cPicture, bOpaque ? QImage::Format_RGB888 : QImage::Format_ARGB32);
-                for (int n = 0; n < w * h; ++n)
-                    cShown.setPixel(n % w, n / w, shown(*pcGrey, puchGrey[n]));
-                if (bOpaque)
-                    cShown.setPixel(w - 1, h - 1, BLACK); // the last pixel is not written
-            }
-
-            QImage cTarget = target(cView);
-            cTarget.setDevicePixelRatio(number(0, 7) == 0 ? 2
-                                                          : 1); // a host may draw into a picture of its own
-            draw(*pcOpt, cTarget);
-            const auto [afScale, anOffset] = Drawing::getViewScaleOpt(VIEW);
-            const auto scaled = [fScale = afScale[0]](int n) { return static_cast<float>(n) * fScale; };
-            const auto start = [&](int nHalf, int nViewHalf) {
-                return double{static_cast<float>(nHalf) - scaled(nViewHalf)};
-            };
-            QRectF cSource(start(w / 2, cView.width() / 2), start(h / 2, cView.height() / 2),
-                           double{scaled(cView.width())}, double{scaled(cView.height())});
-            if (nScale == 0)
-                cSource.moveTo(anOffset[0], anOffset[1]);
-            if (nScale == 3)
-                cSource = QRectF(QPointF(), cPicture);
-            QImage cExpected = target(cView);
-            cExpected.setDevicePixelRatio(cTarget.devicePixelRatioF());
-            if (bOpaque)
-                cExpected.fill(0U);
-            if (nScale < 4 && !(pcGrey && pcGrey->m_nDrawMode == 3))
-                QPainter(&cExpected).drawImage(QRectF(QPointF(), cView), cShown, cSource);
-            QVERIFY2(cTarget == cExpected,
-                     qPrintable(QString::asprintf("type %d, %dx%d in %dx%d: ", nDrawing % 2, w, h,
-                                                  cView.width(), cView.height()) +
-                                strSettings));
-            if (pcColour) // has exchanged red and blue in its copy
-                QCOMPARE(QImage(pcColour->m_puchData, w, h, nStride, QImage::Format_RGB888), cShown);
-        }
-    }
-    const Drawing::Gray8DrawingOpt cOpt(1, nullptr, 1, 1);
-    QCOMPARE(cOpt.m_anColourTable[7], 0xFF331C00);
-}
-
-void TestDrawing::badPicturesDrawNothing()
-{
-    constexpr int MAX = std::numeric_limits<int>::max();
-    unsigned char auchPixels[16] = {};
-    QImage cTarget = target({4, 4});
-    const QImage cBefore = cTarget;
-    for (const QSize &c : {QSize(0, 2), QSize(-1, -1), QSize(-3, 2), QSize(MAX, MAX)}) {
-        Drawing::DIBDrawingOpt(1, auchPixels, c.width(), c.height()).draw(&cTarget, &m_cStore);
-        Drawing::Gray8DrawingOpt(1, auchPixels, c.width(), c.height()).draw(&cTarget, &m_cStore);
-    }
-    Drawing::Gray8DrawingOpt(1, nullptr, 2, 2).draw(&cTarget, &m_cStore);
-    Drawing::Gray16DrawingOpt(1, auchPixels, 2, 2).draw(&cTarget, &m_cStore); // draws nothing, ever
-    Drawing::DIBDrawingOpt cGood(1, auchPixels, 2, 2);
-    cGood.draw(&cTarget, nullptr);
-    cGood.draw(nullptr, &m_cStore);
-    QCOMPARE(cTarget, cBefore);
-    cGood.setViewID(77); // no such view: painted, recorded nowhere
-    cGood.draw(&cTarget, &m_cStore);
-    QVERIFY(cTarget != cBefore);
-
-    // A source rectangle that leaves the range of int.
-    m_cStore.getParamGray8(1)->resize(40'000'000, 1);
-    cTarget = target({1, 10000});
-    draw(*parsed(1, QStringLiteral("<Scale>1</Scale><DrawMode><Val>2</Val></DrawMode>")), cTarget);
-    QCOMPARE(cTarget, target({1, 10000}));
-    QCOMPARE(describe(Drawing::getViewScaleOpt(VIEW)), QStringLiteral("7,8 9,10"));
-    m_cStore.clean();
-}
-
-void TestDrawing::readsConfig_data()
-{
-    QTest::addColumn<QString>("strConfig");
-    QTest::addColumn<QString>("strObject");
-    const auto fnRow = [](const QString &strStart, const QString &strSettings, const char *szObject) {
-        row(qPrintable(strStart + strSettings), strStart + "<Config>" + strSettings + "</Config>",
-            QString(szObject));
-    };
-    fnRow("<DataID>5</DataID>", "", "none");
-    fnRow("<DataType>9</DataType><DataID>5</DataID>", "<Size>1</Size>", "none");
-    fnRow("<DataType>3</DataType><DataID>5x</DataID>", "", "none");
-    fnRow("<View>y</View><DataType>7</DataType><DataID>5</DataID>", "", "view 0 type 7 id 5: 0 0 0 12");
-    fnRow("<view>2</VIEW><datatype>3</DataType><DataID> +6 </dataid>", "", "view 2 type 3 id 6:");
-    fnRow("<View>1</View><DataType>1</DataType><DataID>5</DataID>",
-          "<DrawMode><Mask>,2,9</Mask><Lapped>4</Lapped></DrawMode>", "view 1 type 1 id 5: 0 0 0 4 0 2");
-    fnRow("<DataType>2</DataType><DataID>5</DataID>", "<DrawMode><Mask>1</Mask></DrawMode><Val>2</Val>",
-          "view 0 type 2 id 5: 0 0 0 0 1 0");
-    const QString strTexts = "<DataType>7</DataType><DataID>5</DataID>";
-    fnRow(strTexts, "<Color>9</Color><Pos>10,-20</Pos><FontSize>30</FontSize>",
-          "view 0 type 7 id 5: 9 10 -20 30");
-    fnRow(strTexts, "<Pos>x,3</Pos>", "view 0 type 7 id 5: 0 0 3 0");
-    fnRow(strTexts, "<Pos>3</Pos><FontSize>z</FontSize>", "view 0 type 7 id 5: 0 0 0 0");
-}
-
-void TestDrawing::readsConfig()
-{
-    QFETCH(QString, strConfig);
-    QFETCH(QString, strObject);
-    std::unique_ptr<Drawing::DrawingOpt> pcOpt(Drawing::parseConfigString(strConfig, &m_cStore));
-    QCOMPARE(describe(pcOpt.get()), strObject);
-    // Lists are not read before they are drawn.
-    const bool bPicture = strObject.contains(QRegularExpression("type [012]"));
-    pcOpt.reset(Drawing::parseConfigString(strConfig, nullptr));
-    QCOMPARE(describe(pcOpt.get()), bPicture ? "none" : strObject);
-}
 
 QTEST_GUILESS_MAIN(TestDrawing)
 #include "tst_drawing.moc"

@@ -1,14 +1,11 @@
 #include <QtTest>
 
-#include <cstring>
 #include <functional>
 #include <limits>
 #include <memory>
 
-#include <QGuiApplication>
 #include <QImage>
 #include <QPainter>
-#include <QProcess>
 
 #include "Drawing/drawing.h"
 #include "arithmparammgr.h"
@@ -54,10 +51,135 @@ private slots:
         m_cStore.clean();
         Drawing::resetViewScaleOpt(VIEW);
     }
-    void paintsPixelByPixel();
-    void squaresTheAreaOfWhatIsNearlyFlat();
-    void hostileNumbers();
-    void textsNeedAGuiApplication();
+
+    void paintsPixelByPixel()
+    {
+        Drawing::setViewScaleOpt(VIEW, {{3, 3}, {2, 2}}); // towards zero
+        m_cStore.getParamPoints(ID)->setPoints({{0, 0}});
+        compare(3, "", [](QPainter &c) { c.drawPoint(0, 0); });
+        Drawing::setViewScaleOpt(VIEW, {{0x1p26F, 1}, {INT_LOW, 0}}); // overflows, scaled back
+        m_cStore.getParamPoints(ID)->setPoints({{INT_HIGH, 0}});
+        compare(3, "", [](QPainter &c) { c.drawPoint(64, 0); });
+
+        Drawing::setViewScaleOpt(VIEW, {{0.5F, 0.5F}, {0, 0}}); // every coordinate twice
+        m_cStore.getParamPoints(ID)->setPoints({{10, 10}, {0, 99}, {-20, 50}, {101, 50}});
+        for (const char *szSize : {"<Size>-3</Size>", ""})
+            compare(3, szSize, [](QPainter &c) { c.drawPoint(20, 20); });
+        compare(3, "<Size>3</Size>", [](QPainter &c) {
+            lines(c, {{17, 20, 23, 20}, {20, 17, 20, 23}, {199, 100, 205, 100}});
+        });
+        compare(3, "<Size>2147483647</Size>", [](QPainter &c) {
+            lines(c, {{0, 20, 199, 20}, {20, 0, 20, 149}, {0, 100, 199, 100}, {0, 0, 0, 149}});
+        });
+
+        m_cStore.getParamLines(ID)->setLines({{10, 20, 60, 20}, {10, 60, 40, 20}});
+        for (const int nSize : {-2, 0, 6})
+            compare(4, QStringLiteral("<Size>%1</Size><DspLen>2</DspLen>").arg(nSize), [nSize](QPainter &c) {
+                c.setPen(solid(s_cOrange, nSize));
+                lines(c, {{20, 40, 120, 40}, {20, 120, 80, 40}});
+            });
+        compare(4, "<Size>6 px</Size><DspLen>1</DspLen>", [](QPainter &c) {
+            c.setPen(solid(s_cOrange, 1));
+            c.drawLine(20, 40, 120, 40);
+            c.setPen(s_cComplement); // and it stays
+            c.drawText(70, 40, QStringLiteral("100.00"));
+            c.drawLine(20, 120, 80, 40);
+            c.drawText(50, 80, QStringLiteral("100.00"));
+        });
+
+        // Two vertices draw nothing; only the border exchanges red and blue.
+        m_cStore.getParamPolys(ID)->setPolys({{{{45, 45}, {48, 48}}},
+                                              {{{5, 5}, {30, 5}, {30, 20}, {5, 20}}},
+                                              {{{35, 65}, {40, 70}, {40, 65}}}});
+        for (const bool bArea : {false, true})
+            compare(5, bArea ? "<BorderSize>5</BorderSize><DspArea>1</DspArea>" : "", [bArea](QPainter &c) {
+                c.setPen(solid(s_cExchanged, bArea ? 5 : 0));
+                lines(c, {{10, 10, 60, 10}, {60, 10, 60, 40}, {60, 40, 10, 40}, {10, 40, 10, 10}});
+                if (bArea) {
+                    c.setPen(s_cComplement); // and it stays
+                    c.drawText(35, 25, QStringLiteral("1500.00"));
+                    c.drawText(76, 133, QStringLiteral("-50.00"));
+                }
+                lines(c, {{70, 130, 80, 140}, {80, 140, 80, 130}, {80, 130, 70, 130}});
+            });
+
+        m_cStore.getParamAreas(ID)->setName(QStringLiteral("name"));
+        m_cStore.getParamAreas(ID)->setAreas(
+            {{5, {10, 25, 5, 40}, 20, 17}, {123456, {35, 45, 5, 15}, 0, 74}});
+        for (const bool bName : {false, true})
+            compare(6, bName ? "<DspArea>1</DspArea>" : "", [bName](QPainter &c) {
+                c.drawRect(10, 20, 70, 30);
+                c.drawRect(10, 70, 20, 20);
+                lines(c, {{37, 34, 43, 34}, {40, 31, 40, 37}, {0, 148, 3, 148}, {0, 145, 0, 149}});
+                c.setPen(s_cComplement);
+                for (const int nY : {17, 67})
+                    c.drawText(13, nY, bName ? QStringLiteral("name") : QString());
+            });
+
+        // An empty text leaves its line blank; a zero ends a text.
+        m_cStore.getParamStrings(ID)->setStrings(
+            {QStringLiteral("MM"), QString(), QStringLiteral("a") + QChar(0) + "M"});
+        for (const int nSize : {20, 3})
+            compare(7, QStringLiteral("<FontSize>%1</FontSize><Pos>10,5</Pos>").arg(nSize),
+                    [nSize](QPainter &c) {
+                        const int nPixels = qMax(nSize, 5);
+                        QFont cFont;
+                        cFont.setPixelSize(nPixels);
+                        c.setFont(cFont);
+                        c.drawText(20, 10 + nPixels, QStringLiteral("MM"));
+                        c.drawText(20, 10 + nPixels + 2 * (nPixels + 10), QStringLiteral("a"));
+                    });
+        // 1023 bytes, no more: what a longer one adds is not painted.
+        const auto fnLong = [this](const char *szEnd) {
+            m_cStore.getParamStrings(ID)->setStrings({QString(1021, QLatin1Char(' ')) + szEnd});
+            return drawn(7, "<FontSize>12</FontSize>" + s_strOrange, black(9000, 30));
+        };
+        QVERIFY(fnLong("MM") != black(9000, 30));
+        QCOMPARE(fnLong("MMMM"), fnLong("MM"));
+    }
+
+    void squaresTheAreaOfWhatIsNearlyFlat()
+    {
+        float afFlat[] = {0, 0, 2, 0, 1, 0.002F};
+        QVERIFY(Drawing::PolysDrawingOpt(ID).getPolyArea2D(afFlat, 3) < 1e-4F); // whose root is 2e-3
+    }
+
+    void hostileNumbers()
+    {
+        for (const int n : {INT_LOW, INT_LOW / 2, -100'000, 0, 1 << 16, INT_HIGH}) {
+            for (const int m : {INT_LOW, 50, INT_HIGH - 1}) {
+                m_cStore.getParamPoints(ID)->addPoint({n, m});
+                m_cStore.getParamLines(ID)->addLine({n, m, m, n});
+                m_cStore.getParamPolys(ID)->addPoly({{{n, m}, {m, n}, {m, m}, {n, n}}});
+                m_cStore.getParamAreas(ID)->addArea({n, {n, m, m, n}, m, n});
+            }
+        }
+        m_cStore.getParamAreas(ID)->setName(QStringLiteral("name"));
+        m_cStore.getParamStrings(ID)->setStrings({QStringLiteral("text"), QString(5000, QChar(0xD800))});
+        QElapsedTimer cTimer;
+        cTimer.start();
+        for (const float fScale :
+             {1.0F, 0.0F, -1.0F, 1e-30F, 1e30F, std::numeric_limits<float>::quiet_NaN()}) {
+            for (const int nOffset : {0, INT_LOW, INT_HIGH}) {
+                for (const int nSize : {INT_LOW, -1, 1, 1000, INT_HIGH}) {
+                    Drawing::setViewScaleOpt(VIEW, {{fScale, fScale}, {nOffset, nOffset}});
+                    for (int nType = 3; nType < 8; ++nType) {
+                        const QImage cTarget = drawn(
+                            nType,
+                            QStringLiteral("<Size>%1</Size><BorderSize>%1</BorderSize><FontSize>%1</FontSize>"
+                                           "<Pos>%1,%2</Pos><DspLen>1</DspLen><DspArea>1</DspArea>")
+                                    .arg(nSize)
+                                    .arg(nOffset) +
+                                s_strOrange,
+                            black(40, 30));
+                        if (fScale == 0 || std::isnan(fScale))
+                            QCOMPARE(cTarget, black(40, 30));
+                    }
+                }
+            }
+        }
+        QVERIFY(cTimer.elapsed() < 20'000); // no painting without end
+    }
 
 private:
     QImage drawn(Drawing::DrawingOpt &cOpt, QImage cTarget = black())
@@ -88,175 +210,5 @@ private:
     ArithmParamMgr m_cStore;
 };
 
-void TestDrawingLists::paintsPixelByPixel()
-{
-    Drawing::setViewScaleOpt(VIEW, {{3, 3}, {2, 2}}); // towards zero
-    m_cStore.getParamPoints(ID)->setPoints({{0, 0}});
-    compare(3, "", [](QPainter &c) { c.drawPoint(0, 0); });
-    Drawing::setViewScaleOpt(VIEW, {{0x1p26F, 1}, {INT_LOW, 0}}); // overflows, scaled back
-    m_cStore.getParamPoints(ID)->setPoints({{INT_HIGH, 0}});
-    compare(3, "", [](QPainter &c) { c.drawPoint(64, 0); });
-
-    Drawing::setViewScaleOpt(VIEW, {{0.5F, 0.5F}, {0, 0}}); // every coordinate twice
-    m_cStore.getParamPoints(ID)->setPoints({{10, 10}, {0, 99}, {-20, 50}, {101, 50}});
-    for (const char *szSize : {"<Size>-3</Size>", ""})
-        compare(3, szSize, [](QPainter &c) { c.drawPoint(20, 20); });
-    compare(3, "<Size>3</Size>", [](QPainter &c) {
-        lines(c, {{17, 20, 23, 20}, {20, 17, 20, 23}, {199, 100, 205, 100}});
-    });
-    compare(3, "<Size>2147483647</Size>", [](QPainter &c) {
-        lines(c, {{0, 20, 199, 20}, {20, 0, 20, 149}, {0, 100, 199, 100}, {0, 0, 0, 149}});
-    });
-
-    m_cStore.getParamLines(ID)->setLines({{10, 20, 60, 20}, {10, 60, 40, 20}});
-    for (const int nSize : {-2, 0, 6})
-        compare(4, QStringLiteral("<Size>%1</Size><DspLen>2</DspLen>").arg(nSize), [nSize](QPainter &c) {
-            c.setPen(solid(s_cOrange, nSize));
-            lines(c, {{20, 40, 120, 40}, {20, 120, 80, 40}});
-        });
-    compare(4, "<Size>6 px</Size><DspLen>1</DspLen>", [](QPainter &c) {
-        c.setPen(solid(s_cOrange, 1));
-        c.drawLine(20, 40, 120, 40);
-        c.setPen(s_cComplement); // and it stays
-        c.drawText(70, 40, QStringLiteral("100.00"));
-        c.drawLine(20, 120, 80, 40);
-        c.drawText(50, 80, QStringLiteral("100.00"));
-    });
-
-    // Two vertices draw nothing; only the border exchanges red and blue.
-    m_cStore.getParamPolys(ID)->setPolys(
-        {{{{45, 45}, {48, 48}}}, {{{5, 5}, {30, 5}, {30, 20}, {5, 20}}}, {{{35, 65}, {40, 70}, {40, 65}}}});
-    for (const bool bArea : {false, true})
-        compare(5, bArea ? "<BorderSize>5</BorderSize><DspArea>1</DspArea>" : "", [bArea](QPainter &c) {
-            c.setPen(solid(s_cExchanged, bArea ? 5 : 0));
-            lines(c, {{10, 10, 60, 10}, {60, 10, 60, 40}, {60, 40, 10, 40}, {10, 40, 10, 10}});
-            if (bArea) {
-                c.setPen(s_cComplement); // and it stays
-                c.drawText(35, 25, QStringLiteral("1500.00"));
-                c.drawText(76, 133, QStringLiteral("-50.00"));
-            }
-            lines(c, {{70, 130, 80, 140}, {80, 140, 80, 130}, {80, 130, 70, 130}});
-        });
-
-    m_cStore.getParamAreas(ID)->setName(QStringLiteral("name"));
-    m_cStore.getParamAreas(ID)->setAreas({{5, {10, 25, 5, 40}, 20, 17}, {123456, {35, 45, 5, 15}, 0, 74}});
-    for (const bool bName : {false, true})
-        compare(6, bName ? "<DspArea>1</DspArea>" : "", [bName](QPainter &c) {
-            c.drawRect(10, 20, 70, 30);
-            c.drawRect(10, 70, 20, 20);
-            lines(c, {{37, 34, 43, 34}, {40, 31, 40, 37}, {0, 148, 3, 148}, {0, 145, 0, 149}});
-            c.setPen(s_cComplement);
-            for (const int nY : {17, 67})
-                c.drawText(13, nY, bName ? QStringLiteral("name") : QString());
-        });
-
-    // An empty text leaves its line blank; a zero ends a text.
-    m_cStore.getParamStrings(ID)->setStrings(
-        {QStringLiteral("MM"), QString(), QStringLiteral("a") + QChar(0) + "M"});
-    for (const int nSize : {20, 3})
-        compare(7, QStringLiteral("<FontSize>%1</FontSize><Pos>10,5</Pos>").arg(nSize), [nSize](QPainter &c) {
-            const int nPixels = qMax(nSize, 5);
-            QFont cFont;
-            cFont.setPixelSize(nPixels);
-            c.setFont(cFont);
-            c.drawText(20, 10 + nPixels, QStringLiteral("MM"));
-            c.drawText(20, 10 + nPixels + 2 * (nPixels + 10), QStringLiteral("a"));
-        });
-    // 1023 bytes, no more: what a longer one adds is not painted.
-    const auto fnLong = [this](const char *szEnd) {
-        m_cStore.getParamStrings(ID)->setStrings({QString(1021, QLatin1Char(' ')) + szEnd});
-        return drawn(7, "<FontSize>12</FontSize>" + s_strOrange, black(9000, 30));
-    };
-    QVERIFY(fnLong("MM") != black(9000, 30));
-    QCOMPARE(fnLong("MMMM"), fnLong("MM"));
-}
-
-void TestDrawingLists::squaresTheAreaOfWhatIsNearlyFlat()
-{
-    float afFlat[] = {0, 0, 2, 0, 1, 0.002F};
-    QVERIFY(Drawing::PolysDrawingOpt(ID).getPolyArea2D(afFlat, 3) < 1e-4F); // whose root is 2e-3
-}
-
-void TestDrawingLists::hostileNumbers()
-{
-    for (const int n : {INT_LOW, INT_LOW / 2, -100'000, 0, 1 << 16, INT_HIGH}) {
-        for (const int m : {INT_LOW, 50, INT_HIGH - 1}) {
-            m_cStore.getParamPoints(ID)->addPoint({n, m});
-            m_cStore.getParamLines(ID)->addLine({n, m, m, n});
-            m_cStore.getParamPolys(ID)->addPoly({{{n, m}, {m, n}, {m, m}, {n, n}}});
-            m_cStore.getParamAreas(ID)->addArea({n, {n, m, m, n}, m, n});
-        }
-    }
-    m_cStore.getParamAreas(ID)->setName(QStringLiteral("name"));
-    m_cStore.getParamStrings(ID)->setStrings({QStringLiteral("text"), QString(5000, QChar(0xD800))});
-    QElapsedTimer cTimer;
-    cTimer.start();
-    for (const float fScale : {1.0F, 0.0F, -1.0F, 1e-30F, 1e30F, std::numeric_limits<float>::quiet_NaN()}) {
-        for (const int nOffset : {0, INT_LOW, INT_HIGH}) {
-            for (const int nSize : {INT_LOW, -1, 1, 1000, INT_HIGH}) {
-                Drawing::setViewScaleOpt(VIEW, {{fScale, fScale}, {nOffset, nOffset}});
-                for (int nType = 3; nType < 8; ++nType) {
-                    const QImage cTarget = drawn(
-                        nType,
-                        QStringLiteral("<Size>%1</Size><BorderSize>%1</BorderSize><FontSize>%1</FontSize>"
-                                       "<Pos>%1,%2</Pos><DspLen>1</DspLen><DspArea>1</DspArea>")
-                                .arg(nSize)
-                                .arg(nOffset) +
-                            s_strOrange,
-                        black(40, 30));
-                    if (fScale == 0 || std::isnan(fScale))
-                        QCOMPARE(cTarget, black(40, 30));
-                }
-            }
-        }
-    }
-    QVERIFY(cTimer.elapsed() < 20'000); // no painting without end
-}
-
-namespace
-{
-/// Draws a line with its length, then a text, in a process without a GUI application. Tells what is
-/// painted.
-int drawWithoutGui(int &argc, char **argv)
-{
-    const QCoreApplication cApp(argc, argv);
-    ArithmParamMgr cStore;
-    cStore.getParamLines(ID)->addLine({10, 10, 59, 10});
-    cStore.getParamStrings(ID)->addString(QStringLiteral("text"));
-    QImage cTarget = black();
-    Drawing::LinesDrawingOpt cLines(ID);
-    cLines.setColor(255);
-    cLines.setDisplayLength(true);
-    cLines.draw(&cTarget, &cStore);
-    Drawing::StringsDrawingOpt cStrings(ID);
-    cStrings.setColor(255);
-    cStrings.draw(&cTarget, &cStore);
-    QImage cLine = black();
-    QPainter(&cLine).fillRect(10, 10, 50, 1, QColor(0, 0, 255));
-    printf("%s\n", cTarget == cLine ? "the line alone" : "more");
-    return 0;
-}
-} // namespace
-
-void TestDrawingLists::textsNeedAGuiApplication()
-{
-    QProcess cProcess;
-    cProcess.start(QCoreApplication::applicationFilePath(), {QStringLiteral("--without-gui")});
-    QVERIFY(cProcess.waitForFinished());
-    QCOMPARE(cProcess.exitStatus(), QProcess::NormalExit);
-    QCOMPARE(cProcess.readAllStandardOutput(), QByteArray("the line alone\n"));
-    const QByteArray achLog = cProcess.readAllStandardError();
-    QCOMPARE(achLog.count("QGuiApplication"), 1); // said once
-}
-
-int main(int argc, char **argv)
-{
-    if (argc == 2 && strcmp(argv[1], "--without-gui") == 0)
-        return drawWithoutGui(argc, argv);
-    const QGuiApplication cApp(argc, argv);
-    TestDrawingLists cTest;
-    QTEST_SET_MAIN_SOURCE_PATH
-    return QTest::qExec(&cTest, argc, argv);
-}
-
+QTEST_MAIN(TestDrawingLists)
 #include "tst_drawinglists.moc"
