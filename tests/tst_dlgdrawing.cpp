@@ -35,8 +35,10 @@ struct Store : ArithmParamMgr {
     }
 };
 
-QString configure(const QString &strConfig, ArithmParamMgr *pcAPM)
+/// What the dialog makes of a config text in the hands of a user.
+QString configure(const QString &strConfig, ArithmParamMgr *pcAPM, const std::list<DialogUser::Act> &lstAct)
 {
+    const DialogUser cUser(lstAct);
     return QString::fromUtf8(Drawing::showConfigWindow(strConfig.toUtf8().data(), pcAPM, true));
 }
 
@@ -67,6 +69,7 @@ DialogUser::Act pick(const QString &strColour, QColor &cOffered)
 
 const DialogUser::Act SELECT = DialogUser::press("btnSelectElement");
 const DialogUser::Act OK = DialogUser::press("btnOK");
+const DialogUser::Act CANCEL = DialogUser::press("btnCancel");
 } // namespace
 
 class TestDlgDrawing : public QObject
@@ -76,21 +79,20 @@ class TestDlgDrawing : public QObject
 private slots:
     void makesTheConfig_data()
     {
-        // clang-format off
-        addRows(
-            "kind            type  set                                                           colour                  settings\n"
-            "colour          0     cbScaleModeRGB=3 cbPosRGB=1                                   -                       <Scale>3</Scale><Pos>1</Pos>\n"
-            "grey overlay    1     rbDrawModeLappedGray8=1 cbLappedTypeGray8=1 cbScaleModeGray8=2 cbPosGray8=1  -  <Scale>2</Scale><Pos>1</Pos><DrawMode><Lapped>1</Lapped><Val>1</Val></DrawMode>\n"
-            "grey mask       1     rbDrawModeMaskGray8=1 cbMaskValGray8=1 cbMaskColorGray8=2     -                       <Scale>0</Scale><Pos>0</Pos><DrawMode><Mask>1,2</Mask><Val>2</Val></DrawMode>\n"
-            "16 bit          2     cbScaleModeGray16=1 cbPosGray16=1                             -                       <Scale>1</Scale><Pos>1</Pos><DrawMode><Val>0</Val></DrawMode>\n"
-            "16 bit mask     2     rbDrawModeMaskGray16=1 cbMaskValGray16=1 cbMaskColorGray16=2  -                       <Scale>0</Scale><Pos>0</Pos><DrawMode><Mask>1,2</Mask><Val>2</Val></DrawMode>\n"
-            "points          3     cbSizePoints=2                                                btnColorPoints=#ff0000  <Size>2</Size><Color>-65536</Color>\n"
-            "lines           4     cbSizeLines=8 cbDspLengthLines=1                              btnColorLines=#00ff80   <Size>8</Size><DspLen>1</DspLen><Color>-16711808</Color>\n"
-            "polygons        5     cbSizePolys=3 cbDspAreaPolys=1                                btnColorPolys=#0000ff   <BorderSize>3</BorderSize><BorderColor>-16776961</BorderColor><DspArea>1</DspArea>\n"
-            "areas           6     cbDspAreaAreas=1                                              btnColorAreas=#ffffff   <DspArea>1</DspArea><Color>-1</Color>\n"
-            "strings         7     edtPosX=-4 edtPosY=x edtFontSize=2                            btnColorStrings=#010203  <Color>-16711165</Color><Pos>-4,0</Pos><FontSize>5</FontSize>\n"
-            "no colour       7     -                                                             btnColorStrings=none     <Color>-16777216</Color><Pos>50,50</Pos><FontSize>12</FontSize>\n");
-        // clang-format on
+        addRows(R"(
+kind            type  set                                                           colour                  settings
+colour          0     cbScaleModeRGB=3 cbPosRGB=1                                   -                       <Scale>3</Scale><Pos>1</Pos>
+grey overlay    1     rbDrawModeLappedGray8=1 cbLappedTypeGray8=1 cbScaleModeGray8=2 cbPosGray8=1  -  <Scale>2</Scale><Pos>1</Pos><DrawMode><Lapped>1</Lapped><Val>1</Val></DrawMode>
+grey mask       1     rbDrawModeMaskGray8=1 cbMaskValGray8=1 cbMaskColorGray8=2     -                       <Scale>0</Scale><Pos>0</Pos><DrawMode><Mask>1,2</Mask><Val>2</Val></DrawMode>
+16 bit          2     cbScaleModeGray16=1 cbPosGray16=1                             -                       <Scale>1</Scale><Pos>1</Pos><DrawMode><Val>0</Val></DrawMode>
+16 bit mask     2     rbDrawModeMaskGray16=1 cbMaskValGray16=1 cbMaskColorGray16=2  -                       <Scale>0</Scale><Pos>0</Pos><DrawMode><Mask>1,2</Mask><Val>2</Val></DrawMode>
+points          3     cbSizePoints=2                                                btnColorPoints=#ff0000  <Size>2</Size><Color>-65536</Color>
+lines           4     cbSizeLines=8 cbDspLengthLines=1                              btnColorLines=#00ff80   <Size>8</Size><DspLen>1</DspLen><Color>-16711808</Color>
+polygons        5     cbSizePolys=3 cbDspAreaPolys=1                                btnColorPolys=#0000ff   <BorderSize>3</BorderSize><BorderColor>-16776961</BorderColor><DspArea>1</DspArea>
+areas           6     cbDspAreaAreas=1                                              btnColorAreas=#ffffff   <DspArea>1</DspArea><Color>-1</Color>
+strings         7     edtPosX=-4 edtPosY=x edtFontSize=2                            btnColorStrings=#010203  <Color>-16711165</Color><Pos>-4,0</Pos><FontSize>5</FontSize>
+no colour       7     -                                                             btnColorStrings=none     <Color>-16777216</Color><Pos>50,50</Pos><FontSize>12</FontSize>
+)");
     }
     void makesTheConfig()
     {
@@ -115,19 +117,16 @@ private slots:
             strFontSize = cDialog.findChild<QLineEdit *>("edtFontSize")->text();
             QTest::keyClick(&cDialog, Qt::Key_Return);
         });
-        DialogUser cFirst(lstAct);
-        const QString strConfig = configure(QString(), &cStore);
+        const QString strConfig = configure(QString(), &cStore, lstAct);
         QCOMPARE(strConfig, config(nType, 7, settings));
         QCOMPARE(cOffered, QColor(Qt::white));
         QVERIFY(strFontSize.toInt() >= 5);
 
         // Opened again it shows what it made, and makes it again out of what it shows.
         QString strShown;
-        DialogUser cAgain({look(strShown), OK});
-        QCOMPARE(configure(strConfig, &cStore), strConfig);
+        QCOMPARE(configure(strConfig, &cStore, {look(strShown), OK}), strConfig);
         QCOMPARE(strShown, QString("%1|%1|%2|描述tbl%1|").arg(TABLES[nType].mid(3), TABLES[nType] + '7'));
-        DialogUser cSelecting({SELECT, OK});
-        QCOMPARE(configure(strConfig, &cStore), strConfig);
+        QCOMPARE(configure(strConfig, &cStore, {SELECT, OK}), strConfig);
     }
 
     void takesWhatWasSelectedLast()
@@ -138,37 +137,34 @@ private slots:
         const auto fnGoToAreas = [](QWidget &cDialog) {
             cDialog.findChild<QTabWidget *>()->setCurrentIndex(6);
         };
-        DialogUser cUser({OK, DialogUser::read(strBoxes), DialogUser::choose("tblPoints", 1), SELECT,
-                          fnGoToAreas, SELECT, look(strShown), OK, DialogUser::read(strBoxes),
-                          DialogUser::choose("tblRGB", 1), DialogUser::set("cbScaleModeRGB=1"), SELECT,
-                          DialogUser::set("cbScaleModeRGB=3"), DialogUser::choose("tblGray8", 2), OK});
-        QCOMPARE(configure(QString(), &cStore), config(0, 3, "<Scale>1</Scale><Pos>0</Pos>"));
+        const auto fnRead = DialogUser::read(strBoxes);
+        const QString strConfig = configure(
+            QString(), &cStore,
+            {OK, fnRead, DialogUser::choose("tblPoints", 1), SELECT, fnGoToAreas, SELECT, look(strShown), OK,
+             fnRead, DialogUser::choose("tblRGB", 1), DialogUser::set("cbScaleModeRGB=1"), SELECT,
+             DialogUser::set("cbScaleModeRGB=3"), DialogUser::choose("tblGray8", 2), OK});
+        QCOMPARE(strConfig, config(0, 3, "<Scale>1</Scale><Pos>0</Pos>"));
         QCOMPARE(strShown, "Areas||||");
         QCOMPARE(strBoxes, "警告: 未选中绘制对象. 1\n警告: 未选中绘制对象. 1\n");
 
         strBoxes.clear();
-        DialogUser cZero({DialogUser::choose("tblLines", 0), SELECT, OK, DialogUser::read(strBoxes)});
-        QCOMPARE(configure(config(0, 3, "x"), &cStore), QString());
+        const QString strOld = config(0, 3, "x");
+        QCOMPARE(configure(strOld, &cStore, {DialogUser::choose("tblLines", 0), SELECT, OK, fnRead}),
+                 QString());
         QCOMPARE(strBoxes, "警告: 所选择的数据对象不存在! 1\n");
-
-        DialogUser cLeaving({DialogUser::choose("tblLines", 1), SELECT, DialogUser::press("btnCancel")});
-        QCOMPARE(configure(config(0, 3, "x"), &cStore), QString());
+        QCOMPARE(configure(strOld, &cStore, {DialogUser::choose("tblLines", 1), SELECT, CANCEL}), QString());
     }
 
     /// Config strings that others wrote: what is shown, and what selecting it makes.
     void readsAnyConfig_data()
     {
-        // clang-format off
-        addRows(
-            "config            text                                                                 shown                        made\n"
-            "unknown type      <DataType>9</DataType><DataID>3</DataID><Config>x</Config>           RGB||||                      -\n"
-            "no such items     <DataType>1</DataType><DataID>3</DataID><Config><Scale>99</Scale><Pos>x</Pos><DrawMode><Val>7</Val><Lapped>-5</Lapped></DrawMode></Config>"
-            "  Gray8|Gray8|tblGray83|描述tblGray8|  1 <Scale>-1</Scale><Pos>0</Pos><DrawMode><Val>0</Val></DrawMode>\n"
-            "transparent       <DataType>6</DataType><DataID>3</DataID><Config><Color>255</Color></Config>"
-            "  Areas|Areas|tblAreas3|描述tblAreas|  6 <DspArea>0</DspArea><Color>-16776961</Color>\n"
-            "half a position   <DataType>7</DataType><DataID>3</DataID><Config><Color>99999999999</Color><Pos>9</Pos><FontSize>-1</FontSize></Config>"
-            "  Strings|Strings|tblStrings3|描述tblStrings|  7 <Color>-16777216</Color><Pos>9,50</Pos><FontSize>5</FontSize>\n");
-        // clang-format on
+        addRows(R"(
+config            text                                                                 shown                        made
+unknown type      <DataType>9</DataType><DataID>3</DataID><Config>x</Config>           RGB||||                      -
+no such items     <DataType>1</DataType><DataID>3</DataID><Config><Scale>99</Scale><Pos>x</Pos><DrawMode><Val>7</Val><Lapped>-5</Lapped></DrawMode></Config>  Gray8|Gray8|tblGray83|描述tblGray8|  1 <Scale>-1</Scale><Pos>0</Pos><DrawMode><Val>0</Val></DrawMode>
+transparent       <DataType>6</DataType><DataID>3</DataID><Config><Color>255</Color></Config>  Areas|Areas|tblAreas3|描述tblAreas|  6 <DspArea>0</DspArea><Color>-16776961</Color>
+half a position   <DataType>7</DataType><DataID>3</DataID><Config><Color>99999999999</Color><Pos>9</Pos><FontSize>-1</FontSize></Config>  Strings|Strings|tblStrings3|描述tblStrings|  7 <Color>-16777216</Color><Pos>9,50</Pos><FontSize>5</FontSize>
+)");
     }
     void readsAnyConfig()
     {
@@ -183,8 +179,7 @@ private slots:
             lstAct.push_back(DialogUser::read(strBox));
             lstAct.push_back(DialogUser::type(Qt::Key_Escape));
         }
-        DialogUser cUser(lstAct);
-        const QString strMade = configure(text, &cStore);
+        const QString strMade = configure(text, &cStore, lstAct);
         QCOMPARE(strShown, shown);
         QCOMPARE(strMade, made.isEmpty() ? QString() : config(made.left(1).toInt(), 3, made.mid(2)));
     }
@@ -200,13 +195,13 @@ private slots:
     void survives()
     {
         auto *pcStore = new Store;
-        DialogUser cUser({[&](QWidget &) { delete pcStore; }, DialogUser::choose("tblAreas", 2), SELECT, OK});
-        QCOMPARE(configure(QString(), pcStore), config(6, 7, "<DspArea>0</DspArea><Color>-16777216</Color>"));
-        DialogUser cNoStore({SELECT, DialogUser::press("btnCancel")});
-        QCOMPARE(configure(config(3, 3, "x"), nullptr), QString());
+        const auto fnDelete = [&](QWidget &) { delete pcStore; };
+        QCOMPARE(configure(QString(), pcStore, {fnDelete, DialogUser::choose("tblAreas", 2), SELECT, OK}),
+                 config(6, 7, "<DspArea>0</DspArea><Color>-16777216</Color>"));
+        QCOMPARE(configure(config(3, 3, "x"), nullptr, {SELECT, CANCEL}), QString());
 
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression("DlgDrawingConfig opens only"));
-        std::thread([] { configure(QString(), nullptr); }).join();
+        std::thread([] { Drawing::showConfigWindow(nullptr, nullptr, true); }).join();
     }
 };
 
