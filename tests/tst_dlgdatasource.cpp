@@ -4,7 +4,6 @@
 
 #include <QtTest>
 
-#include <QLineEdit>
 #include <QListWidget>
 
 #include "DataSource/datasource.h"
@@ -46,16 +45,6 @@ DialogUser::Act use(const QString &strKind)
         QTest::mouseClick(pcList->viewport(), Qt::LeftButton, Qt::NoModifier,
                           pcList->visualItemRect(pcItem).center());
         DialogUser::click(cDialog, "btnSetting");
-    };
-}
-
-DialogUser::Act type(const char *szEdit, const QString &strText)
-{
-    return [=](QWidget &cDialog) {
-        auto *pcEdit = cDialog.findChild<QLineEdit *>(szEdit);
-        pcEdit->setFocus();
-        pcEdit->selectAll();
-        pcEdit->insert(strText); // as an input method does
     };
 }
 
@@ -103,20 +92,20 @@ private slots:
                               cDialog.findChild<QListWidget *>("lbSourceNames")->setFocus();
                               DialogUser::click(cDialog, "btnSetting");
                           },
-                          OK, DialogUser::read(strBox), type("edtName", "图像"), OK, DialogUser::read(strBox),
-                          type("edtDescribe", "相机 & <1>"), use("坏"), DialogUser::read(strBox), use("假"),
-                          OK});
+                          OK, DialogUser::read(strBox), DialogUser::set("edtName=图像"), OK,
+                          DialogUser::read(strBox), DialogUser::set("edtDescribe=相机&<1>"), use("坏"),
+                          DialogUser::read(strBox), use("假"), OK});
         const auto pcInstance = newSource(&cStore, strConfig);
         QVERIFY(pcInstance);
         QCOMPARE(strShown, "||||RGB|");
         QCOMPARE(strBox, "警告: 数据名称不能为空 1\n警告: 无数据源 1\n警告: 创建数据源实例失败. 1\n");
         QCOMPARE(s_lstCall, QStringList({"set ", "set ", "show ", "set kind's own"}));
         QCOMPARE(strConfig, "<DSName>假</DSName><OutputName>图像</OutputName>"
-                            "<OutputDescribe>相机 & <1></OutputDescribe><OutputType>RGB</OutputType>"
+                            "<OutputDescribe>相机&<1></OutputDescribe><OutputType>RGB</OutputType>"
                             "<OutputID>5</OutputID><Config>kind's own</Config>");
         QCOMPARE(pcInstance->getDataID(), 5);
         QCOMPARE(pcInstance->getDataType(), "RGB");
-        QCOMPARE(pcInstance->m_strName + '|' + pcInstance->m_strDescribe, "图像|相机 & <1>");
+        QCOMPARE(pcInstance->m_strName + '|' + pcInstance->m_strDescribe, "图像|相机&<1>");
         QVERIFY(cStore.requestParamDIBMap()->contains(5));
     }
 
@@ -181,7 +170,7 @@ private slots:
                     openTasksFile(cFile.fileName().toLocal8Bit().data());
                 return "kind's own";
             };
-            DialogUser cUser({use("假"), use("假"), type("edtName", "n"), OK});
+            DialogUser cUser({use("假"), use("假"), DialogUser::set("edtName=n"), OK});
             QCOMPARE(::selectDataSource(0), "");
             QCOMPARE(!pcAlive, bReplaced);
             QCOMPARE(s_lstCall.filter("remove").size(), bReplaced ? 2 : 1);
