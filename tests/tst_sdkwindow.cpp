@@ -115,6 +115,11 @@ QRgb shown(QWidget &cWindow)
     return widget<Plugin::PictureView>(cWindow, "view").picture().pixel(0, 0);
 }
 
+int threads()
+{
+    return QDir("/proc/self/task").entryList(QDir::Dirs).size();
+}
+
 constexpr const char *OK = "btnOK";
 constexpr const char *CANCEL = "btnCancel";
 
@@ -276,6 +281,7 @@ private slots:
 
     void previewShowsTheNewestSetting()
     {
+        const int nThreads = threads();
         const auto fnUse = [](QWidget &cWindow) {
             const QLabel &cResult = widget<QLabel>(cWindow, "lblResult");
             QTRY_COMPARE(shown(cWindow), qRgb(40, 40, 40));
@@ -300,6 +306,7 @@ private slots:
             QTRY_VERIFY(cResult.text().contains("The step failed."));
         };
         QCOMPARE(show(WHOLE, store(), CANCEL, fnUse), QString());
+        QTRY_VERIFY(threads() <= nThreads);
     }
 
     void closesWhileThePreviewComputes()
@@ -307,18 +314,17 @@ private slots:
         s_bHeld = true;
         const int nBefore = s_nEntered;
         const int nLeft = s_nLeft;
-        const auto fnThreads = [] { return QDir("/proc/self/task").entryList(QDir::Dirs).size(); };
         int nThreads = 0;
         const auto fnWait = [&](QWidget &) {
             QTRY_COMPARE(s_nEntered.load(), nBefore + 1);
-            nThreads = fnThreads();
+            nThreads = threads();
         };
         QCOMPARE(show(WHOLE, store(), OK, fnWait), WHOLE);
         // The computation has data of its own.
         m_pcStore.reset();
         s_bHeld = false;
         QTRY_COMPARE(s_nLeft.load(), nLeft + 1);
-        QTRY_VERIFY(fnThreads() < nThreads);
+        QTRY_VERIFY(threads() < nThreads);
     }
 
 private:
