@@ -18,6 +18,7 @@ std::mutex s_cMutex;
 std::set<std::string> s_setReached; ///< the functions of the plug-ins that called what they like
 std::atomic<bool> s_bSlow{false};
 std::atomic<bool> s_bAsleep{false};
+std::atomic<bool> s_bStartedAmidst{false}; ///< a task, while its source worked for the calling thread
 QByteArray s_achFile;
 char s_szNothing[] = "";
 
@@ -35,9 +36,13 @@ void callBack(const char *szFunction)
     QImage cView(16, 8, QImage::Format_RGB888);
     getDrawingWindow(0, cView.bits(), cView.width(), cView.height());
     std::unique_lock<std::mutex> cControl(s_cControl, std::defer_lock);
-    if (QThread::currentThread() != QCoreApplication::instance()->thread() && !cControl.try_lock())
+    const bool bControls = QThread::currentThread() == QCoreApplication::instance()->thread();
+    if (!bControls && !cControl.try_lock())
         return;
     startTask(0); // its own, which runs or is in the middle of a run
+    if (bControls && QStringList{"start", "requestPicture"}.contains(szFunction) &&
+        IsTaskRunning(bRunning, 0) && bRunning)
+        s_bStartedAmidst = true;
     startTask(1);
     saveTasksFile(s_achFile.data());
     stopTask(1);
@@ -158,7 +163,8 @@ private slots:
         stopTask(0);
         runTaskOnce(0);
         showConfigWindow(0, 0);
-        stopTask(0); // which the source has started before the window opened
+        QVERIFY(!s_bStartedAmidst);
+        stopTask(0); // which the window has started
         TaskInfo *pcTask = TaskMgr::getInstance()->getTask(0);
         ArithmFactory::getInstance()->getArithm("caller")->showConfigWindow(QString(), pcTask->m_pcAPM);
         stopTask(0);

@@ -147,15 +147,32 @@ private slots:
         QCOMPARE(cWarnings.taken().size(), 1);
     }
 
-    /// The host's timers may remove the task whose start shows what can't be loaded.
-    void boxInTheMiddleOfAStart()
+    /// The host's timers may remove the task, or its table, whose use shows what can't be loaded.
+    void boxInTheMiddle()
     {
         m_cHere.write("baseArithm/broken.so", "text");
-        forget(ArithmFactory::s_pcAF);
-        QPointer<TaskInfo> pcTask = new TaskInfo(QString(), nullptr);
-        DialogUser cUser({[&pcTask](QWidget &) { delete pcTask; }, DialogUser::type(Qt::Key_Return)});
-        pcTask->startTask();
-        QVERIFY(!pcTask);
+        const QList<std::function<void(TaskInfo &)>> lstUse = {
+            [](TaskInfo &cTask) { cTask.startTask(); }, [](TaskInfo &cTask) { cTask.modifyOption(); },
+            [](TaskInfo &cTask) { cTask.showConfigWindow(0); },
+            [](TaskInfo &cTask) { cTask.showContextmenu(QPoint()); },
+            [](TaskInfo &cTask) { cTask.showContextmenu(QPoint()); }};
+        for (int nUse = 0; nUse < lstUse.size(); ++nUse) {
+            const bool bTableGoes = nUse == lstUse.size() - 1;
+            QPointer<QTableWidget> pcTable = new QTableWidget(1, 3);
+            pcTable->setItem(0, 0, new QTableWidgetItem);
+            pcTable->selectRow(0);
+            QPointer<TaskInfo> pcTask = new TaskInfo(QString(), nullptr);
+            pcTask->addTaskFlowListWidget(pcTable);
+            pcTask->getTaskItem().append(TaskItem());
+            pcTask->getTaskItem()[0].m_strArithmID = "KQ_MemoryDisk";
+            forget(ArithmFactory::s_pcAF);
+            const auto fnRemove = [&](QWidget &) { bTableGoes ? delete pcTable : delete pcTask; };
+            const DialogUser cUser({fnRemove, DialogUser::type(Qt::Key_Return)});
+            lstUse[nUse](*pcTask);
+            QCOMPARE(pcTask.isNull(), !bTableGoes);
+            delete pcTask;
+            delete pcTable;
+        }
     }
 
     /// What is no file, a link into nowhere, and a library that is no plug-in are passed over without

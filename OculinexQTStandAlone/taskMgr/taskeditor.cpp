@@ -10,6 +10,7 @@
 #include <QTableWidget>
 
 #include "arithmMgr/arithmmgr.h"
+#include "arithmMgr/arithmregister.h"
 #include "arithmMgr/arithms.h"
 #include "arithmparammgr.h"
 #include "guithread.h"
@@ -62,6 +63,14 @@ void warn(const TaskInfo &cTask, const QString &strText)
     showBox(cTask, QMessageBox::Information, strText, QMessageBox::Ok, QMessageBox::Ok);
 }
 
+/// Whether the task may be edited with the algorithms at hand. Making their registry may open a box
+/// about a plug-in, and the host's timers may do anything to the task meanwhile.
+bool mayEditWithArithms(const TaskHold &cHold)
+{
+    ArithmFactory::getInstance();
+    return cHold.mayEdit();
+}
+
 /// Fills the store with what the steps before the given one leave there, so that the dialog of that
 /// step finds it. A run that fails is told before the source stops, as the run has left it.
 void prepareStore(TaskInfo &cTask, const TaskHold &cHold, int nStep,
@@ -69,12 +78,15 @@ void prepareStore(TaskInfo &cTask, const TaskHold &cHold, int nStep,
 {
     QString strMsg;
     bool bDone = true;
-    if (cTask.m_pcDS)
-        cTask.m_pcDS->start();
-    if (nStep != 0)
-        bDone = cTask.runOnce(strMsg, true, nStep == WHOLE_FLOW ? -1 : nStep - 1, EDITOR_TIMEOUT_MS);
-    else if (cTask.m_pcDS)
-        cTask.m_pcDS->execute();
+    {
+        const CallersRun cCallersRun(cTask);
+        if (cTask.m_pcDS)
+            cTask.m_pcDS->start();
+        if (nStep != 0)
+            bDone = cTask.runOnce(strMsg, true, nStep == WHOLE_FLOW ? -1 : nStep - 1, EDITOR_TIMEOUT_MS);
+        else if (cTask.m_pcDS)
+            cTask.m_pcDS->execute();
+    }
     if (!bDone && !strMsg.isEmpty())
         fnTell(strMsg);
     // A host may have started the task meanwhile, whose source it is then, or deleted it.
@@ -194,11 +206,14 @@ void TaskInfo::connectEvents()
 void TaskInfo::disconnectEvents()
 {
     // From all receivers. The core combo box and the table's cells and presses stay connected on
-    // purpose: a host that has taken the events off may still edit the steps and the core.
+    // purpose: a host that has taken the events off may still edit the steps and the core. (A combo
+    // box of the host's own may have the signal without a number; Qt warns where there is none.)
     if (m_pcRunTask)
         disconnect(m_pcRunTask, SIGNAL(clicked()), nullptr, nullptr);
     if (m_pcViewSelect)
         disconnect(m_pcViewSelect, SIGNAL(currentIndexChanged(int)), nullptr, nullptr);
+    if (m_pcThreadSelect && m_pcThreadSelect->metaObject()->indexOfSignal("currentIndexChanged()") >= 0)
+        disconnect(m_pcThreadSelect, SIGNAL(currentIndexChanged()), nullptr, nullptr);
     if (m_pcDataSource)
         disconnect(m_pcDataSource, SIGNAL(clicked()), nullptr, nullptr);
     if (m_pcTaskFlow)
@@ -207,8 +222,12 @@ void TaskInfo::disconnectEvents()
 
 void TaskInfo::showContextmenu(QPoint cPos)
 {
-    QTableWidget *pcTable = tableOf(*this);
-    if (m_hThread != 0 || !pcTable || !isGuiThread())
+    if (!isGuiThread())
+        return;
+    const QPointer<TaskInfo> pcThis(this);
+    ArithmFactory::getInstance(); // may open a box
+    QTableWidget *pcTable = pcThis ? tableOf(*this) : nullptr;
+    if (!pcTable || m_hThread != 0)
         return;
     if (!m_pcMenu) {
         m_pcMenu = new QMenu(pcTable);
@@ -254,7 +273,7 @@ void TaskInfo::addArithm(QAction *pcAction)
         return;
     }
     const TaskHold cHold(*this);
-    if (!cHold.mayEdit())
+    if (!mayEditWithArithms(cHold))
         return;
     TaskItem cItem = m_mapArithm.value(pcAction);
     cItem.m_strOptionStr = configFromWindow(*this, cHold, cItem, WHOLE_FLOW);
@@ -267,7 +286,7 @@ void TaskInfo::addArithm(QAction *pcAction)
 void TaskInfo::insertArithm(int nRow, QAction *pcAction)
 {
     const TaskHold cHold(*this);
-    if (!cHold.mayEdit() || nRow < 0 || nRow >= m_lstArithm.size())
+    if (!mayEditWithArithms(cHold) || nRow < 0 || nRow >= m_lstArithm.size())
         return;
     TaskItem cItem = m_mapArithm.value(pcAction);
     cItem.m_strOptionStr = configFromWindow(*this, cHold, cItem, nRow);
@@ -306,7 +325,7 @@ void TaskInfo::prepareForRemoveArithm(TaskItem) {}
 void TaskInfo::modifyOption()
 {
     const TaskHold cHold(*this);
-    if (!cHold.mayEdit())
+    if (!mayEditWithArithms(cHold))
         return;
     const int nRow = selectedRow(*this);
     if (nRow < 0) {
@@ -331,7 +350,7 @@ void TaskInfo::modifyOption()
 QString TaskInfo::showConfigWindow(int nArithmPos)
 {
     const TaskHold cHold(*this);
-    if (!cHold.mayEdit() || nArithmPos < 0 || nArithmPos >= m_lstArithm.size())
+    if (!mayEditWithArithms(cHold) || nArithmPos < 0 || nArithmPos >= m_lstArithm.size())
         return QString();
     const TaskItem cItem = m_lstArithm.at(nArithmPos);
     Arithm *pcArithm = ArithmMgr::getInstance()->getArithm(cItem.m_strArithmID);

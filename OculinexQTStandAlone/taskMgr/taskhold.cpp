@@ -28,3 +28,13 @@ void TaskHold::destroy(TaskInfo *pcTask)
     if (pcTask && !TaskRecord::of(pcTask)->letGo())
         delete pcTask;
 }
+
+CallersRun::CallersRun(TaskInfo &cTask) : m_cHold(cTask), m_pcRecord(TaskRecord::of(&cTask))
+{
+    ++m_pcRecord->m_nCallersRuns;
+}
+
+CallersRun::~CallersRun()
+{
+    --m_pcRecord->m_nCallersRuns;
+}

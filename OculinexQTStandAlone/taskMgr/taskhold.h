@@ -36,4 +36,20 @@ private:
     const std::shared_ptr<TaskRecord> m_pcRecord;
 };
 
+/// Work with the task on the calling thread that nobody may come between: it is held, and neither
+/// edited nor started meanwhile, which a callback of the host, a step's window or a source that lets
+/// events through could lead to.
+class CallersRun
+{
+public:
+    explicit CallersRun(TaskInfo &cTask);
+    ~CallersRun();
+    CallersRun(const CallersRun &) = delete;
+    CallersRun &operator=(const CallersRun &) = delete;
+
+private:
+    const TaskHold m_cHold;
+    const std::shared_ptr<TaskRecord> m_pcRecord;
+};
+
 #endif

@@ -102,24 +102,6 @@ bool runPart(const TaskInfo &cTask, QString &strMsg, const Call &fnCall)
     });
 }
 
-/// A run on the calling thread: the task is neither destroyed by its manager nor started meanwhile,
-/// which a callback of the host or a step's window could lead to.
-class CallersRun
-{
-public:
-    explicit CallersRun(TaskInfo &cTask) : m_cHold(cTask), m_pcRecord(TaskRecord::of(&cTask))
-    {
-        ++m_pcRecord->m_nCallersRuns;
-    }
-    ~CallersRun() { --m_pcRecord->m_nCallersRuns; }
-    CallersRun(const CallersRun &) = delete;
-    CallersRun &operator=(const CallersRun &) = delete;
-
-private:
-    const TaskHold m_cHold;
-    const std::shared_ptr<TaskRecord> m_pcRecord;
-};
-
 void pinToCore(int nCore)
 {
     cpu_set_t cCores; // 1024 cores; one beyond leaves the set empty
