@@ -228,6 +228,31 @@ private slots:
         QCOMPARE(counts(cDisk), UNTOUCHED);
     }
 
+    /// A host may look at the records that are held while an instance waits for its own.
+    void heldRecordsAreCopied()
+    {
+        constexpr int INSTANCE = 1003;
+        auto &mapHeld = MemoryDiskCallBack3::s_mapGray8;
+        std::thread cConsumer([] {
+            int nWidth = 0;
+            int nHeight = 0;
+            MemoryDiskCallBack3::MemoryDiskRequestPicture(INSTANCE, "Gray8", &nWidth, &nHeight);
+            MemoryDiskCallBack3::MemoryDiskReleasePicture(INSTANCE);
+        });
+        const auto fnHeld = [&] {
+            const std::lock_guard<std::mutex> cGuard(MemoryDiskCallBack3::s_cMutexForMaps);
+            const QMap<int, MemoryDisk::Gray8 *> mapSeen = mapHeld;
+            mapHeld.remove(-1); // of its own from now on
+            return mapSeen.contains(INSTANCE);
+        };
+        const bool bWaits = QTest::qWaitFor(fnHeld, 900);
+        unsigned char uchPixel = 0;
+        MemoryDisk::getInstance(3)->addGray8(&uchPixel, 1, 1);
+        cConsumer.join();
+        QVERIFY(bWaits);
+        QCOMPARE(counts(*MemoryDisk::getInstance(3)), UNTOUCHED);
+    }
+
     void writerTellsErrors()
     {
         const std::pair<QByteArray, QByteArray> aErrors[] = {

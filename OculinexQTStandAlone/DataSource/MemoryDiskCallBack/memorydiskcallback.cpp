@@ -30,11 +30,10 @@ struct Holdings {
     unsigned char *request(int nInstanceID, int *pnWidth, int *pnHeight) const
     {
         Q_ASSERT_X(!holds(nInstanceID), "MemoryDiskRequestPicture", m_cAccess.m_szInvariant);
-        Record **ppcHeld = nullptr;
         {
             // Made before there is a record that a lack of memory could lose.
             const std::lock_guard<std::mutex> cGuard(m_cMutex);
-            ppcHeld = &m_mapHeld[nInstanceID];
+            m_mapHeld[nInstanceID];
         }
         Record *pcRecord = (m_pcDisk->*m_cAccess.m_fnRequest)();
         if (!pcRecord)
@@ -42,7 +41,7 @@ struct Holdings {
         Record *pcOld = nullptr;
         {
             const std::lock_guard<std::mutex> cGuard(m_cMutex);
-            pcOld = std::exchange(*ppcHeld, pcRecord);
+            pcOld = std::exchange(m_mapHeld[nInstanceID], pcRecord);
         }
         // Requested twice without a release between: the pool must not lose the first record.
         (m_pcDisk->*m_cAccess.m_fnRelease)(pcOld);
