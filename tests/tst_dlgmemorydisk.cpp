@@ -117,6 +117,12 @@ private slots:
         QCOMPARE(configure(strConfig.toUtf8(), &cStore),
                  "<MemDisk>0</MemDisk><InputID>7</InputID><InputType></InputType>");
         QCOMPARE(strSeen, strShown.replace("内存盘2", "内存盘0"));
+
+        // The type is shown also where no picture was named.
+        strSeen.clear();
+        DialogUser cNameless({look(strSeen), DialogUser::press("btnCancel")});
+        configure("<InputID></InputID><InputType>Gray8</InputType>", &cStore);
+        QCOMPARE(strSeen, "|Gray8|内存盘0|");
     }
 
     /// Nobody but the dialog may need what is gone, and nothing opens where no window can.

@@ -13,11 +13,10 @@ DlgMemoryDiskConfig::DlgMemoryDiskConfig(QString strConfig, ArithmParamMgr *pcAP
     m_mapGray8ParamID = fillParameterTable(ui->tblGray8, m_pcAPM, ArithmParamMgr::Kind::Gray8);
 
     const ConfigText cSettings(strConfig);
-    if (cSettings.text("InputID").isEmpty())
-        return;
+    const QString strType = cSettings.text("InputType");
+    ui->edtType->setText(strType);
     bool bNumber = false;
     const int nID = cSettings.number("InputID", &bNumber);
-    const QString strType = cSettings.text("InputType");
     if (bNumber) {
         m_nInputDataID = nID;
         if (strType == QLatin1String("RGB"))
@@ -25,7 +24,6 @@ DlgMemoryDiskConfig::DlgMemoryDiskConfig(QString strConfig, ArithmParamMgr *pcAP
         else if (strType == QLatin1String("Gray8"))
             ui->edtName->setText(parameterName(ui->tblGray8, m_mapGray8ParamID.key(nID, -1)));
     }
-    ui->edtType->setText(strType);
 }
 
 DlgMemoryDiskConfig::~DlgMemoryDiskConfig()

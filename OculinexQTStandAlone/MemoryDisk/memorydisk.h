@@ -3,12 +3,12 @@
 
 #include <QList>
 #include <QMutex>
+#include <QSemaphore>
 #include <QString>
 
 #include "oculinexqtstandalone_export.h"
 
 class ArithmParamMgr;
-class CountingSemaphore;
 
 /// A memory disk hands whole pictures from one task to another: a pool of six colour and six grey
 /// records that go round between three places. Idle ones wait to be written, prepared ones to be
@@ -118,14 +118,14 @@ public:
     /// Made when the library is loaded. Never destroyed: at process exit a task's thread may still
     /// be inside one.
     static MemoryDisk (&s_acMemDisk)[DISK_NUM];
-    int m_nDIBDestBuffNum;                   ///< records in the pool
-    int m_nGray8DestBuffNum;                 ///< records in the pool
-    int m_nDIBProcessingNum;                 ///< records with consumers
-    int m_nGray8ProcessingNum;               ///< records with consumers
-    CountingSemaphore *m_pcDIBIdleSemaphore; // each counts the units of the list of its name
-    CountingSemaphore *m_pcGray8IdleSemaphore;
-    CountingSemaphore *m_pcDIBPreparedSemaphore;
-    CountingSemaphore *m_pcGray8PreparedSemaphore;
+    int m_nDIBDestBuffNum;            ///< records in the pool
+    int m_nGray8DestBuffNum;          ///< records in the pool
+    int m_nDIBProcessingNum;          ///< records with consumers
+    int m_nGray8ProcessingNum;        ///< records with consumers
+    QSemaphore *m_pcDIBIdleSemaphore; // each counts the units of the list of its name
+    QSemaphore *m_pcGray8IdleSemaphore;
+    QSemaphore *m_pcDIBPreparedSemaphore;
+    QSemaphore *m_pcGray8PreparedSemaphore;
     QMutex m_cMutexForDIBIdle; // each guards the list or counter of its name
     QMutex m_cMutexForDIBPrepared;
     QMutex m_cMutexForDIBProcessing;

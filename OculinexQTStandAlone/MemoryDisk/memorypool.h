@@ -7,8 +7,8 @@
 
 #include <QList>
 #include <QMutex>
+#include <QSemaphore>
 
-#include "MemoryDisk/countingsemaphore.h"
 #include "pixelbuffers.h"
 #include "qguard.h"
 
@@ -22,8 +22,8 @@ struct MemoryPool {
 
     int &m_nBuffNum;
     int &m_nProcessingNum;
-    CountingSemaphore *&m_pcIdleSemaphore;
-    CountingSemaphore *&m_pcPreparedSemaphore;
+    QSemaphore *&m_pcIdleSemaphore;
+    QSemaphore *&m_pcPreparedSemaphore;
     QMutex &m_cMutexForIdle;
     QMutex &m_cMutexForPrepared;
     QMutex &m_cMutexForProcessing;
@@ -47,8 +47,8 @@ struct MemoryPool {
             for (int nRecord = 0; nRecord < RECORD_NUM; ++nRecord)
                 m_lstIdle.append(new Record);
         }
-        m_pcIdleSemaphore = new CountingSemaphore(RECORD_NUM);
-        m_pcPreparedSemaphore = new CountingSemaphore(0);
+        m_pcIdleSemaphore = new QSemaphore(RECORD_NUM);
+        m_pcPreparedSemaphore = new QSemaphore(0);
     }
 
     void destroy() const
@@ -157,23 +157,30 @@ private:
         return true;
     }
 
-    static Record *take(CountingSemaphore &cSemaphore, int nTimeoutMs, QList<Record *> &lstRecords,
-                        QMutex &cMutex, [[maybe_unused]] const char *szInvariant)
+    /// Null when there was no record for that long, by a clock that is never set back. What a thread
+    /// wrote before it gave a record is seen by the one that takes it, which the thread sanitizer is told.
+    static Record *take(QSemaphore &cSemaphore, int nTimeoutMs, QList<Record *> &lstRecords, QMutex &cMutex,
+                        [[maybe_unused]] const char *szInvariant)
     {
-        if (!cSemaphore.tryAcquire(nTimeoutMs))
+        if (!cSemaphore.tryAcquire(1, nTimeoutMs))
             return nullptr;
+#ifdef OCULINEX_TSAN
+        __tsan_acquire(&cSemaphore);
+#endif
         QGuard cGuard(cMutex);
         Q_ASSERT_X(!lstRecords.isEmpty(), "MemoryDisk", szInvariant);
         return lstRecords.isEmpty() ? nullptr : lstRecords.takeFirst();
     }
 
-    static void give(Record *pcRecord, CountingSemaphore &cSemaphore, QList<Record *> &lstRecords,
-                     QMutex &cMutex)
+    static void give(Record *pcRecord, QSemaphore &cSemaphore, QList<Record *> &lstRecords, QMutex &cMutex)
     {
         {
             QGuard cGuard(cMutex);
             lstRecords.append(pcRecord);
         }
+#ifdef OCULINEX_TSAN
+        __tsan_release(&cSemaphore);
+#endif
         cSemaphore.release();
     }
 };

@@ -48,6 +48,7 @@ static_assert(same<decltype(&MemoryDiskCallBack0::MemoryDiskRequestPicture), fnR
 static_assert(same<decltype(&MemoryDiskCallBack5::MemoryDiskReleasePicture), fnReleasePicture>);
 static_assert(same<decltype(&MemoryDisk::addDIB), bool (MemoryDisk::*)(unsigned char *, int, int)>);
 static_assert(same<decltype(&MemoryDisk::requestGray8), MemoryDisk::Gray8 *(MemoryDisk::*)()>);
+static_assert(same<decltype(MemoryDisk::m_pcDIBIdleSemaphore), QSemaphore *>);
 static_assert(same<decltype(&MemoryDisk::getID), fnGetID>);
 static_assert(same<decltype(&MemoryDisk::showConfigWindow), fnShowConfigWindow>);
 static_assert(same<decltype(&MemoryDisk::execute), fnExecute>);
