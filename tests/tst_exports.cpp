@@ -147,6 +147,9 @@ private slots:
         QCOMPARE(s_cErrors.drain(),
                  QStringList({"1:No datasource assigned.", "0:算法\"\"出错, 错误信息:bad!!"}));
 
+        gbInited = false;
+        m_cLibrary.useDrawingWindow(9, 1, 1);
+        QVERIFY(gbInited);
         m_cLibrary.startTask(0);
         QVERIFY(isRunning(0));
         QCOMPARE(m_cLibrary.showConfigWindow(0, 0), "Task is running.");

@@ -38,9 +38,10 @@ struct Bench {
         cTask.addSelectDataSourceButton(&m_cSource);
         cTask.addTaskFlowListWidget(&m_cTable);
     }
-    static QString step(const QString &strOption, const QString &strDescribe)
+    static QString step(const QString &strOption, const QString &strDescribe, int nLimit = -1)
     {
-        return "<-TaskItem-><-MaxExeTimes->-1</-MaxExeTimes-><-ArithmID->probe</-ArithmID-><-OptionStr->"
+        return "<-TaskItem-><-MaxExeTimes->" + QString::number(nLimit) +
+               "</-MaxExeTimes-><-ArithmID->probe</-ArithmID-><-OptionStr->"
                // The result is for the window alone.
                "<From>9999</From>" +
                strOption + "</-OptionStr-><-ArithmName->探针</-ArithmName-><-Describe->" + strDescribe +
@@ -52,7 +53,7 @@ struct Bench {
                "<OutputType>RGB</OutputType><OutputID>1</OutputID></-DataSource->" +
                step("<Trace>1</Trace><Text>0</Text><Window><Result>new0</Result></Window>", "") +
                step("<Trace>1</Trace><Text>1</Text><Window><Result>ERR:no</Result></Window>", "second") +
-               step("<Trace>1</Trace><Text>2</Text>", "");
+               step("<Trace>1</Trace><Text>2</Text>", "", 5);
     }
 
     /// The menu's action for the probe, whose window returns what its config text says.
@@ -102,7 +103,7 @@ private slots:
         Bench cBench;
         QCOMPARE(cBench.m_cView.currentIndex(), 3);
         QCOMPARE(cBench.m_cCore.currentIndex(), 1);
-        QCOMPARE(cBench.rows(), "探针|-1 second|-1 探针|-1");
+        QCOMPARE(cBench.rows(), "探针|-1 second|-1 探针|5");
         for (int nRow = 0; nRow < 3; ++nRow) {
             QCOMPARE(cBench.m_cTable.item(nRow, 0)->toolTip(), "探针");
             QVERIFY(!(cBench.m_cTable.item(nRow, 2)->flags() & Qt::ItemIsEditable));
@@ -165,6 +166,12 @@ private slots:
         QCOMPARE(cTask.m_nWhichKernel, 0);
         QCOMPARE(cTask.getTaskItem().at(0).m_strDescribe, "again");
         QCOMPARE(cTask.m_pcLastSelectedItem, cBench.m_cTable.item(0, 0));
+
+        // The task takes them off when it goes, too.
+        connect(&cBench.m_cRun, &QPushButton::clicked, [&] { bHeard = true; });
+        delete std::exchange(cBench.m_pcTask, nullptr);
+        cBench.m_cRun.click();
+        QVERIFY(!bHeard);
     }
 
     void addAndInsert()
@@ -180,14 +187,14 @@ private slots:
         QCOMPARE(lstItem.size(), 4);
         QCOMPARE(lstItem.at(3).m_strOptionStr, "cfg");
         QCOMPARE(lstItem.at(3).m_strArithmID, "probe");
-        QCOMPARE(cBench.rows(), "探针|-1 second|-1 探针|-1 探针|-1");
+        QCOMPARE(cBench.rows(), "探针|-1 second|-1 探针|5 探针|-1");
         QCOMPARE(cBench.traced(), "0 1 2"); // the store was emptied, then the whole flow ran
         QVERIFY(!cTask.m_pcAPM->requestParamStringsMap()->contains(7));
 
         cBench.m_cTable.selectRow(1);
         pcProbe->trigger();
         QCOMPARE(lstItem.at(1).m_strOptionStr, "cfg");
-        QCOMPARE(cBench.rows(), "探针|-1 探针|-1 second|-1 探针|-1 探针|-1");
+        QCOMPARE(cBench.rows(), "探针|-1 探针|-1 second|-1 探针|5 探针|-1");
         QCOMPARE(cBench.traced(), "0");
         cTask.insertArithm(0, pcProbe); // nothing stands before it: only a picture
         QCOMPARE(cBench.traced(), "");
@@ -255,7 +262,7 @@ private slots:
         cBench.m_pcTask->delArithm(); // the default is No
         QCOMPARE(cBench.m_pcTask->getTaskItem().size(), 3);
         cBench.m_pcTask->delArithm();
-        QCOMPARE(cBench.rows(), "探针|-1 探针|-1");
+        QCOMPARE(cBench.rows(), "探针|-1 探针|5");
         QCOMPARE(cBench.m_pcTask->getTaskItem().size(), 2);
         QVERIFY(cBench.m_pcTask->getTaskItem().at(1).m_strOptionStr.contains("<Text>2</Text>"));
         cBench.m_cTable.selectRow(0);

@@ -61,7 +61,7 @@ limit ends a loop    a, 2;b!|{skip:0}, c                                      1 
             "算法\"" + error.section(':', 0, 0) + "\"出错, 错误信息:" + error.section(':', 1);
 
         Fake::Task cTask(flow);
-        QString strMsg;
+        QString strMsg = error == "stopped" ? "of before" : QString();
         bool bGood = true;
         for (int nRun = 0; nRun < runs.toInt() && bGood; ++nRun)
             bGood = cTask.runOnce(strMsg, false, -1, -1);
@@ -105,6 +105,14 @@ unknown             ?, 999999999;?, 999999999;never             start stop      
             QTEST(Fake::take(Fake::s_lstErrors).join("; "), "errors");
             QVERIFY(!cTask.IsRunning());
         }
+        // Also where the host hears nothing.
+        Fake::s_mapExecutions.clear();
+        cTask.setMssageCallBack(nullptr);
+        cTask.setPrintCallBack(nullptr);
+        cTask.runTaskOnce();
+        QTEST(Fake::take(Fake::s_lstTrace).join(' '), "trace");
+
+        cTask.setMssageCallBack(Fake::onError);
         delete std::exchange(cTask.m_pcDS, nullptr);
         cTask.m_lstArithm.clear();
         cTask.runTaskOnce();
@@ -120,6 +128,7 @@ beyond the flow                a, b                    9   10000  a b     -
 a jump passes the last step    a|{skip:2}, b, c        1      -1  a       -
 no step begins late            a, slow, c             -1      20  a slow  yes
 ending late is no time-out     a, slow                -1      20  a slow  -
+a budget of nothing            a                      -1       0  a       -
 )");
     }
 
@@ -170,10 +179,13 @@ ending late is no time-out     a, slow                -1      20  a slow  -
         for (const auto &[szConfig, nLimit] :
              {std::pair("图", 1), {"", -1}, {"end", TaskItem::CLEAN_UP_TIMES}})
             cTask.m_lstArithm.append(Fake::step(szConfig, nLimit, "KQ_Drawing"));
-        cTask.m_nWhichView = 7;
-        cTask.runTaskOnce();
-        QCOMPARE(Fake::take(Fake::s_lstTrace).join(' '), "start a <View>3</View>图 <View>3</View> end stop");
-        QCOMPARE(cTask.m_nWhichView, 3);
+        for (const auto &[nView, nShown] : {std::pair(7, 3), {-7, 0}}) {
+            cTask.m_nWhichView = nView;
+            cTask.runTaskOnce();
+            QCOMPARE(Fake::take(Fake::s_lstTrace).join(' '),
+                     QString("start a <View>%1</View>图 <View>%1</View> end stop").arg(nShown));
+            QCOMPARE(cTask.m_nWhichView, nShown);
+        }
     }
 
     /// A callback of the host, while the task runs on the host's own thread, may have the task removed,

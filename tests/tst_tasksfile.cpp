@@ -167,6 +167,14 @@ marker in a value     <=TaskInfo=><-TaskName->a<-View->3</-TaskName-><-View->4</
             for (int nTime = 0; nTime < 2; ++nTime)
                 QCOMPARE(pcManager->toString(), strExample);
         }
+        // A position without a task is left out; a task that takes another's is written, the other lives.
+        TaskInfo *pcOther = pcManager->getTask(0);
+        pcManager->addTask(nullptr, 77);
+        QCOMPARE(pcManager->toString(), lstExample.constLast().mid(6));
+        pcManager->addTask(new TaskInfo("instead", nullptr), 0);
+        QVERIFY(pcManager->toString().contains("instead"));
+        pcManager->addTask(pcOther, 0);
+
         // A source that can't be made is forgotten with the next save.
         QVERIFY(pcManager->getTask(0)->m_pcDS);
         const QString strKnown = pcManager->toString();

@@ -65,7 +65,13 @@ private slots:
             if (++nRuns % 3 == 0)
                 cGate.enter();
         };
-        Fake::Task cTask("1;once, run!, 999999999;end|bad|bad");
+        Fake::Task cTask("1;once, run!, rest!, 999999999;end|bad|bad");
+        // The thread leaves after its source was stopped, and tells that it is over when it is.
+        std::atomic<int> nWrong{0};
+        Fake::s_mapHandlers["stop"] = [&] { nWrong += cTask.m_bExited || !cTask.IsRunning(); };
+        connect(
+            &cTask, &TaskInfo::threadFinished, &cTask,
+            [&] { nWrong += !cTask.m_bExited || cTask.IsRunning(); }, Qt::DirectConnection);
         cTask.stopTask(); // an idle task: nothing to do
         QVERIFY(!cTask.IsRunning() && cTask.m_bExited && cTask.m_hThread == 0);
 
@@ -80,13 +86,14 @@ private slots:
         cTask.stopTask();
         cOpener.join();
         QVERIFY(!cTask.IsRunning() && cTask.m_bExited && !cTask.m_bExit && cTask.m_hThread == 0);
-        QCOMPARE(Fake::take(Fake::s_lstTrace).join(' '), "start once run! run! run! end stop");
+        QCOMPARE(Fake::take(Fake::s_lstTrace).join(' '), "start once run! rest! run! rest! run! end stop");
 
         cTask.RunClicked();
         QTRY_VERIFY(nRuns > 6);
         cTask.RunClicked();
         QVERIFY(!cTask.IsRunning());
-        QCOMPARE(Fake::s_lstTrace.mid(0, 4).join(' '), "start once run! run!");
+        QCOMPARE(Fake::s_lstTrace.mid(0, 5).join(' '), "start once run! rest! run!");
+        QCOMPARE(nWrong, 0);
         QCOMPARE(Fake::s_lstTrace.count("once"), 1);
         QVERIFY(Fake::s_lstErrors.isEmpty());
     }
@@ -133,6 +140,7 @@ private slots:
         addRows(R"(
 case                           flow                               trace             error
 step fails                     a||bad, 999999999;x                start a a x stop  算法"a"出错, 错误信息:bad
+stop says nothing              a|{stop:x}                         start a stop      -
 clean-up error replaces        a|bad, 999999999;x|worse           start a x stop    算法"x"出错, 错误信息:worse
 clean-up error after stop      a|{stop:}, 999999999;x|worse       start a x stop    算法"x"出错, 错误信息:worse
 callback throws                a|{print:throw}, 999999999;x       start a x stop    Task "任务" was ended by an exception: from the host
@@ -151,13 +159,17 @@ source ends the thread         a|bad, last                        start a stop  
             if (strText == "throw")
                 throw std::runtime_error("from the host");
         });
-        for (int nTime = 0; nTime < 2; ++nTime) {
+        QFETCH(QString, error);
+        for (int nTime = 0; nTime < 3; ++nTime) {
+            if (nTime == 2)
+                cTask.setMssageCallBack(nullptr); // a host that hears nothing
             Fake::s_mapExecutions.clear();
             cTask.startTask();
             QTRY_COMPARE(cTask.m_hThread, pthread_t(0)); // the end has been delivered
             QVERIFY(!cTask.IsRunning() && cTask.m_bExited);
             QTEST(Fake::take(Fake::s_lstTrace).join(' '), "trace");
-            QTEST(Fake::take(Fake::s_lstErrors).join(' '), "error");
+            QCOMPARE(Fake::take(Fake::s_lstErrors),
+                     error.isEmpty() || nTime == 2 ? QStringList() : QStringList{error});
         }
     }
 

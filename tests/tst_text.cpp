@@ -1,6 +1,9 @@
+#include <QTemporaryDir>
+#include <QTextCodec>
 #include <QtTest>
 
 #include "Drawing/drawing.h"
+#include "LoadFile/loading.h"
 #include "MemoryDisk/memorydisk.h"
 #include "OculinexQTStandAloneInQt.h"
 #include "SaveFile/saving.h"
@@ -61,7 +64,30 @@ one marker         a|b|c                    |      |     -      a|b|c
             QCOMPARE(gnBuffLenForStandAlone, nBuffer);
             QCOMPARE(transConfigStr(QString()), gpchConfigStrForStandAlone);
         }
-        QCOMPARE(transConfigStr("中文 é"), QString("中文 é").toLocal8Bit().constData());
+    }
+
+    /// Texts leave and paths come in the encoding of the locale, but the path to save to in UTF-8; the
+    /// built-in algorithms' texts are always UTF-8.
+    void localEncoding()
+    {
+        QTextCodec::setCodecForLocale(QTextCodec::codecForName("ISO-8859-1"));
+        const auto fnBack = qScopeGuard([] { QTextCodec::setCodecForLocale(nullptr); });
+        QCOMPARE(QByteArray(transConfigStr("é中")), QByteArray("\xe9?"));
+        QString strText = "é";
+        for (const auto fnText : {MemoryDisk::transConfigStr, Drawing::transConfigStr, Saving::transConfigStr,
+                                  Loading::transConfigStr})
+            QCOMPARE(QByteArray(fnText(strText)), QByteArray("\xc3\xa9"));
+        char achText[8] = {};
+        FuncHaveErrorMessage(strText);
+        QCOMPARE(getErrMsg(achText, sizeof achText), 0);
+        QCOMPARE(QByteArray(achText), QByteArray("\xe9"));
+
+        const QTemporaryDir cDir;
+        QByteArray achSave = QFile::encodeName(cDir.path()) + "/\xc3\xa9";
+        QByteArray achOpen = QFile::encodeName(cDir.path()) + "/\xe9";
+        QCOMPARE(QByteArray(saveTasksFile(achSave.data())), QByteArray());
+        QCOMPARE(QByteArray(openTasksFile(achOpen.data())), QByteArray());
+        QCOMPARE(QByteArray(openTasksFile(achSave.data())), QByteArray("open file failed."));
     }
 };
 
