@@ -61,13 +61,14 @@ QSize toldSize(const QImageReader &cReader)
 /// file's first frame on a larger screen, or what an icon's list of contents says of a PNG file in it.
 QSize decodedSize(QFile &cFile, const QImageReader &cReader)
 {
+    // First: a reader that has told an icon's size has left the place where it would know the format.
+    const QByteArray achPng = pngOfIcon(cFile, cReader);
     const QSize cTold = toldSize(cReader);
     if (cReader.format() == "gif") {
         const QByteArray achScreen = bytesAt(cFile, 6, 4);
         return cTold.expandedTo({qFromLittleEndian<quint16>(achScreen.constData()),
                                  qFromLittleEndian<quint16>(achScreen.constData() + 2)});
     }
-    const QByteArray achPng = pngOfIcon(cFile, cReader);
     if (!achPng.isEmpty())
         return cTold.expandedTo({qFromBigEndian<qint32>(achPng.constData() + 16),
                                  qFromBigEndian<qint32>(achPng.constData() + 20)});
@@ -199,8 +200,8 @@ QImage PictureFile::read(const QString &strPath, bool bGrey, QString &strError,
         strError = QStringLiteral("the file lacks bytes");
         return QImage();
     }
-    const QSize cSize = toldSize(cReader);
     const QSize cDecoded = decodedSize(cFile, cReader);
+    const QSize cSize = toldSize(cReader);
     if (cDecoded.isValid() && !fits(cDecoded, bGrey)) {
         strError = QStringLiteral("%1 x %2 pixels are too many").arg(cDecoded.width()).arg(cDecoded.height());
         return QImage();

@@ -167,7 +167,7 @@ private slots:
         row("large picture in an icon",
             QByteArray::fromBase64("AAABAAEAAQEAAAEAIAA5AAAAFgAAAIlQTkcNChoKAAAADUlIRFIAAHUwAAB1MAEAAAAATlzF"
                                    "FwAAAAxJREFUeJxjYGBgAAAABAAB9hc4VQ=="),
-            QString());
+            QString("30000 x 30000 pixels are too many"));
         row("reads a pipe",
             "<svg xmlns='http://www.w3.org/2000/svg' xmlns:xlink='http://www.w3.org/1999/xlink'>"
             "<image width='9' height='9' xlink:href='" +
