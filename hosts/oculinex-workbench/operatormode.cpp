@@ -43,26 +43,28 @@ OperatorWindow *OperatorMode::open(Leaving eLeaving)
         return m_pcWindow;
     const OperatorSetup cSetup = m_cDocument.operatorSetup();
     ViewPane *const pcView = m_lstView[cSetup.m_nView];
-    m_pcWindow = new OperatorWindow(cSetup);
+    auto *const pcWindow = new OperatorWindow(cSetup);
+    m_pcWindow = pcWindow;
     m_pcWindow->setAttribute(Qt::WA_QuitOnClose, false); // the main window ends the program
     connect(&m_cLog, &LogPane::printed, m_pcWindow, &OperatorWindow::printed);
     // For as long as the window lives, which is a while after it was left.
-    const auto fnTellBusy = [this, pcWindow = m_pcWindow.data()] { pcWindow->setBusy(!m_cControl.isIdle()); };
+    const auto fnTellBusy = [this, pcWindow] { pcWindow->setBusy(!m_cControl.isIdle()); };
     connect(&m_cControl, &Control::changed, m_pcWindow, fnTellBusy);
     fnTellBusy();
     connect(m_pcWindow, &OperatorWindow::startRequested, this, &OperatorMode::startRequested);
     connect(m_pcWindow, &OperatorWindow::stopRequested, this, &OperatorMode::stopRequested);
     connect(m_pcWindow, &OperatorWindow::edited, this,
             [this](int nTask, const QString &strWhat) { m_cDocument.noticeEdit(nTask, strWhat); });
-    connect(m_pcWindow, &OperatorWindow::leaving, m_pcMain, [this, pcView, eLeaving] {
+    connect(m_pcWindow, &OperatorWindow::leaving, m_pcMain, [this, pcView, eLeaving, pcWindow] {
         if (eLeaving == Leaving::EndsProgram) { // unless the main window has questions
             m_pcMain->close();
             return;
         }
+        pcWindow->disconnect(m_pcMain); // keys that were typed meanwhile would leave it once more
         pcView->setMirror(nullptr);
         m_pcMain->show();
-        m_pcWindow->hide();
-        m_pcWindow->deleteLater();
+        pcWindow->hide();
+        pcWindow->deleteLater();
         m_pcWindow.clear();
     });
     pcView->setMirror(m_pcWindow->pictureView());

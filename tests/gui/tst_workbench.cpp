@@ -218,11 +218,17 @@ private slots:
         QCOMPARE(QString::fromUtf8(contents(m_strFile)), lstText.constLast());
     }
 
-    /// The window that was left hears of the tasks until it is gone.
+    /// The window that was left hears of the tasks, and of keys, until it is gone.
     void leavesWhileATaskIsStopped()
     {
         Bench cBench(m_strFile);
-        cBench.operatorMode().open()->close();
+        OperatorWindow *pcLeft = cBench.operatorMode().open();
+        pcLeft->close();
+        pcLeft->close();
+        OperatorWindow *pcNext = cBench.operatorMode().open();
+        pcLeft->close();
+        QVERIFY(pcNext->isVisible() && !cBench.isVisible());
+        pcNext->close();
         cBench.control().post(Control::Action::Stop, 0);
         QVERIFY(cBench.isVisible());
         QTRY_VERIFY(cBench.control().isIdle());
