@@ -126,22 +126,28 @@ bool Document::wasChangedByOthers() const
     return cFile.open(QFile::ReadOnly) && sum(cFile.readAll()) != m_achSum;
 }
 
-QString Document::open(const QString &strPath, QString &strWarning)
+QString Document::read(const QString &strPath, QByteArray &achText)
 {
     if (QFileInfo::exists(strPath) && !QFileInfo(strPath).isFile())
         return tr("this is no file");
     QFile cFile(strPath);
     if (!cFile.open(QFile::ReadOnly)) // the library doesn't tell the reason
         return cFile.errorString();
-    const QByteArray achText = cFile.readAll();
-    cFile.close();
+    achText = cFile.readAll();
     // Saving it would destroy what it is.
     if (!achText.trimmed().isEmpty() && !achText.toLower().contains("<=taskinfo=>"))
         return tr("it holds no task");
-    QByteArray achPath = strPath.toLocal8Bit();
-    if (QString::fromLocal8Bit(achPath) != strPath)
+    if (QString::fromLocal8Bit(strPath.toLocal8Bit()) != strPath)
         return tr("the path has characters that the locale lacks");
-    QString strError = QString::fromLocal8Bit(openTasksFile(achPath.data()));
+    return {};
+}
+
+QString Document::open(const QString &strPath, QString &strWarning)
+{
+    QByteArray achText;
+    QString strError = read(strPath, achText);
+    if (strError.isEmpty())
+        strError = QString::fromLocal8Bit(openTasksFile(strPath.toLocal8Bit().data()));
     if (!strError.isEmpty())
         return strError;
 

@@ -44,6 +44,8 @@ public:
     bool isModified() const { return !(m_cState == m_cSaved); }
     const QUndoStack &undoStack() const { return m_cUndo; }
 
+    /// Reads a file that may be opened; the reason why not, empty when there is none.
+    static QString read(const QString &strPath, QByteArray &achText);
     /// These three need all tasks idle. They return the reason of a failure, empty when there was none.
     void makeNew();
     /// Of a side file that can't be read strWarning tells the reason.

@@ -330,18 +330,23 @@ void MainWindow::chooseFile()
 
 void MainWindow::openFile(const QString &strPath)
 {
-    if (mayLose())
+    QByteArray achText;
+    if (isOpened(strPath, Document::read(strPath, achText)) && mayLose())
         afterStopping([this, strPath] { load(strPath); }, false);
+}
+
+bool MainWindow::isOpened(const QString &strPath, const QString &strError)
+{
+    if (!strError.isEmpty())
+        QMessageBox::warning(this, tr("Open"), QStringLiteral("%1: %2").arg(strPath, strError));
+    return strError.isEmpty();
 }
 
 void MainWindow::load(const QString &strPath)
 {
     QString strWarning;
-    const QString strError = m_cDocument.open(strPath, strWarning);
-    if (!strError.isEmpty()) {
-        QMessageBox::warning(this, tr("Open"), QStringLiteral("%1: %2").arg(strPath, strError));
+    if (!isOpened(strPath, m_cDocument.open(strPath, strWarning)))
         return;
-    }
     noteRecent(m_cDocument.path());
     applyViewSettings();
     m_pcTasks->setCurrent(0);

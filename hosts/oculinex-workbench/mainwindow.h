@@ -27,7 +27,8 @@ public:
     MainWindow(const MainWindow &) = delete;
     MainWindow &operator=(const MainWindow &) = delete;
 
-    /// Stops what runs, asks about what isn't saved, then opens the file.
+    /// Stops what runs, asks about what isn't saved, then opens the file; none of it for one that can't
+    /// be opened.
     void openFile(const QString &strPath);
 
     Document &document() { return m_cDocument; }
@@ -56,6 +57,8 @@ private:
     void newFile();
     void chooseFile();
     void load(const QString &strPath);
+    /// False for an error, which is told.
+    bool isOpened(const QString &strPath, const QString &strError);
     /// On a thread of its own: a large file takes seconds.
     void tellWhatIsOdd();
     bool save();
