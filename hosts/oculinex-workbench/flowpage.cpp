@@ -1,5 +1,7 @@
 #include "flowpage.h"
 
+#include <utility>
+
 #include <QApplication>
 #include <QComboBox>
 #include <QHBoxLayout>
@@ -17,8 +19,9 @@
 
 namespace
 {
-constexpr int VIEWS = 4;         ///< that a task may draw into
-constexpr int CORE_LIMIT = 1024; ///< beyond it, threads aren't pinned
+constexpr int VIEWS = 4;           ///< that a task may draw into
+constexpr int CORE_LIMIT = 1024;   ///< beyond it, threads aren't pinned
+constexpr int LAST_OF_LIBRARY = 2; ///< column of the flow that the library fills
 
 QString sourceName(const TaskInfo &cTask)
 {
@@ -90,13 +93,20 @@ void FlowPage::bind()
 
     // Behind the task's own slots, which are connected by now.
     const auto fnIndexChanged = QOverload<int>::of(&QComboBox::currentIndexChanged);
-    connect(m_pcView, fnIndexChanged, this, &FlowPage::edited);
-    connect(m_pcCore, fnIndexChanged, this, &FlowPage::edited);
-    connect(m_pcSource, &QPushButton::clicked, this, &FlowPage::edited);
-    connect(pcTable, &QTableWidget::cellChanged, this, &FlowPage::edited);
-    // The library changes the flow before the table when it adds and removes steps.
-    connect(pcTable->model(), &QAbstractItemModel::rowsInserted, this, &FlowPage::edited);
-    connect(pcTable->model(), &QAbstractItemModel::rowsRemoved, this, &FlowPage::edited);
+    const auto fnEdited = [this] { emit edited(); };
+    connect(m_pcView, fnIndexChanged, this, fnEdited);
+    connect(m_pcCore, fnIndexChanged, this, fnEdited);
+    connect(m_pcSource, &QPushButton::clicked, this, fnEdited);
+    // The library changes the flow before the table when it adds and removes steps. A step that it adds is
+    // whole with the last cell, since the first ones describe it.
+    connect(pcTable->model(), &QAbstractItemModel::rowsInserted, this,
+            [this, pcTable] { m_bAdding = !pcTable->signalsBlocked(); });
+    connect(pcTable, &QTableWidget::cellChanged, this, [this](int, int nColumn) {
+        if (!m_bAdding || nColumn == LAST_OF_LIBRARY)
+            emit edited(std::exchange(m_bAdding, false) ? tr("add step") : QString());
+    });
+    connect(pcTable->model(), &QAbstractItemModel::rowsRemoved, this,
+            [this] { emit edited(tr("delete step")); });
     connect(pcTable, &QWidget::customContextMenuRequested, this, &FlowPage::menuOpened);
     connect(this, &FlowPage::menuOpened, this, [this] {
         if (!m_pcTask || m_pcMenu == m_pcTask->m_pcMenu)

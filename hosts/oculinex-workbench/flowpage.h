@@ -28,7 +28,7 @@ public:
 
 signals:
     /// The task may have been edited through the widgets.
-    void edited();
+    void edited(const QString &strWhat = QString());
     void menuOpened();
     void ranHere();
 
@@ -43,6 +43,7 @@ private:
     QWidget *m_pcHead;
     StepTable *m_pcSteps;
     QPointer<QMenu> m_pcMenu; ///< the task's, once it has one
+    bool m_bAdding = false;   ///< a step, whose row isn't filled yet
 };
 
 /// Shows the busy cursor until events are handled again: a run on this thread is over by then, or a

@@ -121,9 +121,9 @@ void FlowPane::showPage()
             m_pcPages->removeWidget(pcLeft);
             pcLeft->deleteLater(); // not at once: the task still forgets its widgets
         });
-        connect(pcPage, &FlowPage::edited, this, [this, pcPage] {
+        connect(pcPage, &FlowPage::edited, this, [this, pcPage](const QString &strWhat) {
             if (page() == pcPage)
-                m_cDocument.noticeEdit(m_nTask);
+                m_cDocument.noticeEdit(m_nTask, strWhat);
         });
         // The switch is a cell that must outlive its own click.
         connect(
@@ -210,7 +210,6 @@ void FlowPane::configureStep()
 void FlowPane::deleteStep()
 {
     page()->task()->delArithm();
-    m_cDocument.noticeEdit(m_nTask, tr("delete step"));
 }
 
 void FlowPane::moveStep(int nBy)

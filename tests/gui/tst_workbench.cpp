@@ -45,6 +45,7 @@ private slots:
             for (const char *szAlgorithm : {"灰度化", "平滑", "二值化"})
                 QVERIFY(isAnswered({fnOK}, [&] { cBench.chooseAlgorithm(szAlgorithm); }));
             QCOMPARE(cBench.stepNames(), "灰度化 平滑 二值化");
+            QCOMPARE(cBench.action("Undo")->text(), "&Undo add step");
             cBench.steps()->selectRow(1);
             QVERIFY(cBench.trigger("Run to here"));
             for (int nStep = 0; nStep < 3; ++nStep)
@@ -85,6 +86,7 @@ private slots:
         const QString strAction = QTest::currentDataTag();
         QVERIFY(isAnswered(answers(strAction), [&] { cBench.trigger(strAction); }));
         QVERIFY(cBench.isWindowModified());
+        QCOMPARE(cBench.action("Undo")->text(), "&Undo " + strAction.toLower().section(' ', 0, 1));
         QCOMPARE(fnShown(), strTasks + ": " + strSteps);
         QVERIFY(cBench.trigger("Undo"));
         QCOMPARE(fnShown(), "A B C: a b c");

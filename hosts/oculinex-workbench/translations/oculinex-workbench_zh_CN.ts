@@ -180,6 +180,14 @@
         <source>Choose where the task&apos;s pictures come from</source>
         <translation>选择任务图像的来源</translation>
     </message>
+    <message>
+        <source>add step</source>
+        <translation>添加步骤</translation>
+    </message>
+    <message>
+        <source>delete step</source>
+        <translation>删除步骤</translation>
+    </message>
 </context>
 <context>
     <name>FlowPane</name>
@@ -268,10 +276,6 @@ Add one in the list of tasks, or open a tasks file.</source>
     <message>
         <source>configure step</source>
         <translation>配置步骤</translation>
-    </message>
-    <message>
-        <source>delete step</source>
-        <translation>删除步骤</translation>
     </message>
 </context>
 <context>
