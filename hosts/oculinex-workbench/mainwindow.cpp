@@ -461,18 +461,22 @@ void MainWindow::afterStopping(const std::function<void()> &fnThen, bool bClosin
         return;
     }
     stopAll();
-    auto *pcNote = new QProgressDialog(tr("Waiting for the tasks to stop…"),
-                                       bClosing ? tr("Close without waiting") : tr("Cancel"), 0, 0, this);
+    auto *pcNote = new QProgressDialog(tr("Waiting for the tasks to stop…"), {}, 0, 0, this);
+    auto *pcButton = new QPushButton(bClosing ? tr("Close without waiting") : tr("Cancel"));
+    pcNote->setCancelButton(pcButton);
     pcNote->setWindowTitle(tr("Stopping"));
-    pcNote->setWindowModality(Qt::WindowModal);
+    pcNote->setWindowModality(Qt::ApplicationModal); // the operator's window waits, too
     pcNote->setAttribute(Qt::WA_DeleteOnClose);
-    connect(pcNote, &QProgressDialog::canceled, this, [this, bClosing, fnThen, pcNote] {
+    // By the button, Esc or the box's own: what was to come doesn't.
+    connect(pcNote, &QProgressDialog::canceled, this, [this, pcNote] {
+        m_cControl.disconnect(pcNote);
         pcNote->deleteLater();
-        if (bClosing) {
+    });
+    if (bClosing)
+        connect(pcButton, &QPushButton::clicked, this, [this, fnThen] {
             m_cControl.abandon();
             fnThen();
-        }
-    });
+        });
     connect(&m_cControl, &Control::changed, pcNote, [this, fnThen, pcNote] {
         if (anyTaskWorks())
             return;
