@@ -90,7 +90,10 @@ QAction *FlowPane::addAction(const QString &strText, const QString &strTip, cons
     pcAction->setStatusTip(strTip);
     pcAction->setToolTip(QStringLiteral("%1 (%2)").arg(strTip, cKeys.toString(QKeySequence::NativeText)));
     pcAction->setShortcut(cKeys);
-    connect(pcAction, &QAction::triggered, this, fnDo);
+    connect(pcAction, &QAction::triggered, this, [this, fnDo] {
+        commitCell();
+        (this->*fnDo)();
+    });
     m_lstAction.append(pcAction);
     return pcAction;
 }

@@ -18,6 +18,7 @@
 #include <QToolBar>
 
 #include "OculinexQTStandAloneInQt.h"
+#include "flowpage.h"
 #include "flowpane.h"
 #include "icons.h"
 #include "logpane.h"
@@ -127,7 +128,10 @@ QAction *MainWindow::addAction(const QString &strText, const QIcon &cIcon, const
     pcAction->setToolTip(
         cKeys.isEmpty() ? strTip
                         : QStringLiteral("%1 (%2)").arg(strTip, cKeys.toString(QKeySequence::NativeText)));
-    connect(pcAction, &QAction::triggered, this, fnDo);
+    connect(pcAction, &QAction::triggered, this, [this, fnDo] {
+        commitCell();
+        (this->*fnDo)();
+    });
     return pcAction;
 }
 
@@ -394,6 +398,7 @@ bool MainWindow::saveAs()
 
 bool MainWindow::saveTo(const QString &strPath)
 {
+    commitCell();
     if (strPath == m_cDocument.path() && m_cDocument.wasChangedByOthers()) {
         QMessageBox cBox(
             QMessageBox::Warning, tr("Save"),
@@ -435,6 +440,7 @@ void MainWindow::noteRecent(const QString &strPath)
 
 bool MainWindow::mayLose()
 {
+    commitCell();
     for (int nTask = 0; nTask < m_cDocument.taskCount(); ++nTask)
         m_cDocument.noticeEdit(nTask);
     if (!m_cDocument.isModified())

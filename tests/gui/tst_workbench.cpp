@@ -103,6 +103,33 @@ private slots:
         QTRY_VERIFY(cBench.action("Undo")->isEnabled() && cBench.isWindowModified());
     }
 
+    /// What is still being typed into a cell counts, whatever is done next: here that a step is left out.
+    void takesOverAnOpenCell_data()
+    {
+        addRows("does           strKeys  strSaved\n"
+                "saves          Ctrl+S   yes\n"
+                "quits          Ctrl+Q   yes\n"
+                "runs to here   F6       no\n"
+                "runs           F7       no");
+    }
+    void takesOverAnOpenCell()
+    {
+        QFETCH(QString, strKeys);
+        QFETCH(QString, strSaved);
+        Bench cBench(m_strFile);
+        cBench.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&cBench));
+        cBench.steps()->setCurrentCell(0, 1);
+        cBench.steps()->editItem(cBench.steps()->item(0, 1));
+        QTest::keyClicks(QApplication::focusWidget(), "0");
+        const std::list<DialogUser::Act> lstAnswer(strKeys == "Ctrl+Q", pressButton("Save"));
+        QVERIFY(isAnswered(lstAnswer, [&] { typeKeys(cBench, strKeys); }));
+        QTRY_VERIFY(cBench.control().isIdle());
+        QVERIFY(!Fake::hasTraced("\na\n"));
+        QCOMPARE(contents(m_strFile).contains("<-MaxExeTimes->0<"), strSaved == "yes");
+        QCOMPARE(Document::task(0)->m_lstArithm[0].m_nMaxExeTimes, 0);
+    }
+
     /// What is kept beside the tasks file follows its step through edits, and comes back with the file.
     void remembersLimits()
     {
