@@ -30,6 +30,19 @@ QString withName(const QString &strTaskText, const QString &strName)
     return NAME_BEGIN + strName + NAME_END + strText;
 }
 
+/// The config string of a data source that can't be made, which the library leaves out of the task's block.
+QString lostSource(const TaskInfo &cTask)
+{
+    return cTask.m_pcDS ? QString() : cTask.m_strDataSourceConfigString.trimmed();
+}
+
+/// The task's block, with all that makes the task anew.
+QString blockOf(TaskInfo &cTask)
+{
+    const QString strLost = lostSource(cTask);
+    return (strLost.isEmpty() ? strLost : "<-DataSource->" + strLost + "</-DataSource->") + cTask.toString();
+}
+
 QByteArray sum(const QByteArray &achText)
 {
     return QCryptographicHash::hash(achText, QCryptographicHash::Sha1);
@@ -104,7 +117,7 @@ void Document::readStates()
 {
     m_cState.m_lstTask.clear();
     for (int nTask = 0; nTask < TaskMgr::getInstance()->getTaskNum(); ++nTask) {
-        const QString strText = task(nTask)->toString();
+        const QString strText = blockOf(*task(nTask));
         m_cState.m_lstTask.append({strText, QVector<QJsonObject>(stepCount(strText))});
     }
 }
@@ -180,6 +193,19 @@ QStringList Document::findings(const QString &strPath)
     return lstText;
 }
 
+QStringList Document::lostSources() const
+{
+    QStringList lstLost;
+    for (int nTask = 0; nTask < taskCount(); ++nTask) {
+        const QString strLost = lostSource(*task(nTask));
+        if (!strLost.isEmpty())
+            lstLost.append(QStringLiteral("%1: %2").arg(
+                task(nTask)->getName(),
+                GlobalFunction::getBody(strLost, QStringLiteral("<DSName>"), QStringLiteral("</DSName>"))));
+    }
+    return lstLost;
+}
+
 QString Document::save(const QString &strPath)
 {
     for (int nTask = 0; nTask < taskCount(); ++nTask)
@@ -195,6 +221,11 @@ QString Document::save(const QString &strPath)
         return tr("what stands in the file is not what was written");
     syncToDisk(strPath);
     m_achSum = sum(achExpected);
+    for (int nTask = 0; nTask < taskCount(); ++nTask)
+        if (!lostSource(*task(nTask)).isEmpty()) { // the file has none of it any more
+            task(nTask)->m_strDataSourceConfigString.clear();
+            noticeEdit(nTask, tr("lose data source"));
+        }
 
     SideFile cSide;
     for (const TaskState &cState : qAsConst(m_cState.m_lstTask))
@@ -283,7 +314,7 @@ void Document::noticeEdit(int nTask, const QString &strWhat)
     TaskInfo *pcTask = task(nTask);
     if (!pcTask || nTask >= taskCount())
         return;
-    const QString strText = pcTask->toString();
+    const QString strText = blockOf(*pcTask);
     if (strText == m_cState.m_lstTask[nTask].m_strText)
         return;
     note(nTask, {strText, carryStepSide(m_cState.m_lstTask[nTask], strText)},
@@ -362,7 +393,7 @@ void Document::moveStep(int nTask, int nFrom, int nTo)
     if (std::min(nFrom, nTo) < 0 || std::max(nFrom, nTo) >= nSteps)
         return;
     task(nTask)->getTaskItem().move(nFrom, nTo);
-    TaskState cState{task(nTask)->toString(), m_cState.m_lstTask[nTask].m_lstStepSide};
+    TaskState cState{blockOf(*task(nTask)), m_cState.m_lstTask[nTask].m_lstStepSide};
     cState.m_lstStepSide.move(nFrom, nTo);
     note(nTask, cState, tr("move step"));
     emit flowChanged(nTask);
@@ -385,7 +416,7 @@ void Document::switchStep(int nTask, int nStep, bool bOn)
         nLimit = cSide.take(TaskState::KEY_LIMIT).toInt(-1);
     else
         cSide[TaskState::KEY_LIMIT] = std::exchange(nLimit, 0);
-    cState.m_strText = task(nTask)->toString();
+    cState.m_strText = blockOf(*task(nTask));
     note(nTask, cState, bOn ? tr("switch step on") : tr("switch step off"));
     emit flowChanged(nTask);
     emit stateChanged();

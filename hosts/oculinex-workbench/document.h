@@ -53,6 +53,8 @@ public:
     /// What a file holds that loading keeps silent, a line each. Any thread, one at a time.
     static QStringList findings(const QString &strPath);
     QString save(const QString &strPath);
+    /// Of each task whose data source can't be made: its name and that of the source. Saving drops these.
+    QStringList lostSources() const;
     /// Whether the file isn't what was last read from it or written to it.
     bool wasChangedByOthers() const;
 

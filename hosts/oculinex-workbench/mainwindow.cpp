@@ -36,6 +36,7 @@ constexpr int RECENT_FILES = 8;
 constexpr int VIEWS = 3;      ///< that a host can read
 constexpr int NOTE_MS = 6000; ///< for how long the status bar shows a note
 constexpr QSize DEFAULT_VIEW(640, 480);
+constexpr int SHOWN_LOSSES = 10;
 constexpr int FINDINGS = 100; ///< that the log shows of a file
 const QString KEY_WIDTH = QStringLiteral("width");
 const QString KEY_HEIGHT = QStringLiteral("height");
@@ -396,19 +397,32 @@ bool MainWindow::saveAs()
     return cDialog.exec() == QDialog::Accepted && saveTo(cDialog.selectedFiles().constFirst());
 }
 
+bool MainWindow::maySave(const QString &strLoss, const QString &strYes)
+{
+    QMessageBox cBox(QMessageBox::Warning, tr("Save"), strLoss, QMessageBox::Cancel, this);
+    cBox.setDefaultButton(QMessageBox::Cancel);
+    const QPushButton *pcYes = cBox.addButton(strYes, QMessageBox::DestructiveRole);
+    cBox.exec();
+    return cBox.clickedButton() == pcYes;
+}
+
 bool MainWindow::saveTo(const QString &strPath)
 {
     commitCell();
-    if (strPath == m_cDocument.path() && m_cDocument.wasChangedByOthers()) {
-        QMessageBox cBox(
-            QMessageBox::Warning, tr("Save"),
-            tr("%1 was changed by another program since it was read or saved here.").arg(strPath),
-            QMessageBox::Cancel, this);
-        const QPushButton *pcOverwrite = cBox.addButton(tr("&Overwrite"), QMessageBox::DestructiveRole);
-        cBox.exec();
-        if (cBox.clickedButton() != pcOverwrite)
-            return false;
-    }
+    QStringList lstLost = m_cDocument.lostSources();
+    if (lstLost.size() > SHOWN_LOSSES)
+        lstLost = lstLost.mid(0, SHOWN_LOSSES) << QStringLiteral("…");
+    if (!lstLost.isEmpty() &&
+        !maySave(
+            tr("Saving loses the data source of these tasks, since it can't be made here. Its plug-in may "
+               "be missing.\n%1")
+                .arg(lstLost.join('\n')),
+            tr("&Save")))
+        return false;
+    if (strPath == m_cDocument.path() && m_cDocument.wasChangedByOthers() &&
+        !maySave(tr("%1 was changed by another program since it was read or saved here.").arg(strPath),
+                 tr("&Overwrite")))
+        return false;
     const QString strError = m_cDocument.save(strPath);
     if (!strError.isEmpty()) {
         QMessageBox::warning(this, tr("Save"), QStringLiteral("%1: %2").arg(strPath, strError));

@@ -64,6 +64,8 @@ private:
     bool save();
     bool saveAs();
     bool saveTo(const QString &strPath);
+    /// Asks about what saving destroys.
+    bool maySave(const QString &strLoss, const QString &strYes);
     void fillRecent();
     void noteRecent(const QString &strPath);
     /// True when nothing is unsaved, or the user saved it or gave it up.

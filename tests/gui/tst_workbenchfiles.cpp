@@ -116,6 +116,29 @@ private slots:
         }
     }
 
+    /// What the library doesn't save goes with the user's will only, also after the task was made anew.
+    void asksBeforeLosingADataSource()
+    {
+        write(m_strFile, taskText("A", {"a"}).replace("Picture Folder", "Gone Camera").toUtf8() +
+                             taskText("B", {"b"}).toUtf8());
+        Bench cBench(m_strFile);
+        cBench.steps()->item(0, 0)->setText("edited");
+        QVERIFY(cBench.trigger("Undo") && cBench.trigger("Redo"));
+        for (const char *szAnswer : {"Cancel", "Save"}) {
+            QString strBox;
+            const auto fnAnswer = [&](QWidget &cTop) {
+                strBox = cTop.property("text").toString();
+                pressButton(szAnswer)(cTop);
+            };
+            QVERIFY(isAnswered({fnAnswer}, [&] { cBench.trigger("Save"); }));
+            QVERIFY2(strBox.contains("\nA: Gone Camera") && !strBox.contains("B:"), qPrintable(strBox));
+            QCOMPARE(cBench.isWindowModified(), szAnswer[0] == 'C');
+            QCOMPARE(contents(m_strFile).contains("Gone Camera"), szAnswer[0] == 'C');
+        }
+        cBench.steps()->item(0, 0)->setText("edited again");
+        QVERIFY(isAnswered({}, [&] { cBench.trigger("Save"); }));
+    }
+
 private:
     QTemporaryDir m_cFolder;
     QString m_strFile;

@@ -130,6 +130,10 @@
         <source>choose what the operator sees</source>
         <translation>设定操作员界面</translation>
     </message>
+    <message>
+        <source>lose data source</source>
+        <translation>丢失数据源</translation>
+    </message>
 </context>
 <context>
     <name>Figures</name>
@@ -583,6 +587,12 @@ Add one in the list of tasks, or open a tasks file.</source>
     <message>
         <source>&lt;h3&gt;Oculinex Workbench %1&lt;/h3&gt;&lt;p&gt;Builds, tries and watches the tasks of vision devices.&lt;/p&gt;</source>
         <translation>&lt;h3&gt;Oculinex 工作台 %1&lt;/h3&gt;&lt;p&gt;搭建、试运行和观察视觉设备的任务。&lt;/p&gt;</translation>
+    </message>
+    <message>
+        <source>Saving loses the data source of these tasks, since it can&apos;t be made here. Its plug-in may be missing.
+%1</source>
+        <translation>保存会丢失以下任务的数据源，因为在此无法创建它，可能缺少其插件。
+%1</translation>
     </message>
 </context>
 <context>
