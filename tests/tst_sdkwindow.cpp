@@ -174,6 +174,7 @@ private slots:
 
     void newStepIsFilledByHand()
     {
+        store()->getParamGray8(1); // older than the one that is proposed
         const auto fnFill = [](QWidget &cWindow) {
             QCOMPARE(widget<QComboBox>(cWindow, "InputID").currentText(),
                      QStringLiteral("3  Gray8  灰度图  Grey picture"));

@@ -260,7 +260,7 @@ void SettingsWindow::makeInput(QFormLayout *pcForm, Row &cRow)
             lstText.insert(1, utf8(kindName(cEntry.m_eKind)));
         if (bGiven && cEntry.m_nID == nGiven && cEntry.m_eKind == cRow.m_eKind)
             nChosen = cRow.m_pcInput->count();
-        if (nUsual < 0 && cEntry.m_eKind == cSetting.m_eUsual)
+        if (cEntry.m_eKind == cSetting.m_eUsual) // the newest: what the step before left
             nUsual = cRow.m_pcInput->count();
         lstText.removeAll(QString());
         fnAdd(lstText.join(QStringLiteral("  ")), cEntry.m_eKind, cEntry.m_nID);
@@ -269,7 +269,9 @@ void SettingsWindow::makeInput(QFormLayout *pcForm, Row &cRow)
         nChosen = cRow.m_pcInput->count();
         fnAdd(QStringLiteral("%1  (不存在 missing)").arg(nGiven), cRow.m_eKind, nGiven);
     }
-    cRow.m_pcInput->setCurrentIndex(nChosen >= 0 ? nChosen : std::max(0, nUsual));
+    cRow.m_pcInput->setCurrentIndex(nChosen >= 0  ? nChosen
+                                    : nUsual >= 0 ? nUsual
+                                                  : cRow.m_pcInput->count() - 1);
     cRow.m_pcInput->view()->setMinimumWidth(cRow.m_pcInput->view()->sizeHintForColumn(0) +
                                             cRow.m_pcInput->view()->verticalScrollBar()->sizeHint().width());
     connect(cRow.m_pcInput, qOverload<int>(&QComboBox::currentIndexChanged), this,
