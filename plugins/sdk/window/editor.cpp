@@ -91,9 +91,10 @@ public:
     RealEditor(const Plugin::Setting &cSetting, QWidget *pcParent) : Editor(cSetting, pcParent)
     {
         m_pcBox = new Plugin::RealBox;
-        m_pcBox->setRange(cSetting.m_dMin, cSetting.m_dMax);
         // A round step, of which the range holds 100 to 1000.
         const double dStep = std::pow(10, std::floor(std::log10(cSetting.m_dMax - cSetting.m_dMin)) - 2);
+        m_pcBox->makeRoomFor({cSetting.m_dMin, cSetting.m_dMax, cSetting.m_dInitial, dStep});
+        m_pcBox->setRange(cSetting.m_dMin, cSetting.m_dMax);
         m_pcBox->setSingleStep(std::min(dStep, 1.0));
         m_pcBox->setSuffix(suffixOf(cSetting));
         m_pcBox->setValue(cSetting.m_dInitial);
@@ -102,13 +103,15 @@ public:
         add(m_pcBox);
         connect(m_pcBox, qOverload<double>(&QDoubleSpinBox::valueChanged), this, &Editor::changed);
     }
-    QString value() const override { return Plugin::RealBox::plain(m_pcBox->value()); }
+    QString value() const override { return m_pcBox->textFromValue(m_pcBox->value()); }
     void setValue(const QString &strValue) override
     {
         bool bNumber = false;
         const double dValue = strValue.toDouble(&bNumber);
-        if (bNumber && std::isfinite(dValue))
-            m_pcBox->setValue(dValue);
+        if (!bNumber || !std::isfinite(dValue))
+            return;
+        m_pcBox->makeRoomFor({dValue});
+        m_pcBox->setValue(dValue);
     }
 
 private:

@@ -1,6 +1,8 @@
 #ifndef PLUGIN_NUMBERBOX_H
 #define PLUGIN_NUMBERBOX_H
 
+#include <algorithm>
+#include <initializer_list>
 #include <limits>
 
 #include <QDoubleSpinBox>
@@ -75,22 +77,35 @@ class RealBox : public QDoubleSpinBox
 public:
     explicit RealBox(QWidget *pcParent = nullptr) : QDoubleSpinBox(pcParent)
     {
-        setDecimals(6);
+        setDecimals(MIN_DECIMALS);
         setLocale(QLocale::c());
     }
 
-    static QString plain(double dValue)
+    /// As few as show each of the numbers, within these limits.
+    static int decimalsFor(std::initializer_list<double> lstValue, int nMin, int nMax)
     {
-        QString strText = QString::number(dValue, 'f', 6);
-        while (strText.endsWith('0'))
-            strText.chop(1);
-        if (strText.endsWith('.'))
-            strText.chop(1);
+        const auto fnShown = [&](double dValue) {
+            return QString::number(dValue, 'f', nMin).toDouble() == dValue;
+        };
+        while (nMin < nMax && !std::all_of(lstValue.begin(), lstValue.end(), fnShown))
+            ++nMin;
+        return nMin;
+    }
+    /// Takes at least so small numbers, too.
+    void makeRoomFor(std::initializer_list<double> lstValue)
+    {
+        setDecimals(decimalsFor(lstValue, decimals(), MAX_DECIMALS));
+    }
+
+    QString textFromValue(double dValue) const override
+    {
+        const QString strText = QString::number(dValue, 'f', decimalsFor({dValue}, 0, decimals()));
         return strText == QLatin1String("-0") ? QStringLiteral("0") : strText;
     }
 
-protected:
-    QString textFromValue(double dValue) const override { return plain(dValue); }
+private:
+    static constexpr int MIN_DECIMALS = 6;
+    static constexpr int MAX_DECIMALS = 20;
 };
 } // namespace Plugin
 
