@@ -24,6 +24,7 @@ OperatorPick pickOf(const QTreeWidgetItem &cItem)
     cPick.m_strName = cItem.text(Name);
     cPick.m_dMin = cItem.text(Min).toDouble();
     cPick.m_dMax = cItem.text(Max).toDouble();
+    cPick.roundRange();
     return cPick;
 }
 } // namespace

@@ -7,6 +7,21 @@
 #include <QRegularExpression>
 
 #include "common/storeaccess.h"
+#include "sdk/window/numberbox.h"
+
+namespace
+{
+constexpr int MAX_DECIMALS = 9;
+
+/// To so many decimals, but never out of the range that the end belongs to.
+double rounded(double dEnd, int nDecimals, bool bUp)
+{
+    const double dNear = QString::number(dEnd, 'f', nDecimals).toDouble();
+    if (bUp ? dNear >= dEnd : dNear <= dEnd)
+        return dNear;
+    return QString::number(dNear + (bUp ? 1 : -1) * std::pow(10, -nDecimals), 'f', nDecimals).toDouble();
+}
+} // namespace
 
 QJsonObject OperatorPick::toJson() const
 {
@@ -21,10 +36,17 @@ OperatorPick OperatorPick::fromJson(const QJsonObject &cJson)
     cPick.m_strName = cJson["name"].toString();
     cPick.m_dMin = cJson["min"].toDouble();
     cPick.m_dMax = cJson["max"].toDouble();
-    cPick.m_nDecimals = std::clamp(cJson["decimals"].toInt(), 0, 9);
+    cPick.m_nDecimals = std::clamp(cJson["decimals"].toInt(), 0, MAX_DECIMALS);
     cPick.m_bOdd = cJson["odd"].toBool();
     cPick.m_dInitial = cJson["initial"].toDouble();
+    cPick.roundRange();
     return cPick;
+}
+
+void OperatorPick::roundRange()
+{
+    m_dMin = rounded(m_dMin, m_nDecimals, true);
+    m_dMax = rounded(m_dMax, m_nDecimals, false);
 }
 
 double OperatorPick::value(const QString &strConfig) const
@@ -36,7 +58,7 @@ double OperatorPick::value(const QString &strConfig) const
 
 void OperatorPick::setValue(QString &strConfig, double dValue) const
 {
-    dValue = std::max(m_dMin, std::min(dValue, m_dMax));
+    dValue = std::max(m_dMin, std::min(QString::number(dValue, 'f', m_nDecimals).toDouble(), m_dMax));
     if (m_bOdd && std::fmod(dValue, 2) == 0)
         dValue += dValue + 1 <= m_dMax ? 1 : -1;
     const QString strValue = QString::number(dValue, 'f', m_nDecimals);
@@ -81,9 +103,12 @@ QList<OperatorPick> pickableNumbers(const QString &strArithmID, const QString &s
         cPick.m_strName = bChinese ? cCaption.m_strChinese : cCaption.m_strEnglish;
         cPick.m_dMin = cSetting.m_dMin;
         cPick.m_dMax = cSetting.m_dMax;
-        cPick.m_nDecimals = bReal ? 3 : 0;
         cPick.m_bOdd = cSetting.m_bOdd;
         cPick.m_dInitial = cSetting.m_strInitial.toDouble();
+        if (bReal)
+            cPick.m_nDecimals = Plugin::RealBox::decimalsFor(
+                {cPick.m_dMin, cPick.m_dInitial, cPick.value(strConfig)}, 3, MAX_DECIMALS);
+        cPick.roundRange();
         lstPick.append(cPick);
     }
     if (!cTable.isNull())
@@ -95,7 +120,7 @@ QList<OperatorPick> pickableNumbers(const QString &strArithmID, const QString &s
         OperatorPick cPick;
         cPick.m_strTag = cPick.m_strName = cMatch.captured(1);
         cPick.m_dInitial = cMatch.captured(2).toDouble();
-        cPick.m_nDecimals = std::min(9, cMatch.capturedLength(3));
+        cPick.m_nDecimals = std::min(MAX_DECIMALS, cMatch.capturedLength(3));
         cPick.m_dMin = std::min(0.0, cPick.m_dInitial);
         cPick.m_dMax = std::max(100.0, cPick.m_dInitial);
         lstPick.append(cPick);

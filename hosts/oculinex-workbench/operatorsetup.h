@@ -18,6 +18,8 @@ struct OperatorPick {
     QJsonObject toJson() const;
     static OperatorPick fromJson(const QJsonObject &cJson);
 
+    /// Moves the ends of the range inwards to numbers that the decimals can show.
+    void roundRange();
     double value(const QString &strConfig) const;
     /// Brings the value into the range; an even one becomes the next odd one where only such count.
     void setValue(QString &strConfig, double dValue) const;

@@ -213,6 +213,14 @@ private slots:
         QCOMPARE(cPick.value(strConfig), 11.0);
         cPick.setValue(strConfig, 12);
         QVERIFY(strConfig.endsWith("<Block>13</Block>"));
+
+        // The end of a range with more decimals than are shown.
+        strConfig.clear();
+        cPick.m_dMin = 0.0004;
+        cPick.m_bOdd = false;
+        cPick.m_nDecimals = 3;
+        OperatorPick::fromJson(cPick.toJson()).setValue(strConfig, 0);
+        QCOMPARE(strConfig, "<Block>0.001</Block>");
     }
 };
 

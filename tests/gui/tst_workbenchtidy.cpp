@@ -108,6 +108,16 @@ private slots:
         pcOperator->close();
     }
 
+    /// The operator's step down stays within what the step accepts.
+    void tinyNumbersArePicked()
+    {
+        QString strConfig = "<Quality>0.0004</Quality>";
+        for (const OperatorPick &cPick : pickableNumbers("OCX_Corners", strConfig))
+            if (cPick.m_strTag == "Quality")
+                cPick.setValue(strConfig, 0);
+        QCOMPARE(strConfig, "<Quality>0.0001</Quality>");
+    }
+
     void dialogs_data() { languages(); }
     void dialogs()
     {
