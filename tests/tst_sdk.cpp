@@ -73,6 +73,20 @@ static_assert(isReserved("DSName", false) && isReserved("outputname", false) &&
               isReserved("Config", false) && isReserved("View", false) && isReserved("cmd", false));
 static_assert(isReserved("OutputID", true) && !isReserved("OutputID", false));
 
+constexpr auto &isText = Plugin::hasProperText;
+static_assert(isText(Probe::LABEL) && isText(Plugin::Text("T", {}, "a<b")) &&
+              isText(Plugin::Command("C", {}, "Skip: +2")) && isText(Plugin::Colour("C", {}, "#ff80aB")) &&
+              isText(Plugin::ColourRange("C", {}, "170,0,0,10,255,255")) &&
+              isText(Plugin::Region("R", {}, "-1,2,3,4")));
+static_assert(!isText(Plugin::Text("T", {}, "a<b>")) && !isText(Plugin::Command("C", {}, "jump:3")) &&
+              !isText(Plugin::Command("C", {}, "skip:2147483648")) &&
+              !isText(Plugin::Command("C", {}, "print:<b>")) &&
+              !isText(Plugin::Colour("C", {}, "nonsense")) && !isText(Plugin::Colour("C", {}, "#ff80ag")) &&
+              !isText(Plugin::ColourRange("C", {}, "180,0,0,10,255,255")) &&
+              !isText(Plugin::Region("R", {}, "1,2")) && !isText(Plugin::Region("R", {}, "1,2,0,4")));
+static_assert(!Plugin::hasProperRange(Plugin::Real("R", {}, 1, 1, 1)) &&
+              !Plugin::hasProperRange(Plugin::Integer("I", {}, 1).range(1, 1)));
+
 const QByteArray IDS = "<InputID>1</InputID><OutputID>2</OutputID><PointsID>3</PointsID>";
 } // namespace
 

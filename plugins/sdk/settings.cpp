@@ -3,12 +3,10 @@
 #include <charconv>
 #include <limits>
 
-#include "sdk/tablecheck.h"
+#include "sdk/textvalue.h"
 
 namespace
 {
-constexpr std::string_view BLANKS = " \t\r\n";
-
 /// Whether "Tag>" stands at nPos, in any letter case.
 bool isTagAt(std::string_view strConfig, size_t nPos, std::string_view strTag)
 {
@@ -22,12 +20,11 @@ std::string_view withoutPlus(std::string_view strText)
     return strText.substr(bPlus ? 1 : 0);
 }
 
-template <typename Number>
-bool parse(std::string_view strText, Number &nValue)
+bool toReal(std::string_view strText, double &dValue)
 {
     strText = withoutPlus(Plugin::trimmed(strText));
     const char *pchEnd = strText.data() + strText.size();
-    const auto [pchStop, eError] = std::from_chars(strText.data(), pchEnd, nValue);
+    const auto [pchStop, eError] = std::from_chars(strText.data(), pchEnd, dValue);
     return eError == std::errc() && pchStop == pchEnd && !strText.empty();
 }
 
@@ -46,57 +43,7 @@ std::string plain(double dValue)
     return strText;
 }
 
-/// Numbers separated by commas; false unless there are exactly as many.
-template <size_t nCount>
-bool parseList(std::string_view strText, int (&anValue)[nCount])
-{
-    for (size_t n = 0; n < nCount; ++n) {
-        const size_t nComma = strText.find(',');
-        if ((nComma == std::string_view::npos) != (n + 1 == nCount) ||
-            !Plugin::toNumber(strText.substr(0, nComma), anValue[n]))
-            return false;
-        strText.remove_prefix(n + 1 == nCount ? strText.size() : nComma + 1);
-    }
-    return true;
-}
-
-/// Whether "<Word>", "</Word>" or a marker as "<-Word->" or "</=Word=>" stands in the text.
-bool holdsTag(std::string_view strText)
-{
-    for (size_t nPos = strText.find('<'); nPos != std::string_view::npos;
-         nPos = strText.find('<', nPos + 1)) {
-        std::string_view strRest = strText.substr(nPos + 1);
-        const auto fnSkip = [&](auto fnWanted) {
-            const bool bThere = !strRest.empty() && fnWanted(strRest.front());
-            strRest.remove_prefix(bThere ? 1 : 0);
-            return bThere;
-        };
-        const auto fnMark = [](char ch) { return ch == '-' || ch == '='; };
-        fnSkip([](char ch) { return ch == '/'; });
-        fnSkip(fnMark);
-        bool bWord = false;
-        while (fnSkip(Plugin::isTagLetter))
-            bWord = true;
-        fnSkip(fnMark);
-        if (bWord && !strRest.empty() && strRest.front() == '>')
-            return true;
-    }
-    return false;
-}
 } // namespace
-
-std::string_view Plugin::trimmed(std::string_view strText)
-{
-    const size_t nFirst = strText.find_first_not_of(BLANKS);
-    if (nFirst == std::string_view::npos)
-        return {};
-    return strText.substr(nFirst, strText.find_last_not_of(BLANKS) - nFirst + 1);
-}
-
-bool Plugin::toNumber(std::string_view strText, int &nValue)
-{
-    return parse(strText, nValue);
-}
 
 QString Plugin::toQString(std::string_view strText)
 {
@@ -168,7 +115,7 @@ double Plugin::Settings::real(const Setting &cSetting) const
     double dValue = cSetting.m_dInitial;
     // Written so that "nan" is refused too.
     if (!strValue.empty() &&
-        !(parse(strValue, dValue) && dValue >= cSetting.m_dMin && dValue <= cSetting.m_dMax))
+        !(toReal(strValue, dValue) && dValue >= cSetting.m_dMin && dValue <= cSetting.m_dMax))
         refuse(cSetting.m_szTag, strValue,
                "a number from " + plain(cSetting.m_dMin) + " to " + plain(cSetting.m_dMax));
     return dValue;
@@ -208,12 +155,7 @@ std::string Plugin::Settings::command(const Setting &cSetting) const
     const std::string_view strCommand = text(cSetting);
     if (strCommand.empty())
         return {};
-    const size_t nColon = strCommand.find(':');
-    const std::string_view strVerb = strCommand.substr(0, nColon);
-    int nSteps = 0;
-    const bool bText = equalsIgnoringCase(strVerb, "stop") || equalsIgnoringCase(strVerb, "print");
-    if (nColon == std::string_view::npos ||
-        !(bText || (equalsIgnoringCase(strVerb, "skip") && toNumber(strCommand.substr(nColon + 1), nSteps))))
+    if (!isCommand(strCommand))
         refuse(cSetting.m_szTag, strCommand, "skip:NUMBER, stop:TEXT or print:TEXT");
     return "<CMD>" + std::string(strCommand) + "</CMD>";
 }
@@ -222,12 +164,8 @@ Plugin::Rgb Plugin::Settings::colour(const Setting &cSetting) const
 {
     const std::string_view strValue = text(cSetting);
     unsigned nRgb = 0;
-    if (!strValue.empty()) {
-        const char *pchEnd = strValue.data() + strValue.size();
-        if (strValue.size() != 7 || strValue[0] != '#' ||
-            std::from_chars(strValue.data() + 1, pchEnd, nRgb, 16).ptr != pchEnd)
-            refuse(cSetting.m_szTag, strValue, "a colour as #FF8000");
-    }
+    if (!strValue.empty() && !toColour(strValue, nRgb))
+        refuse(cSetting.m_szTag, strValue, "a colour as #FF8000");
     const auto fnByte = [=](int nShift) { return static_cast<unsigned char>(nRgb >> nShift & 0xff); };
     return {fnByte(16), fnByte(8), fnByte(0)};
 }
@@ -236,10 +174,7 @@ Plugin::HsvRange Plugin::Settings::colourRange(const Setting &cSetting) const
 {
     const std::string_view strValue = text(cSetting);
     int anValue[6] = {0, 0, 0, 179, 255, 255};
-    bool bRight = strValue.empty() || parseList(strValue, anValue);
-    for (int n = 0; n < 6; ++n)
-        bRight = bRight && anValue[n] >= 0 && anValue[n] <= (n % 3 == 0 ? 179 : 255);
-    if (!bRight)
+    if (!strValue.empty() && !toColourRange(strValue, anValue))
         refuse(cSetting.m_szTag, strValue,
                "h,s,v,h,s,v: the lowest and the highest hue (to 179), "
                "saturation and value (to 255)");
@@ -250,7 +185,7 @@ Plugin::Rect Plugin::Settings::region(const Setting &cSetting) const
 {
     const std::string_view strValue = text(cSetting);
     int anValue[4] = {0, 0, 0, 0};
-    if (!strValue.empty() && (!parseList(strValue, anValue) || anValue[2] < 1 || anValue[3] < 1))
+    if (!strValue.empty() && !toRegion(strValue, anValue))
         refuse(cSetting.m_szTag, strValue, "x,y,width,height");
     return {anValue[0], anValue[1], anValue[2], anValue[3]};
 }

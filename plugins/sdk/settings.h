@@ -8,6 +8,7 @@
 #include <QString>
 
 #include "sdk/table.h"
+#include "sdk/textvalue.h"
 
 namespace Plugin
 {
@@ -102,9 +103,6 @@ void appendValue(std::string &strConfig, std::string_view strTag, std::string_vi
 /// Frames a text that the step prints.
 std::string printed(std::string_view strText);
 
-std::string_view trimmed(std::string_view strText);
-/// The whole number that is the whole text; blanks around it and a leading plus are accepted.
-bool toNumber(std::string_view strText, int &nValue);
 QString toQString(std::string_view strText);
 } // namespace Plugin
 

@@ -2,31 +2,11 @@
 #define PLUGIN_TABLECHECK_H
 
 #include "sdk/table.h"
+#include "sdk/textvalue.h"
 
 /// What is checked of a table while the plug-in is compiled.
 namespace Plugin
 {
-constexpr char toLower(char ch)
-{
-    return ch >= 'A' && ch <= 'Z' ? static_cast<char>(ch - 'A' + 'a') : ch;
-}
-
-/// Letters A to Z only.
-constexpr bool equalsIgnoringCase(std::string_view strA, std::string_view strB)
-{
-    if (strA.size() != strB.size())
-        return false;
-    for (size_t n = 0; n < strA.size(); ++n)
-        if (toLower(strA[n]) != toLower(strB[n]))
-            return false;
-    return true;
-}
-
-constexpr bool isTagLetter(char ch)
-{
-    return (toLower(ch) >= 'a' && toLower(ch) <= 'z') || (ch >= '0' && ch <= '9') || ch == '_';
-}
-
 /// A tag in two parts, since the tags for an output's name and description are its prefix and a word.
 struct TagParts {
     std::string_view m_strFirst;
@@ -101,23 +81,52 @@ constexpr bool hasProperTags(const Setting *pcSettings, size_t nSettings)
     return true;
 }
 
-constexpr bool isProper(const Setting &cSetting)
+constexpr bool hasProperRange(const Setting &cSetting)
 {
     switch (cSetting.m_eKind) {
     case SettingKind::Integer:
-        return cSetting.m_dMin <= cSetting.m_dInitial && cSetting.m_dInitial <= cSetting.m_dMax &&
-               !(cSetting.m_bOdd && static_cast<int>(cSetting.m_dInitial) % 2 == 0);
     case SettingKind::Real:
-        return cSetting.m_dMin <= cSetting.m_dInitial && cSetting.m_dInitial <= cSetting.m_dMax;
+        return cSetting.m_dMin < cSetting.m_dMax && cSetting.m_dMin <= cSetting.m_dInitial &&
+               cSetting.m_dInitial <= cSetting.m_dMax &&
+               !(cSetting.m_bOdd && static_cast<int>(cSetting.m_dInitial) % 2 == 0);
     case SettingKind::Choice:
         return cSetting.m_nOptions > 0;
     default:
-        return std::string_view(cSetting.m_szInitial).find('<') == std::string_view::npos;
+        return true;
     }
 }
 
-/// Numbers begin within their range, and a setting depends only on a choice of the same table.
-constexpr bool hasProperValues(const Setting *pcSettings, size_t nSettings)
+/// What the plug-in's window would refuse is no initial value either.
+constexpr bool hasProperText(const Setting &cSetting)
+{
+    const std::string_view strText = cSetting.m_szInitial;
+    unsigned nRgb = 0;
+    int anRange[6] = {};
+    int anRegion[4] = {};
+    switch (strText.empty() ? SettingKind::Text : cSetting.m_eKind) {
+    case SettingKind::Command:
+        return isCommand(strText) && !holdsTag(strText);
+    case SettingKind::Colour:
+        return toColour(strText, nRgb);
+    case SettingKind::ColourRange:
+        return toColourRange(strText, anRange);
+    case SettingKind::Region:
+        return toRegion(strText, anRegion);
+    default:
+        return !holdsTag(strText);
+    }
+}
+
+constexpr bool allAre(bool (&fnProper)(const Setting &), const Setting *pcSettings, size_t nSettings)
+{
+    for (size_t n = 0; n < nSettings; ++n)
+        if (!fnProper(pcSettings[n]))
+            return false;
+    return true;
+}
+
+/// A setting depends only on a choice of the same table.
+constexpr bool hasProperConditions(const Setting *pcSettings, size_t nSettings)
 {
     constexpr int WHEN_BITS = 32; // of Setting::m_nWhenOptions
     for (size_t n = 0; n < nSettings; ++n) {
@@ -127,7 +136,7 @@ constexpr bool hasProperValues(const Setting *pcSettings, size_t nSettings)
             bThere = bThere ||
                      (pcSettings[nOther].m_eKind == SettingKind::Choice &&
                       pcSettings[nOther].m_nOptions <= WHEN_BITS && strWhen == pcSettings[nOther].m_szTag);
-        if (!bThere || !isProper(pcSettings[n]))
+        if (!bThere)
             return false;
     }
     return true;
@@ -150,9 +159,14 @@ constexpr bool checkTable()
                   "OutputType, Config, View, CMD or, in a data source, OutputID.");
     static_assert(hasProperTags(Author::SETTINGS, SETTINGS_NUM),
                   "A setting has no tag, a tag with other than letters and digits, or one twice.");
-    static_assert(hasProperValues(Author::SETTINGS, SETTINGS_NUM),
-                  "A setting's initial value is outside of its range, or it depends on a choice that is "
-                  "not in the table or has more than 32 options.");
+    static_assert(allAre(hasProperRange, Author::SETTINGS, SETTINGS_NUM),
+                  "A setting's minimum is not below its maximum, or its initial value is outside of its "
+                  "range, or even where only odd ones count.");
+    static_assert(allAre(hasProperText, Author::SETTINGS, SETTINGS_NUM),
+                  "A setting's initial text holds a tag as <Name>, or is no command (skip:2, stop:TEXT, "
+                  "print:TEXT), colour (#FF8000), colour range (h,s,v,h,s,v) or region (x,y,width,height).");
+    static_assert(hasProperConditions(Author::SETTINGS, SETTINGS_NUM),
+                  "A setting depends on a choice that is not in the table or has more than 32 options.");
     static_assert(!bSource || !hasParameters(Author::SETTINGS, SETTINGS_NUM),
                   "A data source has no parameters of the store among its settings.");
     return true;
