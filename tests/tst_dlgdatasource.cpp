@@ -5,8 +5,10 @@
 #include <QtTest>
 
 #include <QListWidget>
+#include <QTableWidget>
 
 #include "DataSource/datasource.h"
+#include "DataSource/dlgdatasourceconfig.h"
 #include "OculinexQTStandAloneInQt.h"
 #include "arithmparammgr.h"
 #include "datatable.h"
@@ -15,13 +17,21 @@
 
 namespace
 {
-/// A kind in this process: what was called, and what its window does.
+/// A kind in this process: what was called, what comes of a call, and what its window does.
 QStringList s_lstCall;
+std::function<void(const QString &)> s_fnCalled;
 std::function<QByteArray()> s_fnWindow;
+
+void called(const QString &strCall)
+{
+    s_lstCall.append(strCall);
+    if (s_fnCalled)
+        s_fnCalled(strCall);
+}
 
 char *showKind(char *pchConfig, bool)
 {
-    s_lstCall.append(QString("show ") + pchConfig);
+    called(QString("show ") + pchConfig);
     static QByteArray s_achConfig;
     s_achConfig = s_fnWindow();
     return s_achConfig.data();
@@ -31,8 +41,8 @@ DataSource::DataSourceInfo *newKind()
 {
     auto *pcKind = new DataSource::DataSourceInfo;
     pcKind->m_fnShowConfigDlg = showKind;
-    pcKind->m_fnSetConfig = [](int, char *pchConfig) { s_lstCall.append(QString("set ") + pchConfig); };
-    pcKind->m_fnRemoveInstance = [](int) { s_lstCall.append("remove"); };
+    pcKind->m_fnSetConfig = [](int, char *pchConfig) { called(QString("set ") + pchConfig); };
+    pcKind->m_fnRemoveInstance = [](int) { called("remove"); };
     return pcKind;
 }
 
@@ -76,6 +86,7 @@ private slots:
     void init()
     {
         s_lstCall.clear();
+        s_fnCalled = nullptr;
         s_fnWindow = [] { return "kind's own"; };
     }
 
@@ -180,6 +191,65 @@ private slots:
             TaskMgr::getInstance()->clear();
             QCOMPARE(s_lstCall.filter("remove").size(), 2);
         }
+    }
+
+    /// A kind may let events through in each of its functions, and the dialog go by them.
+    void dialogGoesMeanwhile()
+    {
+        for (const QString strCall : {"set ", "show ", "remove"}) {
+            s_lstCall.clear();
+            ArithmParamMgr cStore;
+            QPointer<QWidget> pcParent = new QWidget;
+            QPointer<DlgDataSource> pcDialog = new DlgDataSource(
+                &DataSource::getInstance()->m_mapDataSourceInfo, &cStore, QString(), pcParent);
+            auto *pcList = pcDialog->findChild<QListWidget *>("lbSourceNames");
+            pcList->setCurrentItem(pcList->findItems("假", Qt::MatchExactly).value(0));
+            s_fnCalled = [&](const QString &strCalled) {
+                if (strCalled == strCall)
+                    delete pcParent;
+            };
+            pcDialog->on_btnSetting_clicked();
+            if (pcDialog)
+                pcDialog->reject();
+            QVERIFY2(!pcDialog, qPrintable(strCall));
+            s_fnCalled = nullptr;
+            QCOMPARE(s_lstCall.filter("remove").size(), 1);
+        }
+    }
+
+    /// So may a host use the task whose source goes, and open another file in the middle of one.
+    void hostGoesOnMeanwhile()
+    {
+        TaskMgr &cTasks = *TaskMgr::getInstance();
+        const QString strTask = "<=TaskInfo=><-TaskName->%1</-TaskName-><-DataSource-><DSName>假</DSName>"
+                                "</-DataSource-><-TaskItem->x</-TaskItem-></=TaskInfo=>";
+        cTasks.fromString(strTask.arg("t"));
+        TaskInfo *const pcTask = cTasks.getTask(0);
+        QTableWidget cTable(1, 3);
+        cTable.setItem(0, 0, new QTableWidgetItem);
+        pcTask->addTaskFlowListWidget(&cTable);
+        pcTask->connectEvents();
+        const DataSource::DataSourceInstance *const pcOld = pcTask->m_pcDS;
+        s_fnCalled = [&](const QString &strCall) {
+            if (strCall != "remove")
+                return;
+            QVERIFY(pcTask->m_pcDS != pcOld);
+            cTable.item(0, 0)->setText("typed");
+        };
+        DialogUser cUser({use("假"), DialogUser::set("edtName=n"), OK});
+        pcTask->selectDataSource();
+        cTasks.clear();
+
+        s_lstCall.clear();
+        s_fnCalled = [&](const QString &) {
+            s_fnCalled = nullptr;
+            cTasks.fromString(strTask.arg("inner 0") + strTask.arg("inner 1"));
+        };
+        cTasks.fromString(strTask.arg("outer"));
+        QCOMPARE(cTasks.getTaskNum(), 1);
+        QCOMPARE(cTasks.getTask(0)->getName(), "outer");
+        cTasks.clear();
+        QCOMPARE(s_lstCall.filter("remove").size(), 3);
     }
 
 private:

@@ -417,11 +417,22 @@ private slots:
         cTasks.addTask(pcTask, 0);
         cBench.m_cTable.selectRow(0);
         QString strBox;
-        const DialogUser cUser(
-            {[&](QWidget &) { cTasks.fromString(QString()); }, DialogUser::read(strBox, QMessageBox::Yes)});
+        bool bStopped = false;
+        // The next task is given the widgets of the one that is still held.
+        const auto fnReplace = [&](QWidget &) {
+            pcTask->startTask();
+            cTasks.fromString("<=TaskInfo=><-View->2</-View-></=TaskInfo=>");
+            pcTask->startTask();
+            bStopped = !pcTask->IsRunning();
+            cBench.attach(*cTasks.getTask(0));
+            cTasks.getTask(0)->connectEvents();
+        };
+        const DialogUser cUser({fnReplace, DialogUser::read(strBox, QMessageBox::Yes)});
         pcTask->delArithm();
-        QVERIFY(!pcTask);
+        QVERIFY(!pcTask && bStopped);
         QCOMPARE(cBench.m_cTable.rowCount(), 3);
+        cBench.m_cView.setCurrentIndex(1);
+        QCOMPARE(cTasks.getTask(0)->m_nWhichView, 1);
 
         pcTask = new TaskInfo(QString(), nullptr);
         pcTask->fromString(Bench::text().replace("probe", "KQ_Drawing"));

@@ -62,9 +62,11 @@ DataSource::DataSourceInstance *DlgDataSource::getDataSourceInstance()
 /// However the dialog is left.
 void DlgDataSource::done(int nResult)
 {
+    const QPointer<DlgDataSource> pcThis(this);
     if (nResult != Accepted)
         delete std::exchange(m_pcDSI, nullptr);
-    QDialog::done(nResult);
+    if (pcThis)
+        QDialog::done(nResult);
 }
 
 void DlgDataSource::on_btnSetting_clicked()
@@ -73,24 +75,30 @@ void DlgDataSource::on_btnSetting_clicked()
     if (!pcKind)
         return;
     const QString strKind = pcKind->text();
+    const QString strSubConfig = m_strSubConfigString;
+    // The kind may let events through in each of its functions, above all in its window. The new
+    // instance stands on its own meanwhile: the dialog may be closed or go.
+    const QPointer<DlgDataSource> pcThis(this);
+    setEnabled(false);
     // The kind's own text stands there without its tag: the instance gets it afterwards.
     std::unique_ptr<DataSource::DataSourceInstance> pcInstance(
         DataSource::getInstance()->createDataSourceFromConfigString(m_pcAPM, tagged("DSName", strKind) +
-                                                                                 m_strSubConfigString));
+                                                                                 strSubConfig));
+    if (pcInstance) {
+        if (pcThis)
+            delete std::exchange(m_pcDSI, nullptr);
+        if (pcThis)
+            pcInstance->setConfigString(strSubConfig);
+        if (pcThis)
+            pcInstance->showConfigWindow();
+    }
+    if (!pcThis)
+        return;
+    setEnabled(true);
     if (!pcInstance) {
         warnUser(this, QStringLiteral("创建数据源实例失败."));
         return;
     }
-    delete std::exchange(m_pcDSI, nullptr);
-    pcInstance->setConfigString(m_strSubConfigString);
-
-    // While its window is open the instance stands on its own: the dialog may be closed or go.
-    const QPointer<DlgDataSource> pcThis(this);
-    setEnabled(false);
-    pcInstance->showConfigWindow();
-    if (!pcThis)
-        return;
-    setEnabled(true);
     if (!pcInstance->getConfigString().isEmpty())
         m_strSubConfigString = pcInstance->getConfigString();
     ui->edtSelectedSource->setText(strKind);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <utility>
 
 #include <QComboBox>
 #include <QMenu>
@@ -78,6 +79,7 @@ void prepareStore(TaskInfo &cTask, const TaskHold &cHold, int nStep,
 {
     QString strMsg;
     bool bDone = true;
+    const int nStarted = cTask.m_pcDS ? cTask.m_pcDS->m_nInstanceID : 0;
     {
         const CallersRun cCallersRun(cTask);
         if (cTask.m_pcDS)
@@ -89,9 +91,11 @@ void prepareStore(TaskInfo &cTask, const TaskHold &cHold, int nStep,
     }
     if (!bDone && !strMsg.isEmpty())
         fnTell(strMsg);
-    // A host may have started the task meanwhile, whose source it is then, or deleted it.
-    if (cHold.isIdle() && cTask.m_pcDS)
-        cTask.m_pcDS->stop();
+    // A host may have started the task meanwhile, whose source it is then, or deleted either.
+    if (!cHold.isIdle() || !cTask.m_pcDS || cTask.m_pcDS->m_nInstanceID != nStarted)
+        return;
+    const CallersRun cCallersRun(cTask);
+    cTask.m_pcDS->stop();
 }
 
 /// The config string that the user gives a step, after the store was filled for it; empty when
@@ -106,6 +110,17 @@ QString configFromWindow(TaskInfo &cTask, const TaskHold &cHold, const TaskItem 
     cTask.m_pcAPM->clean();
     prepareStore(cTask, cHold, nStep, [&cTask](const QString &strMsg) { warn(cTask, strMsg); });
     return cHold.mayEdit() ? pcArithm->showConfigWindow(cItem.m_strOptionStr, cTask.m_pcAPM) : QString();
+}
+
+/// Gives a step its new config string, unless it is not there any more: a plug-in's window need not keep
+/// the host from editing the flow.
+void configure(TaskInfo &cTask, int nStep, const TaskItem &cOld, const QString &strConfig)
+{
+    if (nStep >= cTask.m_lstArithm.size())
+        return;
+    TaskItem &cItem = cTask.m_lstArithm[nStep];
+    if (cItem.m_strArithmID == cOld.m_strArithmID && cItem.m_strOptionStr == cOld.m_strOptionStr)
+        cItem.m_strOptionStr = strConfig;
 }
 
 void callBack(void (*fnCallBack)(QString), const QString &strText)
@@ -343,8 +358,8 @@ void TaskInfo::modifyOption()
         return;
     }
     const QString strConfig = configFromWindow(*this, cHold, cItem, nRow);
-    if (!strConfig.isEmpty() && cHold.mayEdit() && nRow < m_lstArithm.size())
-        m_lstArithm[nRow].m_strOptionStr = strConfig;
+    if (!strConfig.isEmpty() && cHold.mayEdit())
+        configure(*this, nRow, cItem, strConfig);
 }
 
 QString TaskInfo::showConfigWindow(int nArithmPos)
@@ -366,8 +381,8 @@ QString TaskInfo::showConfigWindow(int nArithmPos)
     const QString strConfig = pcArithm->showConfigWindow(cItem.m_strOptionStr, m_pcAPM);
     if (strConfig.startsWith(QLatin1String("ERR:")))
         callBack(fnHaveErrorMessage, strConfig);
-    else if (!strConfig.isEmpty() && cHold.mayEdit() && nArithmPos < m_lstArithm.size())
-        m_lstArithm[nArithmPos].m_strOptionStr = strConfig;
+    else if (!strConfig.isEmpty() && cHold.mayEdit())
+        configure(*this, nArithmPos, cItem, strConfig);
     return QString();
 }
 
@@ -384,9 +399,8 @@ void TaskInfo::selectDataSource()
         delete pcDS;
         return;
     }
-    delete m_pcDS;
-    m_pcDS = pcDS;
     m_strDataSourceConfigString = strConfig;
+    delete std::exchange(m_pcDS, pcDS); // it may let events through, and the host start the task
 }
 
 void TaskInfo::DataSourceClicked()
@@ -416,7 +430,10 @@ void TaskInfo::TaskFlowTblCellChanged(int nRow, int nColumn)
     const QTableWidgetItem *pcCell = pcTable ? pcTable->item(nRow, nColumn) : nullptr;
     if (!pcCell || nRow < 0 || nRow >= m_lstArithm.size())
         return;
-    if (!TaskRecord::of(this)->isBusy())
+    const auto pcRecord = TaskRecord::of(this);
+    if (!pcRecord) // the task is going, and its source lets events through
+        return;
+    if (!pcRecord->isBusy())
         m_lstArithm.detach();
     // In place: a cell that is being edited hands its text over when the start of the task disables
     // the table, and the task's thread is in the list by then.

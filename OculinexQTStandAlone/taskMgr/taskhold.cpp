@@ -25,8 +25,23 @@ bool TaskHold::mayEdit() const
 
 void TaskHold::destroy(TaskInfo *pcTask)
 {
-    if (pcTask && !TaskRecord::of(pcTask)->letGo())
+    if (!pcTask)
+        return;
+    if (!TaskRecord::of(pcTask)->letGo()) {
         delete pcTask;
+        return;
+    }
+    // It stays for the code that holds it, and for nobody else: its thread ends, and its widgets are free
+    // for the tasks that come after it.
+    stopThread(pcTask);
+    pcTask->disconnectEvents();
+    for (QObject *TaskInfo::*pcWidget :
+         {&TaskInfo::m_pcRunTask, &TaskInfo::m_pcViewSelect, &TaskInfo::m_pcThreadSelect,
+          &TaskInfo::m_pcDataSource, &TaskInfo::m_pcTaskFlow}) {
+        if (pcTask->*pcWidget)
+            QObject::disconnect(pcTask->*pcWidget, nullptr, pcTask, nullptr);
+        pcTask->*pcWidget = nullptr;
+    }
 }
 
 CallersRun::CallersRun(TaskInfo &cTask) : m_cHold(cTask), m_pcRecord(TaskRecord::of(&cTask))

@@ -1,6 +1,7 @@
 #include "taskMgr/taskMgr.h"
 
 #include <memory>
+#include <vector>
 
 #include <QComboBox>
 #include <QMenu>
@@ -292,14 +293,18 @@ QString TaskMgr::toString()
 void TaskMgr::fromString(QString strTasks)
 {
     clear();
+    std::vector<std::unique_ptr<TaskInfo>> vTask;
+    BlockReader cTasks = s_cTask.blocks(strTasks);
+    for (QStringView strTask = cTasks.next(); !strTask.isEmpty(); strTask = cTasks.next()) {
+        vTask.push_back(std::make_unique<TaskInfo>(QString(), m_fnHaveErrorMessage));
+        vTask.back()->fromString(strTask.toString());
+    }
+    // Their sources may let events through while they are made, and the host open another file.
+    clear();
     try {
-        int nPos = 0;
-        BlockReader cTasks = s_cTask.blocks(strTasks);
-        for (QStringView strTask = cTasks.next(); !strTask.isEmpty(); strTask = cTasks.next()) {
-            auto pcTask = std::make_unique<TaskInfo>(QString(), m_fnHaveErrorMessage);
-            pcTask->fromString(strTask.toString());
-            addTask(pcTask.get(), nPos++);
-            pcTask.release();
+        for (size_t nPos = 0; nPos < vTask.size(); ++nPos) {
+            addTask(vTask[nPos].get(), static_cast<int>(nPos));
+            vTask[nPos].release();
         }
     } catch (...) {
         clear(); // none rather than some of them

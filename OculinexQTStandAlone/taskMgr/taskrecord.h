@@ -109,6 +109,8 @@ void createTaskRecord(TaskInfo *pcTask);
 /// Called first by the task's destructor: stops the thread and waits until it touches the task no
 /// more.
 void stopForDestruction(TaskInfo *pcTask);
+/// Stops the task's thread, if it has one, and leaves the widgets alone.
+void stopThread(TaskInfo *pcTask);
 /// Its last part: waits for the latch and drops the record. When the process ends and the thread is
 /// still in, the task loses its source and its store to the thread.
 void forgetTaskRecord(TaskInfo *pcTask);

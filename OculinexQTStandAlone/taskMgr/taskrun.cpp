@@ -168,6 +168,8 @@ void TaskInfo::startTask()
         return;
 
     const auto pcRecord = TaskRecord::of(this);
+    if (pcRecord->isToGo())
+        return;
     if (pcRecord->m_nCallersRuns > 0) {
         qCWarning(lcTask).noquote() << "task" << m_strName << "is not started in the middle of a single run.";
         return;
@@ -203,10 +205,15 @@ void TaskInfo::stopTask()
     enableControls(*this, true);
 }
 
-void stopForDestruction(TaskInfo *pcTask)
+void stopThread(TaskInfo *pcTask)
 {
     if (pcTask->m_hThread != 0 || TaskRecord::of(pcTask)->hasThreads())
         waitForThread(*pcTask);
+}
+
+void stopForDestruction(TaskInfo *pcTask)
+{
+    stopThread(pcTask);
     forgetTaskRecord(pcTask);
 }
 
