@@ -1,8 +1,6 @@
 #ifndef GLOBALFUNCTION_H
 #define GLOBALFUNCTION_H
 
-#include <atomic>
-
 #include <QMutex>
 #include <QObject>
 #include <QString>
@@ -47,10 +45,10 @@ public:
         bool haveDrawingOpt();
 
         QMutex m_cMutex;                            ///< guards the queue
-        std::atomic<int> m_nDOPos{0};               ///< number of queued objects
+        int m_nDOPos = 0;                           ///< number of queued objects
         Drawing::DrawingOpt *m_apcDO[QUEUE_LENGTH]; ///< oldest first; meaningless from m_nDOPos on
-        std::atomic<int> m_nViewWidth{0};           ///< pixels
-        std::atomic<int> m_nViewHeight{0};
+        int m_nViewWidth = 0;                       ///< pixels
+        int m_nViewHeight = 0;
     };
 
     GlobalFunction();
@@ -78,7 +76,7 @@ public:
 
     QMutex m_cMutexForCanvasArray; ///< guards making and removing canvases
     QMutex m_cMutexForCanvas[VIEW_NUM];
-    std::atomic<ViewDrawOption *> m_apcViewCanvas[VIEW_NUM];
+    ViewDrawOption *m_apcViewCanvas[VIEW_NUM];
     bool m_abViewUpdated[VIEW_NUM]; ///< not used
 
     static GlobalFunction *s_pcInstance;

@@ -7,6 +7,7 @@
 #include <QMutex>
 
 #include "qguard.h"
+#include "sharedfield.h"
 
 /// The one object behind pcThis (private header): made under cMutex by the first caller, who learns
 /// it through pbMade, and read without the lock from then on. It is never destroyed, so that a
@@ -15,7 +16,7 @@
 template <typename T>
 T *singleton(T *&pcThis, QMutex &cMutex, bool *pbMade = nullptr)
 {
-    if (T *pcMade = __atomic_load_n(&pcThis, __ATOMIC_ACQUIRE))
+    if (T *pcMade = SharedField::load(pcThis))
         return pcMade;
     thread_local T *s_pcMaking = nullptr;
     if (s_pcMaking)
@@ -29,7 +30,7 @@ T *singleton(T *&pcThis, QMutex &cMutex, bool *pbMade = nullptr)
             ::operator delete(std::exchange(s_pcMaking, nullptr));
             throw;
         }
-        __atomic_store_n(&pcThis, std::exchange(s_pcMaking, nullptr), __ATOMIC_RELEASE);
+        SharedField::store(pcThis, std::exchange(s_pcMaking, nullptr));
         if (pbMade)
             *pbMade = true;
     }

@@ -6,6 +6,7 @@
 
 #include "Drawing/drawingregistry.h"
 #include "qguard.h"
+#include "sharedfield.h"
 #include "singleton.h"
 
 static_assert(sizeof(std::atomic<int>) == sizeof(int) && sizeof(std::atomic<void *>) == sizeof(void *),
@@ -46,10 +47,10 @@ void GlobalFunction::ViewDrawOption::pushDrawingOpt(Drawing::DrawingOpt *pcOpt)
     if (m_nDOPos >= QUEUE_LENGTH) {
         delete m_apcDO[0];
         std::copy(m_apcDO + 1, m_apcDO + QUEUE_LENGTH, m_apcDO);
-        m_nDOPos = QUEUE_LENGTH - 1;
+        SharedField::store(m_nDOPos, QUEUE_LENGTH - 1);
     }
     m_apcDO[m_nDOPos] = pcOwned.release();
-    ++m_nDOPos;
+    SharedField::store(m_nDOPos, m_nDOPos + 1);
 }
 
 Drawing::DrawingOpt *GlobalFunction::ViewDrawOption::popDrawingOpt()
@@ -59,13 +60,13 @@ Drawing::DrawingOpt *GlobalFunction::ViewDrawOption::popDrawingOpt()
         return nullptr;
     Drawing::DrawingOpt *pcOldest = m_apcDO[0];
     std::copy(m_apcDO + 1, m_apcDO + m_nDOPos, m_apcDO);
-    --m_nDOPos;
+    SharedField::store(m_nDOPos, m_nDOPos - 1);
     return pcOldest;
 }
 
 bool GlobalFunction::ViewDrawOption::haveDrawingOpt()
 {
-    return m_nDOPos > 0;
+    return SharedField::load(m_nDOPos) > 0;
 }
 
 GlobalFunction::GlobalFunction() : m_apcViewCanvas{}, m_abViewUpdated{} {}
@@ -88,9 +89,9 @@ void GlobalFunction::addView(int nView, int nWidth, int nHeight)
         else
             pcCanvas = new ViewDrawOption;
     }
-    pcCanvas->m_nViewWidth = nWidth;
-    pcCanvas->m_nViewHeight = nHeight;
-    m_apcViewCanvas[nView] = pcCanvas;
+    SharedField::store(pcCanvas->m_nViewWidth, nWidth);
+    SharedField::store(pcCanvas->m_nViewHeight, nHeight);
+    SharedField::store(m_apcViewCanvas[nView], pcCanvas);
 }
 
 void GlobalFunction::resizeViewCanvas(int nView, int nWidth, int nHeight)
@@ -106,7 +107,8 @@ void GlobalFunction::removeView(int nView)
     if (!isView(nView))
         return;
     const QGuard cGuard(m_cMutexForCanvasArray);
-    if (ViewDrawOption *pcCanvas = m_apcViewCanvas[nView].exchange(nullptr)) {
+    if (ViewDrawOption *pcCanvas = m_apcViewCanvas[nView]) {
+        SharedField::store<ViewDrawOption *>(m_apcViewCanvas[nView], nullptr);
         drain(pcCanvas);
         s_apcParked[nView] = pcCanvas;
     }
@@ -114,10 +116,10 @@ void GlobalFunction::removeView(int nView)
 
 GlobalFunction::ViewDrawOption *GlobalFunction::requestViewDrawOption(int nView)
 {
-    if (!isView(nView) || !m_apcViewCanvas[nView])
+    if (!isView(nView) || !SharedField::load(m_apcViewCanvas[nView]))
         return nullptr;
     QGuard::lock(m_cMutexForCanvas[nView]);
-    ViewDrawOption *pcCanvas = m_apcViewCanvas[nView];
+    ViewDrawOption *pcCanvas = SharedField::load(m_apcViewCanvas[nView]);
     if (!pcCanvas) // removed while this thread waited
         QGuard::unlock(m_cMutexForCanvas[nView]);
     return pcCanvas;

@@ -135,7 +135,7 @@ private slots:
         drawStep(1, &cStore);
         cStore.getParamPoints(1)->addPoint({WIDTH - 1, HEIGHT - 1});
         useDrawingWindow(1, 600, 500); // keeps the queue
-        QCOMPARE(Canvas(1)->m_nViewWidth.load(), 600);
+        QCOMPARE(Canvas(1)->m_nViewWidth, 600);
 
         Buffer achExpected(BYTES, 0);
         for (size_t y = 0; y < HEIGHT; ++y)
@@ -187,7 +187,7 @@ private slots:
         views().resizeViewCanvas(6, 3, 4);
         GlobalFunction::ViewDrawOption *pcHeld = views().requestViewDrawOption(5);
         QVERIFY(pcHeld);
-        QCOMPARE(pcHeld->m_nViewWidth.load(), 3);
+        QCOMPARE(pcHeld->m_nViewWidth, 3);
         pcHeld->pushDrawingOpt(new Probe(1, lstDestroyed));
         // A waiter finds the view gone; the holder still has a canvas that can be used.
         std::thread cWaiter([] { QVERIFY(!Canvas(5)); });
@@ -199,7 +199,7 @@ private slots:
         views().addView(5, 1, 2);
         const Canvas cCanvas(5);
         QVERIFY(!cCanvas->haveDrawingOpt());
-        QCOMPARE(cCanvas->m_nViewHeight.load(), 2);
+        QCOMPARE(cCanvas->m_nViewHeight, 2);
 
         QLoggingCategory::setFilterRules("oculinex.task.info=true");
         QTest::ignoreMessage(QtInfoMsg, "there is no view 4 to draw into");

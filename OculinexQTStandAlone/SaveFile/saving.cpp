@@ -20,6 +20,7 @@
 #include "pixelbuffers.h"
 #include "pixelrows.h"
 #include "qguard.h"
+#include "sharedfield.h"
 #include "textbuffer.h"
 #include "viewhold.h"
 
@@ -158,7 +159,9 @@ void saveView(int nView, const QString &strPath)
             return tellFailure(strPath, QStringLiteral("there is no view %1").arg(nView));
         if (!cView->haveDrawingOpt())
             return;
-        cImage = PixelBuffers::image({cView->m_nViewWidth, cView->m_nViewHeight}, QImage::Format_RGB888);
+        cImage = PixelBuffers::image(
+            {SharedField::load(cView->m_nViewWidth), SharedField::load(cView->m_nViewHeight)},
+            QImage::Format_RGB888);
         cImage.fill(0);
         while (Drawing::DrawingOpt *pcObject = cView->popDrawingOpt()) {
             const std::unique_ptr<Drawing::DrawingOpt> pcOwned(pcObject);

@@ -10,6 +10,7 @@
 #include "arithmMgr/arithmmgr.h"
 #include "arithmMgr/arithms.h"
 #include "logging.h"
+#include "sharedfield.h"
 #include "taskMgr/blockreader.h"
 #include "taskMgr/taskMgr.h"
 #include "taskMgr/taskrecord.h"
@@ -28,7 +29,7 @@ QString unknownArithmText(const QString &strName)
 /// A cell that was being edited when the task was started may change it.
 int maxExeTimes(const TaskItem &cItem)
 {
-    return __atomic_load_n(&cItem.m_nMaxExeTimes, __ATOMIC_RELAXED);
+    return SharedField::load(cItem.m_nMaxExeTimes);
 }
 
 bool isDue(const TaskItem &cItem)

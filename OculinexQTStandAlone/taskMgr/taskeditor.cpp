@@ -16,6 +16,7 @@
 #include "arithmparammgr.h"
 #include "guithread.h"
 #include "logging.h"
+#include "sharedfield.h"
 #include "taskMgr/flowtable.h"
 #include "taskMgr/taskhold.h"
 #include "taskMgr/taskrecord.h"
@@ -443,7 +444,7 @@ void TaskInfo::TaskFlowTblCellChanged(int nRow, int nColumn)
     if (nColumn == 0)
         cItem.m_strDescribe = pcCell->text();
     else if (nColumn == 1 && bNumber)
-        __atomic_store_n(&cItem.m_nMaxExeTimes, nTimes, __ATOMIC_RELAXED);
+        SharedField::store(cItem.m_nMaxExeTimes, nTimes);
 }
 
 void TaskInfo::TableItemClicked(QTableWidgetItem *pcItem)
