@@ -3,6 +3,7 @@
 #include <QAction>
 #include <QHeaderView>
 #include <QMessageBox>
+#include <QStyle>
 #include <QTableWidget>
 #include <QToolBar>
 #include <QVBoxLayout>
@@ -49,14 +50,12 @@ TaskList::TaskList(Document &cDocument, const Control &cControl, QWidget *pcPare
     m_pcTable->setContextMenuPolicy(Qt::ActionsContextMenu);
     m_pcTable->setShowGrid(false);
     m_pcTable->setWordWrap(false);
-    m_pcTable->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    m_pcTable->setTextElideMode(Qt::ElideMiddle); // a step that hangs has its time at the end
     m_pcTable->verticalHeader()->hide();
     m_pcTable->horizontalHeader()->setStretchLastSection(true);
     m_pcTable->horizontalHeader()->setHighlightSections(false);
     m_pcTable->horizontalHeader()->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
-    m_pcTable->setColumnWidth(Name, 90);
-    m_pcTable->setColumnWidth(State, 86);
-    m_pcTable->setColumnWidth(PerSecond, 56);
+    fitColumns();
 
     addAction(tr("&Add task"), tr("Add a task at the end"), QStringLiteral("Ctrl+Shift+N"), &TaskList::add);
     m_pcDuplicate = addAction(tr("&Duplicate task"), tr("Add a copy of this task at the end"),
@@ -94,6 +93,25 @@ TaskList::TaskList(Document &cDocument, const Control &cControl, QWidget *pcPare
         emit currentChanged(nRow);
     });
     rebuild();
+}
+
+/// Whatever can stand in a column is to be read in it, but for names and errors.
+void TaskList::fitColumns()
+{
+    const auto fnFit = [this](int nColumn, const QStringList &lstText, int nBeside) {
+        int nWidth = m_pcTable->horizontalHeader()->sectionSizeHint(nColumn);
+        for (const QString &strText : lstText)
+            nWidth = std::max(nWidth, m_pcTable->fontMetrics().horizontalAdvance(strText) + nBeside);
+        m_pcTable->setColumnWidth(nColumn, nWidth);
+    };
+    const int nMargins = 2 * (style()->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, this) + 1);
+    const int nIcon = style()->pixelMetric(QStyle::PM_SmallIconSize, nullptr, this) + nMargins;
+    fnFit(Name, {QString(12, 'n')}, nMargins);
+    fnFit(State,
+          {jobText(Control::Action::Start), jobText(Control::Action::Stop), jobText(Control::Action::RunOnce),
+           tr("Running"), tr("Failed"), tr("Stopped")},
+          nMargins + nIcon);
+    fnFit(PerSecond, {QStringLiteral("0000.0")}, nMargins);
 }
 
 QAction *TaskList::addAction(const QString &strText, const QString &strTip, const QKeySequence &cKeys,
@@ -139,6 +157,7 @@ void TaskList::rebuild()
                 m_pcTable->setItem(nTask, nColumn, pcCell);
             }
             m_pcTable->item(nTask, Name)->setText(lstName[nTask]);
+            m_pcTable->item(nTask, Name)->setToolTip(lstName[nTask]);
             m_pcTable->setRowHeight(nTask, fontMetrics().height() + 8);
         }
         setCurrent(std::min(nCurrent, m_cDocument.taskCount() - 1));
@@ -164,25 +183,25 @@ void TaskList::refreshRow(int nTask)
     const bool bRunning = cStatus.m_eState == TaskStatus::State::Running;
     const auto eJob = m_cControl.jobOf(nTask);
     const bool bHangs = cStatus.m_nCurrentStep >= 0 && cStatus.m_nCurrentStepNs > HANGS_NS;
-    QString strState = eJob                                              ? jobText(*eJob)
-                       : bRunning                                        ? tr("Running")
-                       : cStatus.m_eState == TaskStatus::State::Stopping ? tr("Stopping…")
-                       : cStatus.m_nFailures > 0                         ? tr("Failed")
-                                                                         : tr("Stopped");
-    if (bHangs)
-        strState +=
-            tr(" – step %1 for %2").arg(cStatus.m_nCurrentStep + 1).arg(duration(cStatus.m_nCurrentStepNs));
+    const QString strState = eJob                                              ? jobText(*eJob)
+                             : bRunning                                        ? tr("Running")
+                             : cStatus.m_eState == TaskStatus::State::Stopping ? tr("Stopping…")
+                             : cStatus.m_nFailures > 0                         ? tr("Failed")
+                                                                               : tr("Stopped");
     QTableWidgetItem *pcState = m_pcTable->item(nTask, State);
     pcState->setText(strState);
-    pcState->setToolTip(strState);
     pcState->setIcon(eJob || bHangs            ? m_cBusy
                      : bRunning                ? m_cRunning
                      : cStatus.m_nFailures > 0 ? m_cFailed
                                                : m_cStopped);
     m_pcTable->item(nTask, PerSecond)
         ->setText(bRunning ? QString::number(m_lstRate[nTask].perSecond(), 'f', 1) : QString());
-    const QString strError = cStatus.m_strLastError.isEmpty() && bRunning ? cStatus.m_strLastDataSourceError
-                                                                          : cStatus.m_strLastError;
+    QString strError = cStatus.m_strLastError.isEmpty() && bRunning ? cStatus.m_strLastDataSourceError
+                                                                    : cStatus.m_strLastError;
+    if (bHangs)
+        strError =
+            tr("Step %1 for %2").arg(cStatus.m_nCurrentStep + 1).arg(duration(cStatus.m_nCurrentStepNs)) +
+            '\n' + strError;
     m_pcTable->item(nTask, Error)->setText(strError.simplified());
     m_pcTable->item(nTask, Error)->setToolTip(strError);
 }

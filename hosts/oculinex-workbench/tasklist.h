@@ -35,6 +35,7 @@ private:
     void enableActions();
     void itemChanged(QTableWidgetItem *pcItem);
     void move(int nBy);
+    void fitColumns();
     QAction *addAction(const QString &strText, const QString &strTip, const QKeySequence &cKeys,
                        void (TaskList::*fnDo)());
     void add();

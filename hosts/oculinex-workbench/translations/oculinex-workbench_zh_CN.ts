@@ -964,8 +964,8 @@ Add one in the list of tasks, or open a tasks file.</source>
         <translation>已停止</translation>
     </message>
     <message>
-        <source> – step %1 for %2</source>
-        <translation> – 步骤 %1 已用 %2</translation>
+        <source>Step %1 for %2</source>
+        <translation>步骤 %1 已用 %2</translation>
     </message>
     <message>
         <source>Task %1</source>
@@ -1003,7 +1003,7 @@ Add one in the list of tasks, or open a tasks file.</source>
         <translation>按屏幕像素一比一显示</translation>
     </message>
     <message>
-        <source>Save…</source>
+        <source>Save picture…</source>
         <translation>保存…</translation>
     </message>
     <message>
