@@ -1,6 +1,7 @@
 #include "steptable.h"
 
 #include <QCoreApplication>
+#include <QGridLayout>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QKeyEvent>
@@ -22,7 +23,8 @@ StepTable::StepTable(QWidget *pcParent)
     : QWidget(pcParent),
       m_pcTable(new QTableWidget(0, Columns)),
       m_pcHolder(new QWidget),
-      m_pcScroll(new QScrollBar(Qt::Vertical))
+      m_pcVertical(new QScrollBar(Qt::Vertical)),
+      m_pcHorizontal(new QScrollBar(Qt::Horizontal))
 {
     m_pcTable->setObjectName(QStringLiteral("flow"));
     m_pcTable->setHorizontalHeaderLabels({tr("Step"), tr("Limit"), tr("Test run"), tr("On"), tr("Last"),
@@ -42,6 +44,7 @@ StepTable::StepTable(QWidget *pcParent)
     m_pcTable->setSelectionMode(QTableWidget::SingleSelection);
     m_pcTable->setEditTriggers(QTableWidget::DoubleClicked | QTableWidget::EditKeyPressed);
     m_pcTable->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    m_pcTable->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     m_pcTable->setWordWrap(false);
     QPalette cPalette = m_pcTable->palette(); // what runs is to be read, too
     cPalette.setBrush(QPalette::Disabled, QPalette::Text, cPalette.brush(QPalette::Active, QPalette::Text));
@@ -59,25 +62,30 @@ StepTable::StepTable(QWidget *pcParent)
     for (int nColumn = 0; nColumn < Result; ++nColumn)
         m_pcTable->setColumnWidth(nColumn, std::max(anWidth[nColumn], pcHeader->sectionSizeHint(nColumn)));
     m_pcTable->installEventFilter(this);
-    m_pcScroll->hide();
 
     auto *pcInner = new QHBoxLayout(m_pcHolder);
     pcInner->setContentsMargins(0, 0, 0, 0);
     pcInner->addWidget(m_pcTable);
-    auto *pcLayout = new QHBoxLayout(this);
+    auto *pcLayout = new QGridLayout(this);
     pcLayout->setContentsMargins(0, 0, 0, 0);
     pcLayout->setSpacing(0);
-    pcLayout->addWidget(m_pcHolder);
-    pcLayout->addWidget(m_pcScroll);
+    pcLayout->addWidget(m_pcHolder, 0, 0);
+    pcLayout->addWidget(m_pcVertical, 0, 1);
+    pcLayout->addWidget(m_pcHorizontal, 1, 0);
 
-    const QScrollBar *pcOwn = m_pcTable->verticalScrollBar();
-    connect(pcOwn, &QScrollBar::rangeChanged, this, [this, pcOwn](int nFrom, int nTo) {
-        m_pcScroll->setPageStep(pcOwn->pageStep());
-        m_pcScroll->setRange(nFrom, nTo);
-        m_pcScroll->setVisible(nTo > nFrom);
-    });
-    connect(pcOwn, &QScrollBar::valueChanged, m_pcScroll, &QScrollBar::setValue);
-    connect(m_pcScroll, &QScrollBar::valueChanged, pcOwn, &QScrollBar::setValue);
+    const auto fnReplace = [this](const QScrollBar *pcOwn, QScrollBar *pcShown) {
+        pcShown->hide();
+        connect(pcOwn, &QScrollBar::rangeChanged, this, [=](int nFrom, int nTo) {
+            pcShown->setPageStep(pcOwn->pageStep());
+            pcShown->setSingleStep(pcOwn->singleStep());
+            pcShown->setRange(nFrom, nTo);
+            pcShown->setVisible(nTo > nFrom);
+        });
+        connect(pcOwn, &QScrollBar::valueChanged, pcShown, &QScrollBar::setValue);
+        connect(pcShown, &QScrollBar::valueChanged, pcOwn, &QScrollBar::setValue);
+    };
+    fnReplace(m_pcTable->verticalScrollBar(), m_pcVertical);
+    fnReplace(m_pcTable->horizontalScrollBar(), m_pcHorizontal);
     connect(m_pcTable, &QTableWidget::cellChanged, this, [this](int nRow, int nColumn) {
         if (nColumn == On)
             emit stepSwitched(nRow, m_pcTable->item(nRow, On)->checkState() == Qt::Checked);
@@ -152,7 +160,7 @@ void StepTable::showFigures(const QList<TaskItem> &lstStep, const TaskStatus &cS
 
 void StepTable::wheelEvent(QWheelEvent *pcEvent)
 {
-    QCoreApplication::sendEvent(m_pcScroll, pcEvent);
+    QCoreApplication::sendEvent(m_pcVertical, pcEvent);
 }
 
 bool StepTable::eventFilter(QObject *pcWatched, QEvent *pcEvent)

@@ -40,7 +40,8 @@ private:
 
     QTableWidget *m_pcTable;
     QWidget *m_pcHolder;
-    QScrollBar *m_pcScroll;
+    QScrollBar *m_pcVertical; ///< stand beside the table, which may be disabled
+    QScrollBar *m_pcHorizontal;
 };
 
 #endif
