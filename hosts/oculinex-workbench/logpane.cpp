@@ -3,12 +3,12 @@
 #include <QAction>
 #include <QApplication>
 #include <QClipboard>
-#include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLineEdit>
 #include <QScrollBar>
-#include <QToolButton>
+#include <QToolBar>
 #include <QTreeView>
+#include <QVBoxLayout>
 
 #include "logmodel.h"
 
@@ -23,6 +23,7 @@ LogPane::LogPane(QWidget *pcParent)
     m_pcLines->setObjectName(QStringLiteral("lines"));
     m_pcLines->setRootIsDecorated(false);
     m_pcLines->setUniformRowHeights(true);
+    m_pcLines->setTextElideMode(Qt::ElideMiddle); // the reason stands at the end
     m_pcLines->setSelectionMode(QAbstractItemView::ExtendedSelection);
     const int nDigit = fontMetrics().averageCharWidth();
     m_pcLines->header()->resizeSection(LogModel::Time, nDigit * 16);
@@ -37,22 +38,18 @@ LogPane::LogPane(QWidget *pcParent)
     auto *const pcLayout = new QVBoxLayout(this);
     pcLayout->setContentsMargins(0, 0, 0, 0);
     pcLayout->setSpacing(2);
-    auto *const pcTools = new QHBoxLayout;
-    pcTools->setContentsMargins(2, 2, 2, 0);
+    auto *const pcTools = new QToolBar; // a narrow pane has the rest in the bar's own menu
     const auto fnButton = [&](const QString &strName, const QString &strText, const QString &strTip) {
-        auto *const pcButton = new QToolButton(this);
-        pcButton->setObjectName(strName);
-        pcButton->setText(strText);
-        pcButton->setToolTip(strTip);
-        pcButton->setAutoRaise(true);
-        pcTools->addWidget(pcButton);
-        return pcButton;
+        QAction *const pcAction = pcTools->addAction(strText);
+        pcAction->setToolTip(strTip);
+        pcTools->widgetForAction(pcAction)->setObjectName(strName);
+        return pcAction;
     };
     const auto fnKind = [&](const QString &strName, const QString &strText, MessageFeed::Kind eKind) {
-        QToolButton *const pcButton = fnButton(strName, strText, tr("Show lines of this kind"));
-        pcButton->setCheckable(true);
-        pcButton->setChecked(true);
-        connect(pcButton, &QToolButton::toggled, this,
+        QAction *const pcAction = fnButton(strName, strText, tr("Show lines of this kind"));
+        pcAction->setCheckable(true);
+        pcAction->setChecked(true);
+        connect(pcAction, &QAction::toggled, this,
                 [this, eKind](bool bShown) { m_pcFilter->setShown(eKind, bShown); });
     };
     fnKind(QStringLiteral("btnErrors"), tr("Errors"), MessageFeed::Kind::Error);
@@ -64,13 +61,13 @@ LogPane::LogPane(QWidget *pcParent)
     pcText->setClearButtonEnabled(true);
     connect(pcText, &QLineEdit::textChanged, this,
             [this](const QString &strText) { m_pcFilter->setText(strText); });
-    pcTools->addWidget(pcText, 1);
+    pcTools->addWidget(pcText);
     connect(
         fnButton(QStringLiteral("btnCopy"), tr("Copy"), tr("Copy the selected lines, or all that are shown")),
-        &QToolButton::clicked, this, &LogPane::copy);
-    connect(fnButton(QStringLiteral("btnClear"), tr("Clear"), tr("Remove all lines")), &QToolButton::clicked,
+        &QAction::triggered, this, &LogPane::copy);
+    connect(fnButton(QStringLiteral("btnClear"), tr("Clear"), tr("Remove all lines")), &QAction::triggered,
             this, &LogPane::clear);
-    pcLayout->addLayout(pcTools);
+    pcLayout->addWidget(pcTools);
     pcLayout->addWidget(m_pcLines, 1);
 
     connect(&m_cFeed, &MessageFeed::received, this, &LogPane::append);

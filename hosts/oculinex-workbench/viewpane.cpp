@@ -1,13 +1,14 @@
 #include "viewpane.h"
 
+#include <QAction>
 #include <QApplication>
 #include <QClipboard>
 #include <QComboBox>
 #include <QFileDialog>
-#include <QHBoxLayout>
 #include <QLabel>
 #include <QMessageBox>
-#include <QToolButton>
+#include <QToolBar>
+#include <QVBoxLayout>
 
 #include "viewfeed.h"
 
@@ -43,29 +44,24 @@ ViewPane::ViewPane(int nView, QWidget *pcParent)
     auto *const pcLayout = new QVBoxLayout(this);
     pcLayout->setContentsMargins(0, 0, 0, 0);
     pcLayout->setSpacing(2);
-    auto *const pcTools = new QHBoxLayout;
-    pcTools->setContentsMargins(2, 2, 2, 0);
+    auto *const pcTools = new QToolBar; // a narrow pane has the rest in the bar's own menu
     pcTools->addWidget(m_pcSize);
     const auto fnButton = [&](const QString &strName, const QString &strText, const QString &strTip,
                               const auto &fnClicked) {
-        auto *const pcButton = new QToolButton(this);
-        pcButton->setObjectName(strName);
-        pcButton->setText(strText);
-        pcButton->setToolTip(strTip);
-        pcButton->setAutoRaise(true);
-        connect(pcButton, &QToolButton::clicked, this, fnClicked);
-        pcTools->addWidget(pcButton);
+        QAction *const pcAction = pcTools->addAction(strText);
+        pcAction->setToolTip(strTip);
+        connect(pcAction, &QAction::triggered, this, fnClicked);
+        pcTools->widgetForAction(pcAction)->setObjectName(strName);
     };
     fnButton(QStringLiteral("btnWhole"), tr("Whole"), tr("Show the whole view (double click)"),
              [this] { m_pcPicture->setZoom(0); });
     fnButton(QStringLiteral("btnPixels"), tr("1:1"), tr("Show each pixel as one of the screen"),
              [this] { m_pcPicture->setZoom(1); });
-    fnButton(QStringLiteral("btnSave"), tr("Save…"), tr("Save what is shown as a picture"),
+    fnButton(QStringLiteral("btnSave"), tr("Save picture…"), tr("Save what is shown as a picture"),
              [this] { savePicture(); });
     fnButton(QStringLiteral("btnCopy"), tr("Copy"), tr("Copy what is shown to the clipboard"),
              [this] { copyPicture(); });
-    pcTools->addStretch();
-    pcLayout->addLayout(pcTools);
+    pcLayout->addWidget(pcTools);
     pcLayout->addWidget(m_pcPicture, 1);
     pcLayout->addWidget(m_pcPixel);
     m_pcPixel->setContentsMargins(4, 0, 4, 2);
