@@ -55,6 +55,7 @@ OperatorWindow::OperatorWindow(const OperatorSetup &cSetup, QWidget *pcParent)
     m_pcVerdict->setAlignment(Qt::AlignCenter);
     m_pcVerdict->setAutoFillBackground(true);
     m_pcWhy->setObjectName(QStringLiteral("lblWhy"));
+    m_pcWhy->setTextFormat(Qt::PlainText);
     m_pcWhy->setWordWrap(true);
     m_pcWhy->setAlignment(Qt::AlignCenter);
     m_pcStart->setObjectName(QStringLiteral("btnStart"));
@@ -103,7 +104,9 @@ OperatorWindow::OperatorWindow(const OperatorSetup &cSetup, QWidget *pcParent)
             pcBox->setToolTip(tr("%1 to %2; can be changed while the task stands still")
                                   .arg(cPick.m_dMin)
                                   .arg(cPick.m_dMax));
-            pcFields->addRow(cPick.m_strName, pcBox);
+            auto *const pcName = new QLabel(cPick.m_strName);
+            pcName->setTextFormat(Qt::PlainText);
+            pcFields->addRow(pcName, pcBox);
             const Field cField{cStep.m_nTask, cStep.m_nStep, cPick, pcBox};
             m_lstField.append(cField);
             connect(pcBox, QOverload<double>::of(&QDoubleSpinBox::valueChanged), this,

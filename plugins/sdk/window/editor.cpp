@@ -150,7 +150,8 @@ class FlagEditor : public Editor
 public:
     FlagEditor(const Plugin::Setting &cSetting, QWidget *pcParent) : Editor(cSetting, pcParent)
     {
-        m_pcBox = add(new QCheckBox(Plugin::bothBeside(cSetting.m_cCaption)), "", 1);
+        m_pcBox = add(
+            new QCheckBox(Plugin::bothBeside(cSetting.m_cCaption).replace('&', QLatin1String("&&"))), "", 1);
         m_pcBox->setChecked(cSetting.m_dInitial != 0);
         connect(m_pcBox, &QCheckBox::toggled, this, &Editor::changed);
     }

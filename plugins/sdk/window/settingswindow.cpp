@@ -188,6 +188,7 @@ QWidget *SettingsWindow::makeForm()
 
     m_pcHelp = new QLabel;
     m_pcHelp->setObjectName(QStringLiteral("lblHelp"));
+    m_pcHelp->setTextFormat(Qt::PlainText);
     m_pcHelp->setWordWrap(true);
     m_pcHelp->setAlignment(Qt::AlignTop | Qt::AlignLeft);
     m_pcHelp->setMinimumHeight(4 * fontMetrics().lineSpacing());
@@ -221,7 +222,7 @@ void SettingsWindow::addRow(QFormLayout *pcForm, Row &cRow, QWidget *pcField)
     const QString strHelp = bothLines(cSetting.m_cHelp);
     cRow.m_pcLabel = new QLabel(labelText(cSetting, true));
     cRow.m_pcLabel->setTextFormat(Qt::RichText);
-    cRow.m_pcLabel->setBuddy(pcField);
+    cRow.m_pcField = pcField; // no buddy of the label, which would take '&' for a shortcut
     for (QWidget *pcWidget : {static_cast<QWidget *>(cRow.m_pcLabel), pcField}) {
         pcWidget->setToolTip(strHelp);
         pcWidget->setProperty(HELP_PROPERTY, strHelp);
@@ -449,7 +450,7 @@ void SettingsWindow::settingChanged()
         const bool bCounts = counts(cRow);
         cRow.m_pcLabel->setEnabled(bCounts);
         cRow.m_pcLabel->setText(labelText(*cRow.m_pcSetting, bCounts));
-        cRow.m_pcLabel->buddy()->setEnabled(bCounts);
+        cRow.m_pcField->setEnabled(bCounts);
     }
     askPreview();
 }
@@ -478,8 +479,11 @@ void SettingsWindow::pressOK()
         pcBox->interpretText();
     for (const Row &cRow : m_lstRow)
         if (const QString strProblem = problemOf(cRow); !strProblem.isEmpty()) {
-            QMessageBox::information(this, QStringLiteral("警告"), strProblem, QMessageBox::Ok);
-            cRow.m_pcLabel->buddy()->setFocus();
+            QMessageBox cBox(QMessageBox::Information, QStringLiteral("警告"), strProblem, QMessageBox::Ok,
+                             this);
+            cBox.setTextFormat(Qt::PlainText);
+            cBox.exec();
+            cRow.m_pcField->setFocus();
             return;
         }
     m_strConfig = configText([this](const Row &cRow) { return reserve(cRow); });

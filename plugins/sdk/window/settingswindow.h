@@ -45,6 +45,7 @@ private:
     struct Row {
         const Setting *m_pcSetting;
         QLabel *m_pcLabel = nullptr;
+        QWidget *m_pcField = nullptr; ///< what the label stands before
         Editor *m_pcEditor = nullptr;
         QComboBox *m_pcInput = nullptr; ///< its items hold a Kind and an ID
         QLineEdit *m_pcName = nullptr;
