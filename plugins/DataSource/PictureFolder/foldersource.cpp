@@ -86,12 +86,13 @@ void FolderSource::configure(const Plugin::Settings &cSettings)
         const std::chrono::duration<double> cPeriod(dFps > 0 ? std::min(1 / dFps, 3600.0) : 0);
         m_cPeriod = std::chrono::duration_cast<Clock::duration>(cPeriod);
         m_strPath = Plugin::toQString(cSettings[PATH]);
-        if (m_strPath.isEmpty())
-            throw Plugin::Error("Setting Path is missing.");
     } catch (const Plugin::Error &cError) {
         qCWarning(lcPictureFolder).noquote() << "Picture Folder:" << cError.what();
         throw;
     }
+    // Not worth a line in the log: each instance begins with an empty configuration.
+    if (m_strPath.isEmpty())
+        throw Plugin::Error("Setting Path is missing.");
 }
 
 void FolderSource::rewind()
