@@ -35,6 +35,7 @@ private slots:
         addRows("what             strArguments                      strTold\n"
                 "help             --help                            --until-idle <S>\n"
                 "runs             --runs 0 a                        --runs needs\n"
+                "endless          --seconds inf a                   above 0, not 'inf'\n"
                 "too high         --out . --view 0=4x10001 a        not '0=4x10001'\n"
                 "same view        --out . --view=1=4x3 --view=1=8x6 a  View 1 is given twice\n"
                 "no view          --out . a                         need each other\n"

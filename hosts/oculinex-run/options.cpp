@@ -1,6 +1,7 @@
 #include "options.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include <QCommandLineParser>
 #include <QFile>
@@ -207,7 +208,7 @@ QString parseOptions(const QStringList &lstArguments, Options &cOptions)
         const QString strValue = cParser.value(bIdle ? cIdle : cSeconds);
         cOptions.m_eUntil = bIdle ? Options::Until::Idle : Options::Until::Seconds;
         cOptions.m_fSeconds = strValue.toDouble();
-        if (!(cOptions.m_fSeconds > 0))
+        if (!(cOptions.m_fSeconds > 0 && std::isfinite(cOptions.m_fSeconds)))
             return QString("--%1 needs a number of seconds above 0, not '%2'.")
                 .arg(bIdle ? "until-idle" : "seconds", strValue);
     }
