@@ -131,9 +131,10 @@ QString Tryout::fillIn(const PluginSetting &cSetting, Step &cStep)
             nID = itNewest->second;
         else if (itLoaded != m_lstLoad.cend())
             nID = itLoaded->second;
-        else if (!Plugin::isPicture(eKind))
-            return QString("%1 needs %2 (<%3>): put a --try before it that writes one, and name its ID.")
-                .arg(cStep.m_strID, "a " + paramKindName(eKind), cSetting.m_strTag);
+        else if (const QString strKind = paramKindName(eKind); !Plugin::isPicture(eKind))
+            return QString("%1 needs %2 %3 (<%4>): put a --try before it that writes one, and name its ID.")
+                .arg(cStep.m_strID, QString("aeiou").contains(strKind[0]) ? "an" : "a", strKind,
+                     cSetting.m_strTag);
     }
     if (nID < 0)
         nID = ++m_nLastID;
