@@ -26,7 +26,7 @@ QString jobText(Control::Action eAction)
     case Control::Action::Stop:
         return TaskList::tr("Stopping…");
     case Control::Action::RunOnce:
-        return TaskList::tr("Running once…");
+        return TaskList::tr("One run…");
     }
     return {};
 }
@@ -106,12 +106,13 @@ void TaskList::fitColumns()
     };
     const int nMargins = 2 * (style()->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, this) + 1);
     const int nIcon = style()->pixelMetric(QStyle::PM_SmallIconSize, nullptr, this) + nMargins;
-    fnFit(Name, {QString(12, 'n')}, nMargins);
+    fnFit(Name, {QString(9, 'n')}, nMargins);
     fnFit(State,
           {jobText(Control::Action::Start), jobText(Control::Action::Stop), jobText(Control::Action::RunOnce),
            tr("Running"), tr("Failed"), tr("Stopped")},
           nMargins + nIcon);
     fnFit(PerSecond, {QStringLiteral("0000.0")}, nMargins);
+    fnFit(Error, {}, 0);
 }
 
 QAction *TaskList::addAction(const QString &strText, const QString &strTip, const QKeySequence &cKeys,

@@ -88,6 +88,8 @@ private slots:
         }
         if (strLanguage == "zh")
             QCOMPARE(untranslated(cBench), QString());
+        QVERIFY2(cBench.minimumSizeHint().width() <= 1024, // of small screens
+                 qPrintable(QString::number(cBench.minimumSizeHint().width())));
 
         OperatorSetup cSetup;
         cSetup.m_nTask = SHOWN_TASK;

@@ -884,7 +884,7 @@ Add one in the list of tasks, or open a tasks file.</source>
         <translation>停止中…</translation>
     </message>
     <message>
-        <source>Running once…</source>
+        <source>One run…</source>
         <translation>单次运行中…</translation>
     </message>
     <message>
