@@ -55,7 +55,7 @@ class TestImageFiles : public QObject
     QString load(const QString &strPath, bool bGrey)
     {
         return execute(Loading::execute,
-                       tag("FilePath", strPath) + tag("OutputName", "图") + tag("BeGray", bGrey ? "1" : "0") +
+                       tag("FilePath", strPath) + tag("OutputName", "图") + tag("BeGray", bGrey ? "1" : "2") +
                            tag("PicID", "3"),
                        m_pcAPM);
     }
@@ -297,6 +297,8 @@ private slots:
         addRows("case               settings                         pattern\n"
                 "number last        Identity=1;Separator=_           cam_[0-9]+\\.png\n"
                 "number first       Identity=1;Separator=_;Exg=1     [0-9]+_cam\\.png\n"
+                "any other order    Identity=1;Separator=_;Exg=2     cam_[0-9]+\\.png\n"
+                "picture 0          PicType=RGB;PicID=0              cam.*\\.png\n"
                 "time               Identity=0                       "
                 "cam\\[20\\d\\d\\.\\d+\\.\\d+\\]\\[\\d+\\.\\d+\\.\\d+\\]\\[\\d+\\]\\.png\n"
                 "no identity        StringID=相 机                   相 机\\.png\n"
@@ -314,6 +316,7 @@ private slots:
         QFETCH(QString, settings);
         QFETCH(QString, pattern);
         m_pcAPM->getParamGray8(1)->resize(4, 2);
+        m_pcAPM->getParamDIB(0)->resize(4, 2);
         m_pcAPM->getParamStrings(9)->addString(QStringLiteral("零件"));
         if (pattern.isEmpty())
             QTest::ignoreMessage(QtWarningMsg, QRegularExpression("cannot save .*cam.*: "));

@@ -309,7 +309,7 @@ void DataSource::initDataSources()
             fnStore(PluginLoader::selfDescription(*pcLibrary, "getDataSourceName", vSymbols[0]),
                     std::move(pcInfo));
             m_lstArithmLib.append(pcLibrary.get());
-            pcLibrary.release();
+            static_cast<void>(pcLibrary.release());
         },
         [](const QString &strError) { qCInfo(lcPlugin).noquote() << strError; });
 

@@ -95,7 +95,7 @@ ArithmFactory::ArithmFactory()
                               fnShowConfigWindow fnWindow, fnExecute fnExec) {
         auto pcArithm = std::make_unique<Arithm>(bExtLib, fnID, fnWindow, fnExec);
         m_lstArithmInfo.append({strClass, strName, pcArithm.get()});
-        pcArithm.release();
+        static_cast<void>(pcArithm.release());
     };
     loadErrors().clear(); // of an attempt that lacked memory
     try {
@@ -114,7 +114,7 @@ ArithmFactory::ArithmFactory()
                           reinterpret_cast<fnShowConfigWindow>(vSymbols[1]),
                           reinterpret_cast<fnExecute>(vSymbols[2]));
                     m_lstArithmLib.append(pcLibrary.get());
-                    pcLibrary.release();
+                    static_cast<void>(pcLibrary.release());
                 },
                 [](const QString &strError) { loadErrors().append(strError); });
         }

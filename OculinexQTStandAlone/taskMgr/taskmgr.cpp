@@ -115,7 +115,7 @@ TaskInfo::TaskInfo(QString strName, void (*fnHaveErrorMessage)(QString))
                                                                         ArithmParamMgr::deleteInstance);
     connect(this, &TaskInfo::threadFinished, this, &TaskInfo::threadFinishedArrived);
     createTaskRecord(this);
-    pcStore.release(); // no destructor runs unless the constructor ends
+    static_cast<void>(pcStore.release()); // no destructor runs unless the constructor ends
 }
 
 TaskInfo::~TaskInfo()
@@ -304,7 +304,7 @@ void TaskMgr::fromString(QString strTasks)
     try {
         for (size_t nPos = 0; nPos < vTask.size(); ++nPos) {
             addTask(vTask[nPos].get(), static_cast<int>(nPos));
-            vTask[nPos].release();
+            static_cast<void>(vTask[nPos].release());
         }
     } catch (...) {
         clear(); // none rather than some of them
