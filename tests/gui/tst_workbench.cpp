@@ -10,9 +10,11 @@
 #include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QSpinBox>
 #include <QTemporaryDir>
 #include <QTreeWidget>
 
+#include "arithmparammgr.h"
 #include "bench.h"
 #include "datatable.h"
 #include "operatormode.h"
@@ -31,7 +33,7 @@ private slots:
         m_strFile = makeFile(m_cFolder);
     }
 
-    /// From nothing to a flow that is saved, with the mouse alone.
+    /// From nothing to a flow that counts the coins and is saved, with the mouse and the guide's values.
     void buildsAFlow()
     {
         const QString strFile = m_cFolder.filePath("built.tasks");
@@ -40,16 +42,36 @@ private slots:
             QVERIFY(cBench.trigger("Add task"));
             const DialogUser::Act fnOK = DialogUser::press("btnOK");
             QVERIFY(isAnswered({DialogUser::set("edtName=picture"), useSource("Picture Folder"),
-                                DialogUser::set("Path=" + PICTURES), fnOK, fnOK},
+                                DialogUser::set("Path=" + PICTURES + "/coins.png"), fnOK, fnOK},
                                [&] { DialogUser::click(*cBench.page(), "source"); }));
-            for (const char *szAlgorithm : {"灰度化", "平滑", "二值化"})
-                QVERIFY(isAnswered({fnOK}, [&] { cBench.chooseAlgorithm(szAlgorithm); }));
-            QCOMPARE(cBench.stepNames(), "灰度化 平滑 二值化");
+            const std::pair<const char *, QMap<const char *, int>> aStep[] = {
+                {"灰度化", {}},
+                {"平滑", {{"Size", 5}}},
+                {"二值化", {{"Method", 2}, {"Block", 101}, {"Offset", 15}}},
+                {"斑点分析", {{"MinSize", 500}, {"MinCount", 24}, {"MaxCount", 24}}}};
+            for (const auto &[szAlgorithm, mapValue] : aStep) {
+                const auto fnSet = [&mapValue = mapValue](QWidget &cTop) {
+                    for (auto i = mapValue.begin(); i != mapValue.end(); ++i)
+                        if (auto *pcNumber = cTop.findChild<QSpinBox *>(i.key()))
+                            pcNumber->setValue(i.value());
+                        else
+                            cTop.findChild<QComboBox *>(i.key())->setCurrentIndex(i.value());
+                };
+                QVERIFY(
+                    isAnswered({fnSet, fnOK}, [&, szName = szAlgorithm] { cBench.chooseAlgorithm(szName); }));
+            }
+            QCOMPARE(cBench.stepNames(), "灰度化 平滑 二值化 斑点分析");
             QCOMPARE(cBench.action("Undo")->text(), "&Undo add step");
+            cBench.steps()->selectRow(3);
+            QVERIFY(cBench.trigger("Run to here"));
+            QVERIFY(
+                cBench.page()->task()->m_pcAPM->getParamStrings(1)->getStrings().value(0).startsWith("24 "));
+            for (int nStep = 0; nStep < 4; ++nStep)
+                cBench.steps()->item(nStep, 2)->setText({});
             cBench.steps()->selectRow(1);
             QVERIFY(cBench.trigger("Run to here"));
-            for (int nStep = 0; nStep < 3; ++nStep)
-                QCOMPARE(cBench.steps()->item(nStep, 2)->text().isEmpty(), nStep == 2);
+            for (int nStep = 0; nStep < 4; ++nStep)
+                QCOMPARE(cBench.steps()->item(nStep, 2)->text().isEmpty(), nStep >= 2);
             QVERIFY(cBench.isWindowModified());
             QVERIFY(isAnswered({chooseFile(strFile)}, [&] { cBench.trigger("Save"); }));
             QVERIFY(!cBench.isWindowModified());
@@ -57,7 +79,7 @@ private slots:
             QVERIFY(cBench.close());
         }
         Bench cBench(strFile);
-        QCOMPARE(cBench.stepNames(), "灰度化 平滑 二值化");
+        QCOMPARE(cBench.stepNames(), "灰度化 平滑 二值化 斑点分析");
         QCOMPARE(QString::fromUtf8(contents(strFile)), allTasks());
         QVERIFY(!cBench.isWindowModified());
         QVERIFY(!cBench.trigger("Undo"));
