@@ -106,11 +106,11 @@ qint64 steadyNs();
 
 /// Called last by the task's constructor.
 void createTaskRecord(TaskInfo *pcTask);
+/// Stops the task's thread, if it has one, and leaves the widgets alone.
+void stopThread(TaskInfo *pcTask);
 /// Called first by the task's destructor: stops the thread and waits until it touches the task no
 /// more.
 void stopForDestruction(TaskInfo *pcTask);
-/// Stops the task's thread, if it has one, and leaves the widgets alone.
-void stopThread(TaskInfo *pcTask);
 /// Its last part: waits for the latch and drops the record. When the process ends and the thread is
 /// still in, the task loses its source and its store to the thread.
 void forgetTaskRecord(TaskInfo *pcTask);
