@@ -47,7 +47,7 @@ QByteArray pngOfIcon(QFile &cFile, const QImageReader &cReader)
         return QByteArray();
     const quint32 nFile = qFromLittleEndian<quint32>(bytesAt(cFile, 18, 4).constData());
     const QByteArray achPng = bytesAt(cFile, nFile, 24);
-    return achPng.startsWith("\x89PNG") ? achPng : QByteArray();
+    return achPng.startsWith("\x89PNG\r\n\x1a\n") ? achPng : QByteArray();
 }
 
 /// The size that a reader tells. That of a BMP file whose rows run from the top down has a negative height.
@@ -90,8 +90,8 @@ bool fits(QSize cSize, bool bGrey)
     constexpr qint64 NEEDED = 8;       // bytes of a pixel while it is decoded and stored
     constexpr qint64 SMALL = 64 << 20; // bytes that need no asking
     const qint64 nWidth = cSize.width();
-    const qint64 nStored = (bGrey ? nWidth : (3 * nWidth + 3) & ~3) * cSize.height();
-    if (nStored > INT_MAX) // the store's limit
+    const qint64 nRow = bGrey ? nWidth : (3 * nWidth + 3) & ~3;
+    if (nRow > INT_MAX / qMax(1, cSize.height())) // the store's limit
         return false;
     const qint64 nNeeded = nWidth * cSize.height() * NEEDED;
     const qint64 nAvailable = nNeeded > SMALL ? availableMemory() : 0;

@@ -173,6 +173,10 @@ private slots:
             QByteArray::fromBase64("AAABAAEAAQEAAAEAIAA5AAAAFgAAAIlQTkcNChoKAAAADUlIRFIAAHUwAAB1MAEAAAAATlzF"
                                    "FwAAAAxJREFUeJxjYGBgAAAABAAB9hc4VQ=="),
             QString("30000 x 30000 pixels are too many"));
+        row("largest picture in an icon",
+            QByteArray::fromBase64("AAABAAEAAQEAAAEAIAA5AAAAFgAAAIlQTkcNChoKAAAADUlIRFJ/////f////wEAAAAATlzF"
+                                   "FwAAAAxJREFUeJxjYGBgAAAABAAB9hc4VQ=="),
+            QString("2147483647 x 2147483647 pixels are too many"));
         row("reads a pipe",
             "<svg xmlns='http://www.w3.org/2000/svg' xmlns:xlink='http://www.w3.org/1999/xlink'>"
             "<image width='9' height='9' xlink:href='" +
