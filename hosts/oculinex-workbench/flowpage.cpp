@@ -33,15 +33,6 @@ QString sourceName(const TaskInfo &cTask)
 }
 } // namespace
 
-void commitCell()
-{
-    // A cell's editor is a child of the viewport.
-    const QWidget *pcFocus = QApplication::focusWidget();
-    const QWidget *pcViewport = pcFocus ? pcFocus->parentWidget() : nullptr;
-    if (auto *pcView = pcViewport ? qobject_cast<QAbstractItemView *>(pcViewport->parentWidget()) : nullptr)
-        pcView->setFocus();
-}
-
 void showBusyCursor()
 {
     QApplication::setOverrideCursor(Qt::WaitCursor);

@@ -46,9 +46,6 @@ private:
     bool m_bAdding = false;   ///< a step, whose row isn't filled yet
 };
 
-/// Takes over what is being typed into a cell of a table, as leaving the cell does.
-void commitCell();
-
 /// Shows the busy cursor until events are handled again: a run on this thread is over by then, or a
 /// dialog is open.
 void showBusyCursor();

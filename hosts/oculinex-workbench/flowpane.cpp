@@ -1,7 +1,6 @@
 #include "flowpane.h"
 
 #include <QAction>
-#include <QApplication>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
@@ -9,6 +8,7 @@
 #include <QTableWidget>
 #include <QToolBar>
 
+#include "actions.h"
 #include "control.h"
 #include "document.h"
 #include "flowpage.h"
@@ -86,16 +86,8 @@ FlowPane::FlowPane(Document &cDocument, Control &cControl, QWidget *pcParent)
 QAction *FlowPane::addAction(const QString &strText, const QString &strTip, const QKeySequence &cKeys,
                              void (FlowPane::*fnDo)())
 {
-    auto *pcAction = new QAction(strText, this);
-    pcAction->setStatusTip(strTip);
-    pcAction->setToolTip(QStringLiteral("%1 (%2)").arg(strTip, cKeys.toString(QKeySequence::NativeText)));
-    pcAction->setShortcut(cKeys);
-    connect(pcAction, &QAction::triggered, this, [this, fnDo] {
-        commitCell();
-        (this->*fnDo)();
-    });
-    m_lstAction.append(pcAction);
-    return pcAction;
+    m_lstAction.append(makeAction(this, strText, strTip, cKeys, [this, fnDo] { (this->*fnDo)(); }));
+    return m_lstAction.last();
 }
 
 FlowPage *FlowPane::page() const

@@ -18,6 +18,7 @@
 #include <QToolBar>
 
 #include "OculinexQTStandAloneInQt.h"
+#include "actions.h"
 #include "flowpage.h"
 #include "flowpane.h"
 #include "icons.h"
@@ -123,16 +124,8 @@ MainWindow::~MainWindow()
 QAction *MainWindow::addAction(const QString &strText, const QIcon &cIcon, const QKeySequence &cKeys,
                                const QString &strTip, Slot fnDo)
 {
-    auto *pcAction = new QAction(cIcon, strText, this);
-    pcAction->setShortcut(cKeys);
-    pcAction->setStatusTip(strTip);
-    pcAction->setToolTip(
-        cKeys.isEmpty() ? strTip
-                        : QStringLiteral("%1 (%2)").arg(strTip, cKeys.toString(QKeySequence::NativeText)));
-    connect(pcAction, &QAction::triggered, this, [this, fnDo] {
-        commitCell();
-        (this->*fnDo)();
-    });
+    QAction *pcAction = makeAction(this, strText, strTip, cKeys, [this, fnDo] { (this->*fnDo)(); });
+    pcAction->setIcon(cIcon);
     return pcAction;
 }
 

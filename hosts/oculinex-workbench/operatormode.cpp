@@ -2,6 +2,7 @@
 
 #include <QAction>
 
+#include "actions.h"
 #include "control.h"
 #include "dlgoperator.h"
 #include "document.h"
@@ -18,18 +19,12 @@ OperatorMode::OperatorMode(Document &cDocument, const Control &cControl, const Q
       m_cLog(cLog),
       m_pcMain(pcMain)
 {
-    const auto fnAction = [&](const QString &strText, const QKeySequence &cKeys, const QString &strTip,
-                              const auto &fnDo) {
-        auto *const pcAction = new QAction(strText, this);
-        pcAction->setShortcut(cKeys);
-        pcAction->setStatusTip(strTip);
-        connect(pcAction, &QAction::triggered, this, fnDo);
-        m_lstAction.append(pcAction);
-    };
-    fnAction(tr("&Operator view"), QKeySequence(QStringLiteral("F11")),
-             tr("Show what the operator sees, on the whole screen"), [this] { open(); });
-    fnAction(tr("What the operator &sees…"), {}, tr("Choose view, verdict and settings of the operator view"),
-             [this] { configure(); });
+    m_lstAction = {makeAction(this, tr("&Operator view"),
+                              tr("Show what the operator sees, on the whole screen"),
+                              QKeySequence(QStringLiteral("F11")), [this] { open(); }),
+                   makeAction(this, tr("What the operator &sees…"),
+                              tr("Choose view, verdict and settings of the operator view"), {},
+                              [this] { configure(); })};
 }
 
 OperatorMode::~OperatorMode()

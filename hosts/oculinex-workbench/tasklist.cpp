@@ -9,6 +9,7 @@
 #include <QVBoxLayout>
 
 #include "OculinexQTStandAloneInQt.h"
+#include "actions.h"
 #include "control.h"
 #include "document.h"
 #include "icons.h"
@@ -118,15 +119,8 @@ void TaskList::fitColumns()
 QAction *TaskList::addAction(const QString &strText, const QString &strTip, const QKeySequence &cKeys,
                              void (TaskList::*fnDo)())
 {
-    auto *pcAction = new QAction(strText, this);
-    pcAction->setStatusTip(strTip);
-    pcAction->setToolTip(
-        cKeys.isEmpty() ? strTip
-                        : QStringLiteral("%1 (%2)").arg(strTip, cKeys.toString(QKeySequence::NativeText)));
-    pcAction->setShortcut(cKeys);
-    connect(pcAction, &QAction::triggered, this, fnDo);
-    m_lstAction.append(pcAction);
-    return pcAction;
+    m_lstAction.append(makeAction(this, strText, strTip, cKeys, [this, fnDo] { (this->*fnDo)(); }));
+    return m_lstAction.last();
 }
 
 int TaskList::current() const

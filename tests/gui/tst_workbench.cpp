@@ -128,11 +128,12 @@ private slots:
     /// What is still being typed into a cell counts, whatever is done next: here that a step is left out.
     void takesOverAnOpenCell_data()
     {
-        addRows("does           strKeys  strSaved\n"
-                "saves          Ctrl+S   yes\n"
-                "quits          Ctrl+Q   yes\n"
-                "runs to here   F6       no\n"
-                "runs           F7       no");
+        addRows("does           strKeys       strSaved\n"
+                "saves          Ctrl+S        yes\n"
+                "quits          Ctrl+Q        yes\n"
+                "runs to here   F6            no\n"
+                "runs           F7            no\n"
+                "duplicates     Ctrl+Shift+D  no");
     }
     void takesOverAnOpenCell()
     {
@@ -149,7 +150,9 @@ private slots:
         QTRY_VERIFY(cBench.control().isIdle());
         QVERIFY(!Fake::hasTraced("\na\n"));
         QCOMPARE(contents(m_strFile).contains("<-MaxExeTimes->0<"), strSaved == "yes");
-        QCOMPARE(Document::task(0)->m_lstArithm[0].m_nMaxExeTimes, 0);
+        const int nCopy = TaskMgr::getInstance()->getTaskNum() - 1;
+        for (int nTask : {0, strKeys == "Ctrl+Shift+D" ? nCopy : 0})
+            QCOMPARE(Document::task(nTask)->m_lstArithm[0].m_nMaxExeTimes, 0);
     }
 
     /// What is kept beside the tasks file follows its step through edits, and comes back with the file.
