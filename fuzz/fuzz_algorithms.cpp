@@ -34,6 +34,7 @@ void keepInside(ArithmParamMgr &cStore)
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *puchData, size_t nSize)
 {
+    constexpr int BUILT_IN = 4;
     constexpr int MAX_STEPS = 8;
     constexpr size_t MAX_CONFIG = 400;
     FuzzedDataProvider cData(puchData, nSize);
@@ -41,6 +42,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *puchData, size_t nSize)
     for (int nSteps = cData.ConsumeIntegralInRange<int>(1, MAX_STEPS); nSteps > 0; --nSteps)
         lstConfigs.append(QByteArray::fromStdString(cData.ConsumeRandomLengthString(MAX_CONFIG)));
     const auto &lstAlgorithms = *ArithmFactory::getInstance()->getArithms();
+    Fuzzing::require(lstAlgorithms.size() > BUILT_IN, "the plug-ins are beside the fuzzer");
     {
         ArithmParamMgr cStore;
         Fuzzing::fillStore(cData, cStore);

@@ -21,6 +21,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *puchData, size_t nSize)
     }();
     strConfig.replace(QLatin1String("FOLDER/"), s_strFolder);
 
+    Fuzzing::require(
+        DataSource::getInstance()->m_mapDataSourceInfo.contains(QStringLiteral("Picture Folder")),
+        "the plug-in is beside the fuzzer");
     ArithmParamMgr cStore;
     const std::unique_ptr<DataSource::DataSourceInstance> pcSource(
         DataSource::getInstance()->createDataSourceFromConfigString(&cStore, strConfig));
