@@ -96,7 +96,9 @@ void Soak::work(qint64 nUntilMs)
 void Soak::operate()
 {
     constexpr int RUNNING_MS = 3000;
-    constexpr int STOPPED_MS = 700; // the disk behind the stopped task runs full
+    // The disk behind the stopped task runs full, for far less than the second after which a picture is
+    // dropped.
+    constexpr int STOPPED_MS = 700;
     const int TASKS[] = {Tasks::INSPECT, Tasks::SECOND_LOOK, Tasks::GREY_CAMERA};
     if (m_cTimer.elapsed() < m_nNextMs)
         return;
@@ -138,9 +140,9 @@ void Soak::printRow(const Resources &cNow)
 
 bool Soak::judge(const Resources &cFirst, const Resources &cLast)
 {
-    bool bLost = false;
+    qint64 nLost = 0;
     bool bGood = true;
-    for (const QString &strLine : m_cTasks.account(bLost))
+    for (const QString &strLine : m_cTasks.account(nLost))
         puts(qPrintable(strLine));
     const auto fnTell = [&bGood](bool bHolds, const char *szWhat, qint64 nSeen, qint64 nAllowed) {
         printf("%-6s %s: %lld, allowed %lld\n", bHolds ? "good" : "BAD", szWhat, nSeen, nAllowed);
@@ -152,7 +154,7 @@ bool Soak::judge(const Resources &cFirst, const Resources &cLast)
     fnTell(cLast.m_nDescriptors == cFirst.m_nDescriptors, "open files", cLast.m_nDescriptors,
            cFirst.m_nDescriptors);
     fnTell(cLast.m_nThreads == cFirst.m_nThreads, "threads", cLast.m_nThreads, cFirst.m_nThreads);
-    fnTell(!bLost, "memory disks that lost a picture", bLost, 0);
+    fnTell(nLost == 0, "pictures that a memory disk lost", nLost, 0);
     const qint64 nSaved = m_cTasks.figures(Tasks::ARCHIVE).m_nFirst;
     fnTell(m_cArchive.count() == nSaved && m_cArchive.empty() == 0, "pictures saved whole",
            m_cArchive.count() - m_cArchive.empty(), nSaved);

@@ -17,7 +17,6 @@ struct Disk {
 const Disk DISKS[] = {{0, {Tasks::COLOUR_CAMERA}, {Tasks::INSPECT}},
                       {1, {Tasks::GREY_CAMERA}, {Tasks::MEASURE}},
                       {2, {Tasks::INSPECT}, {Tasks::ARCHIVE, Tasks::SECOND_LOOK}}};
-constexpr int FULL_MS = 1000; // a picture that finds no free buffer for so long is dropped
 
 bool isRunning(int nTask)
 {
@@ -100,8 +99,9 @@ Tasks::Figures Tasks::figures(int nTask) const
     return cFigures;
 }
 
-QStringList Tasks::account(bool &bLost) const
+QStringList Tasks::account(qint64 &nLost) const
 {
+    nLost = 0;
     QStringList lstLines;
     for (const Disk &cDisk : DISKS) {
         qint64 nIn = 0;
@@ -113,7 +113,7 @@ QStringList Tasks::account(bool &bLost) const
         }
         for (const int nTask : cDisk.m_vReaders)
             nOut += figures(nTask).m_nPictures;
-        bLost |= nIn != nOut && nWorstMs < FULL_MS;
+        nLost += qAbs(nIn - nOut);
         lstLines.append(
             QStringLiteral("memory disk %1: %2 pictures in, %3 out, longest wait for a free buffer %4 ms")
                 .arg(cDisk.m_nDisk)

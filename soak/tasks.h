@@ -28,8 +28,9 @@ public:
     void resume();
 
     Figures figures(int nTask) const;
-    /// One line for each memory disk, in a pause: pictures that went in and came out.
-    QStringList account(bool &bLost) const;
+    /// One line for each memory disk, in a pause: pictures that went in and came out. nLost is by how many
+    /// they differ, however long a writer waited: no stop of the operator keeps a disk full for a second.
+    QStringList account(qint64 &nLost) const;
 
 private:
     std::array<bool, COUNT> m_abStopped{};
