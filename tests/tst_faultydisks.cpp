@@ -69,8 +69,10 @@ private slots:
     {
         m_strDisk = m_cDir.filePath("outer/inner");
         QVERIFY(QDir(m_cDir.path()).mkdir("outer"));
+        QByteArray achPicture;
         for (int nTime = 0; nTime < 2; ++nTime) { // its last part is made anew
-            QVERIFY(save(nTime));
+            QVERIFY(save(0));
+            achPicture = contents("p0.bmp");
             QVERIFY(QDir(m_strDisk).removeRecursively());
         }
         QVERIFY(QDir(m_cDir.filePath("outer")).removeRecursively());
@@ -79,20 +81,40 @@ private slots:
         QVERIFY(!save(0));
         QCOMPARE(QString(saveTasksFile(file("new.tasks").data())), QString("save file failed."));
 
-        // While the step is in it, the directory goes and comes: every file that stands there is whole.
-        std::atomic<bool> bEnd{false};
+        // The directory goes and comes while pictures and the tasks file are saved into it: whatever stands
+        // there is whole.
+        TaskMgr::getInstance()->fromString("<=TaskInfo=><-TaskName->x</-TaskName-></=TaskInfo=>");
+        int nStood = 0;
+        const auto fnIsWhole = [&](const QByteArray &achFile, const QByteArray &achWhole) {
+            QFile cFile(achFile);
+            if (!cFile.open(QIODevice::ReadOnly))
+                return true;
+            ++nStood;
+            return cFile.readAll() == achWhole;
+        };
+        constexpr int TIMES = 500;
+        std::atomic<int> nTime{0};
         std::thread cRemover([&] {
-            while (!bEnd) {
+            for (int nGone = 0; nTime < TIMES; nGone = nTime) {
                 QDir(m_cDir.filePath("outer")).removeRecursively();
                 QDir().mkpath(m_strDisk);
+                while (nTime == nGone)
+                    std::this_thread::yield();
             }
         });
         const QtMessageHandler fnOld = qInstallMessageHandler([](auto...) {});
-        for (int nPicture = 0; nPicture < 500; ++nPicture)
-            save(nPicture);
+        int nBroken = 0;
+        for (; nTime < TIMES; ++nTime) {
+            TaskMgr::getInstance()->getTask(0)->m_strName.setNum(nTime);
+            save(0);
+            nBroken += !fnIsWhole(file("p0.bmp"), achPicture);
+            saveTasksFile(file("new.tasks").data());
+            nBroken += !fnIsWhole(file("new.tasks"), TaskMgr::getInstance()->toString().toUtf8());
+        }
         qInstallMessageHandler(fnOld);
-        bEnd = true;
         cRemover.join();
+        QCOMPARE(nBroken, 0);
+        QVERIFY(nStood > 0 && nStood < 2 * TIMES);
         QVERIFY(save(0));
         QCOMPARE(QImage(m_strDisk + "/p0.bmp").width(), 100);
     }
