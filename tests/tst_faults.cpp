@@ -54,10 +54,10 @@ QString step(const char *szID, const QString &strConfig, int nLimit = -1)
                                  tag("-OptionStr-", strConfig) + tag("-ArithmName-", szID));
 }
 
-QString drawing(int nType, const QString &strConfig)
+QString drawing(int nType, const QString &strConfig, int nID = 1)
 {
-    return step("KQ_Drawing",
-                tag("DataType", QString::number(nType)) + tag("DataID", "1") + tag("Config", strConfig));
+    return step("KQ_Drawing", tag("DataType", QString::number(nType)) + tag("DataID", QString::number(nID)) +
+                                  tag("Config", strConfig));
 }
 
 /// Qt, which does not survive a lack of memory while it makes its record of a thread, has made it
@@ -134,14 +134,19 @@ private slots:
         cPicture.fill(QColor(10, 200, 30));
         QVERIFY(cPicture.save(m_cIn.filePath("in.png")));
         QVERIFY(cPicture.save(m_cIn.filePath("in.jpg")));
+        QVERIFY(cPicture.save(m_cIn.filePath("in.bmp")));
+        enableTaskStatus(true);
         useDrawingWindow(0, 64, 48);
         useDrawingWindow(3, 64, 48);
-        for (bool bThread : {false, true}) // what is made once in a process
-            m_cGood = whole(bThread);
-        QCOMPARE(m_cGood.m_lstErrors, QStringList());
-        QCOMPARE(m_cGood.m_lstPrinted, QStringList({"seen", "stopped", "bye"}));
-        QCOMPARE(m_cGood.m_mapFiles.size(), size_t(3));
-        QVERIFY(m_cGood.m_achView.count('\0') < m_cGood.m_achView.size());
+        for (bool bThread : {false, true}) { // what is made once in a process, too
+            prepare(bThread);
+            run(bThread);
+            const Outcome &cGood = m_acGood[bThread] = taken();
+            QCOMPARE(cGood.m_lstErrors, QStringList());
+            QCOMPARE(cGood.m_lstPrinted, QStringList({"seen", "stopped", "bye"}));
+            QCOMPARE(cGood.m_mapFiles.size(), size_t(3));
+            QVERIFY(cGood.m_achView.count('\0') < cGood.m_achView.size());
+        }
     }
     void cleanupTestCase() { TaskMgr::deleteThis(); }
 
@@ -159,36 +164,36 @@ private slots:
     {
         QFETCH(bool, bThread);
         QFETCH(int, nMore);
+        const Outcome &cGood = m_acGood[bThread];
         int nErrors = 0;
         int nSkipped = 0;
         int nUnseen = 0;
         const auto fnCheck = [&](const QByteArray &achWhich) {
             const Outcome cFaulty = taken();
+            m_pcTask->m_pcAPM->snapshot(); // meets each parameter that is in the store
             QVERIFY2(cFaulty.m_lstErrors.size() <= 1, achWhich);
             for (const QString &strError : cFaulty.m_lstErrors)
                 QVERIFY2(strError.contains("bad_alloc"), achWhich + ": " + strError.toUtf8());
             for (const auto &[strFile, achFile] : cFaulty.m_mapFiles)
                 QVERIFY2(strFile == "view.png" ? !QImage::fromData(achFile).isNull()
-                                               : achFile == m_cGood.m_mapFiles.at(strFile),
+                                               : achFile == cGood.m_mapFiles.at(strFile),
                          achWhich + " breaks " + strFile.toUtf8());
-            ++(!cFaulty.m_lstErrors.isEmpty() ? nErrors
-               : cFaulty.m_mapFiles != m_cGood.m_mapFiles || cFaulty.m_achView != m_cGood.m_achView
-                   ? nSkipped
-                   : nUnseen);
+            ++(!cFaulty.m_lstErrors.isEmpty()                                                   ? nErrors
+               : cFaulty.m_mapFiles != cGood.m_mapFiles || cFaulty.m_achView != cGood.m_achView ? nSkipped
+                                                                                                : nUnseen);
             // The same task runs again as if nothing had been.
             cool();
             run(bThread);
             const Outcome cAgain = taken();
-            QVERIFY2(cAgain.m_lstErrors.isEmpty() && cAgain.m_lstPrinted == m_cGood.m_lstPrinted, achWhich);
-            QVERIFY2(cAgain.m_mapFiles == m_cGood.m_mapFiles && cAgain.m_achView == m_cGood.m_achView,
-                     achWhich);
+            QVERIFY2(cAgain.m_lstErrors.isEmpty() && cAgain.m_lstPrinted == cGood.m_lstPrinted, achWhich);
+            QVERIFY2(cAgain.m_mapFiles == cGood.m_mapFiles && cAgain.m_achView == cGood.m_achView, achWhich);
             for (int nDisk : {0, 1}) {
                 QCOMPARE(MemoryDisk::getInstance(nDisk)->getDIBIdleNum(), MemoryDisk::DISK_NUM);
                 QCOMPARE(MemoryDisk::getInstance(nDisk)->getGray8IdleNum(), MemoryDisk::DISK_NUM);
             }
         };
         failEach(
-            nMore, [&] { prepare(); }, [&] { run(bThread); }, fnCheck);
+            nMore, [&] { prepare(bThread); }, [&] { run(bThread); }, fnCheck);
         QVERIFY(nErrors > 50 && nSkipped > 3);
         qInfo("%d allocations failed: %d runs ended with an error text, %d skipped a picture, %d went on",
               nErrors + nSkipped + nUnseen, nErrors, nSkipped, nUnseen);
@@ -335,11 +340,12 @@ private slots:
     }
 
 private:
-    /// A task as new, with nothing in reserve.
-    void prepare()
+    /// A task as new, with nothing in reserve. Its camera is a colour or a grey one, since a run has one
+    /// source.
+    void prepare(bool bColour = false)
     {
         const QString strSource = tag("DSName", "Memory Disk 0") + tag("OutputName", "camera") +
-                                  tag("OutputType", "Gray8") + tag("OutputID", "1");
+                                  tag("OutputType", bColour ? "RGB" : "Gray8") + tag("OutputID", "3");
         const QString strSave = tag("BasePath", m_cOut.path()) + tag("Identity", "2");
         const QString strLoad =
             tag("FilePath", m_cIn.filePath("in.%1")) + tag("BeGray", "%2") + tag("OutputName", "loaded");
@@ -349,13 +355,16 @@ private:
             "=TaskInfo=",
             tag("-TaskName-", "faulty") + tag("-DataSource-", strSource) +
                 step("KQ_Loading", strLoad.arg("png", "0") + tag("PicID", "1")) +
-                step("KQ_Loading", strLoad.arg("jpg", "1") + tag("PicID", "2")) +
+                step("KQ_Loading", strLoad.arg("jpg", "1") + tag("PicID", "1")) +
+                step("KQ_Loading", strLoad.arg("bmp", "0") + tag("PicID", "2")) +
                 step("KQ_MemoryDisk", strHandOver.arg("RGB")) +
                 step("KQ_MemoryDisk", strHandOver.arg("Gray8")) +
                 step("probe", tag("Trace", "1") + tag("Text", "drawn.far.beyond")) +
-                drawing(0, tag("Scale", "3")) + drawing(3, tag("Size", "3") + tag("Color", "-65536")) +
+                drawing(0, tag("Scale", "1")) + drawing(bColour ? 0 : 1, tag("Scale", "2"), 3) +
+                drawing(3, tag("Size", "3") + tag("Color", "-65536")) +
                 step("KQ_Saving", strSave + tag("StringID", "view") + tag("Format", "1") + tag("Wnd", "0")) +
-                drawing(0, tag("Scale", "3")) + drawing(1, strOverlay) + drawing(3, tag("Size", "3")) +
+                drawing(0, tag("Scale", "3")) + drawing(1, strOverlay) + drawing(2, tag("Scale", "2")) +
+                drawing(3, tag("Size", "3")) + drawing(3, tag("Size", "0")) +
                 drawing(4, tag("Size", "2") + tag("DspLen", "1")) + drawing(5, tag("BorderSize", "2")) +
                 drawing(6, tag("DspArea", "1")) + drawing(7, tag("Pos", "5,5")) +
                 step("KQ_Saving", strSave + tag("StringID", "1") + tag("IsStringID", "1") +
@@ -377,6 +386,7 @@ private:
         m_pcTask = TaskMgr::getInstance()->getTask(0);
         ArithmParamMgr &cStore = *m_pcTask->m_pcAPM;
         cStore.clean();
+        cStore.getParamGray16(1)->resize(8, 8);
         cStore.getParamPoints(1)->addPoint({5, 5});
         cStore.getParamLines(1)->addLine({1, 1, 30, 20});
         cStore.getParamPolys(1)->addPoly({{{1, 1}, {30, 1}, {30, 20}}});
@@ -394,9 +404,11 @@ private:
         unsigned char uchPixel = 0;
         for (int nSmall = 0; nSmall < 8; ++nSmall)
             vSmall.push_back(std::make_unique<Drawing::Gray8DrawingOpt>(1, &uchPixel, 1, 1));
-        std::vector<unsigned char> vPixels(SIDE * SIDE, 90);
-        for (int nPicture = 0; nPicture < MemoryDisk::DISK_NUM; ++nPicture) // some may be skipped
+        std::vector<unsigned char> vPixels(SIDE * (SIDE + 1) * 3, 90);
+        for (int nPicture = 0; nPicture < MemoryDisk::DISK_NUM; ++nPicture) { // some may be skipped
+            MemoryDisk::getInstance(0)->addDIB(vPixels.data(), SIDE, SIDE);
             MemoryDisk::getInstance(0)->addGray8(vPixels.data(), SIDE, SIDE);
+        }
     }
 
     /// One run, and what the host then sees.
@@ -436,18 +448,11 @@ private:
         return cOutcome;
     }
 
-    Outcome whole(bool bThread)
-    {
-        prepare();
-        run(bThread);
-        return taken();
-    }
-
     const QTemporaryDir m_cIn;
     const QTemporaryDir m_cOut;
     QImage m_cView{64, 48, QImage::Format_RGB888};
     TaskInfo *m_pcTask = nullptr;
-    Outcome m_cGood;
+    Outcome m_acGood[2]; ///< on the caller's thread and on its own
 };
 
 QTEST_MAIN(TestFaults)
