@@ -15,17 +15,39 @@
 namespace
 {
 enum Column { Setting, Name, Min, Max, Value, ColumnNum };
-enum Role { PickRole = Qt::UserRole, TaskRole, StepRole };
+enum Role { PickRole = Qt::UserRole, TaskRole, StepRole, LimitsRole, ValueRole };
 
 /// As the author left it: ticked, with a name and a range of his own.
 OperatorPick pickOf(const QTreeWidgetItem &cItem)
 {
     OperatorPick cPick = OperatorPick::fromJson(cItem.data(Setting, PickRole).toJsonObject());
     cPick.m_strName = cItem.text(Name);
-    cPick.m_dMin = cItem.text(Min).toDouble();
-    cPick.m_dMax = cItem.text(Max).toDouble();
+    bool bNumber = false;
+    cPick.m_dMin = pickNumber(cItem.text(Min), bNumber);
+    cPick.m_dMax = pickNumber(cItem.text(Max), bNumber);
     cPick.roundRange();
     return cPick;
+}
+
+/// Why the author can't leave it so; empty if he can.
+QString faultOf(const QTreeWidgetItem &cItem)
+{
+    bool bMin = false;
+    bool bMax = false;
+    const QString strTag = cItem.text(Setting);
+    const bool bOrdered = pickNumber(cItem.text(Min), bMin) <= pickNumber(cItem.text(Max), bMax);
+    if (!bMin || !bMax || !bOrdered || cItem.text(Name).trimmed().isEmpty())
+        return DlgOperator::tr("%1 needs a name and a range of two numbers.").arg(strTag);
+    const OperatorPick cPick = pickOf(cItem);
+    const QVariantList lstLimit = cItem.data(Setting, LimitsRole).toList();
+    if (!lstLimit.isEmpty() &&
+        (cPick.m_dMin < lstLimit[0].toDouble() || cPick.m_dMax > lstLimit[1].toDouble()))
+        return DlgOperator::tr("%1: the step takes numbers from %2 to %3 only.")
+            .arg(strTag, pickText(lstLimit[0].toDouble()), pickText(lstLimit[1].toDouble()));
+    if (!cPick.holds(cItem.data(Setting, ValueRole).toDouble()))
+        return DlgOperator::tr("%1: the range has to hold the present number, %2.")
+            .arg(strTag, cItem.text(Value));
+    return {};
 }
 } // namespace
 
@@ -101,12 +123,16 @@ void DlgOperator::fillSteps(const OperatorSetup &cSetup)
                         return cPick.m_strTag.compare(cOffered.m_strTag, Qt::CaseInsensitive) == 0;
                     });
                 const bool bChosen = itChosen != lstChosen.end();
-                const OperatorPick &cPick = bChosen ? *itChosen : cOffered;
-                auto *const pcRow = new QTreeWidgetItem(
-                    pcStepRow, {cPick.m_strTag, cPick.m_strName, QString::number(cPick.m_dMin, 'g', 12),
-                                QString::number(cPick.m_dMax, 'g', 12),
-                                QString::number(cPick.value(cStep.m_strOptionStr), 'g', 12)});
+                OperatorPick cPick = bChosen ? *itChosen : cOffered;
+                cPick.m_nDecimals = std::max(cPick.m_nDecimals, cOffered.m_nDecimals);
+                const double dValue = cPick.value(cStep.m_strOptionStr);
+                auto *const pcRow =
+                    new QTreeWidgetItem(pcStepRow, {cPick.m_strTag, cPick.m_strName, pickText(cPick.m_dMin),
+                                                    pickText(cPick.m_dMax), pickText(dValue)});
                 pcRow->setData(Setting, PickRole, cPick.toJson());
+                pcRow->setData(Setting, ValueRole, dValue);
+                if (cOffered.m_bSure)
+                    pcRow->setData(Setting, LimitsRole, QVariantList{cOffered.m_dMin, cOffered.m_dMax});
                 pcRow->setData(Setting, TaskRole, nTask);
                 pcRow->setData(Setting, StepRole, nStep);
                 pcRow->setCheckState(Setting, bChosen ? Qt::Checked : Qt::Unchecked);
@@ -150,15 +176,11 @@ OperatorSetup DlgOperator::setup() const
 void DlgOperator::check()
 {
     for (QTreeWidgetItemIterator iItem(m_pcSteps, QTreeWidgetItemIterator::Checked); *iItem; ++iItem) {
-        bool bMin = false;
-        bool bMax = false;
-        const double dMin = (*iItem)->text(Min).toDouble(&bMin);
-        const double dMax = (*iItem)->text(Max).toDouble(&bMax);
-        if (bMin && bMax && dMin <= dMax && !(*iItem)->text(Name).trimmed().isEmpty())
+        const QString strFault = faultOf(**iItem);
+        if (strFault.isEmpty())
             continue;
         m_pcSteps->setCurrentItem(*iItem);
-        QMessageBox::warning(this, windowTitle(),
-                             tr("%1 needs a name and a range of two numbers.").arg((*iItem)->text(Setting)));
+        QMessageBox::warning(this, windowTitle(), strFault);
         return;
     }
     accept();

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include <QCoreApplication>
 #include <QLocale>
 #include <QRegularExpression>
 
@@ -11,7 +12,11 @@
 
 namespace
 {
-constexpr int MAX_DECIMALS = 9;
+
+QString noLimit()
+{
+    return QCoreApplication::translate("OperatorPick", "no limit");
+}
 
 /// To so many decimals, but never out of the range that the end belongs to.
 double rounded(double dEnd, int nDecimals, bool bUp)
@@ -36,7 +41,7 @@ OperatorPick OperatorPick::fromJson(const QJsonObject &cJson)
     cPick.m_strName = cJson["name"].toString();
     cPick.m_dMin = cJson["min"].toDouble();
     cPick.m_dMax = cJson["max"].toDouble();
-    cPick.m_nDecimals = std::clamp(cJson["decimals"].toInt(), 0, MAX_DECIMALS);
+    cPick.m_nDecimals = std::clamp(cJson["decimals"].toInt(), 0, OperatorPick::MAX_DECIMALS);
     cPick.m_bOdd = cJson["odd"].toBool();
     cPick.m_dInitial = cJson["initial"].toDouble();
     cPick.roundRange();
@@ -53,7 +58,7 @@ double OperatorPick::value(const QString &strConfig) const
 {
     bool bNumber = false;
     const double dValue = rawConfigValue(strConfig, m_strTag).toDouble(&bNumber);
-    return bNumber ? dValue : m_dInitial;
+    return bNumber && std::isfinite(dValue) ? dValue : m_dInitial;
 }
 
 void OperatorPick::setValue(QString &strConfig, double dValue) const
@@ -71,6 +76,21 @@ void OperatorPick::setValue(QString &strConfig, double dValue) const
         strConfig.replace(nBody, nEnd - nBody, strValue);
     else if (nBegin < 0 && nEnd < 0)
         strConfig += strBegin + strValue + strEnd;
+}
+
+QString pickText(double dNumber)
+{
+    return dNumber == OperatorPick::NO_LIMIT ? noLimit()
+                                             : QString::number(dNumber, 'g', QLocale::FloatingPointShortest);
+}
+
+double pickNumber(const QString &strText, bool &bNumber)
+{
+    if ((bNumber = strText.trimmed() == noLimit()))
+        return OperatorPick::NO_LIMIT;
+    const double dNumber = strText.toDouble(&bNumber);
+    bNumber = bNumber && std::isfinite(dNumber);
+    return dNumber;
 }
 
 QJsonObject OperatorSetup::toJson() const
@@ -104,10 +124,11 @@ QList<OperatorPick> pickableNumbers(const QString &strArithmID, const QString &s
         cPick.m_dMin = cSetting.m_dMin;
         cPick.m_dMax = cSetting.m_dMax;
         cPick.m_bOdd = cSetting.m_bOdd;
+        cPick.m_bSure = true;
         cPick.m_dInitial = cSetting.m_strInitial.toDouble();
         if (bReal)
             cPick.m_nDecimals = Plugin::RealBox::decimalsFor(
-                {cPick.m_dMin, cPick.m_dInitial, cPick.value(strConfig)}, 3, MAX_DECIMALS);
+                {cPick.m_dMin, cPick.m_dInitial, cPick.value(strConfig)}, 3, OperatorPick::MAX_DECIMALS);
         cPick.roundRange();
         lstPick.append(cPick);
     }
@@ -120,7 +141,7 @@ QList<OperatorPick> pickableNumbers(const QString &strArithmID, const QString &s
         OperatorPick cPick;
         cPick.m_strTag = cPick.m_strName = cMatch.captured(1);
         cPick.m_dInitial = cMatch.captured(2).toDouble();
-        cPick.m_nDecimals = std::min(MAX_DECIMALS, cMatch.capturedLength(3));
+        cPick.m_nDecimals = std::min(OperatorPick::MAX_DECIMALS, cMatch.capturedLength(3));
         cPick.m_dMin = std::min(0.0, cPick.m_dInitial);
         cPick.m_dMax = std::max(100.0, cPick.m_dInitial);
         lstPick.append(cPick);

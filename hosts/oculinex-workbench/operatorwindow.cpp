@@ -13,6 +13,7 @@
 #include <QScrollArea>
 
 #include "OculinexQTStandAloneInQt.h"
+#include "sdk/window/numberbox.h"
 #include "sdk/window/pictureview.h"
 #include "taskMgr/taskMgr.h"
 
@@ -21,6 +22,29 @@ namespace
 constexpr int LOOK_INTERVAL = 100; // ms
 constexpr int LINES = 32;          // of text that fit below each other, without the settings
 constexpr int SIDE_PERCENT = 27;   // of the width, for the column beside the picture
+
+/// Shows the largest integer of all as "no limit".
+class PickBox : public QDoubleSpinBox
+{
+public:
+    using QDoubleSpinBox::QDoubleSpinBox;
+
+    QString textFromValue(double dValue) const override
+    {
+        return dValue == OperatorPick::NO_LIMIT ? pickText(dValue) : QDoubleSpinBox::textFromValue(dValue);
+    }
+    double valueFromText(const QString &strText) const override
+    {
+        return isNoLimit(strText) ? OperatorPick::NO_LIMIT : QDoubleSpinBox::valueFromText(strText);
+    }
+    QValidator::State validate(QString &strText, int &nPos) const override
+    {
+        return isNoLimit(strText) ? QValidator::Acceptable : QDoubleSpinBox::validate(strText, nPos);
+    }
+
+private:
+    static bool isNoLimit(const QString &strText) { return strText == pickText(OperatorPick::NO_LIMIT); }
+};
 
 bool anyTaskRuns()
 {
@@ -95,15 +119,12 @@ OperatorWindow::OperatorWindow(const OperatorSetup &cSetup, QWidget *pcParent)
     pcFields->setRowWrapPolicy(QFormLayout::WrapLongRows);
     for (const OperatorSetup::Step &cStep : m_cSetup.m_lstStep) {
         for (const OperatorPick &cPick : cStep.m_lstPick) {
-            auto *const pcBox = new QDoubleSpinBox(pcFieldBox);
+            auto *const pcBox = new PickBox(pcFieldBox);
             pcBox->setObjectName(cPick.m_strTag);
-            pcBox->setDecimals(cPick.m_nDecimals);
-            pcBox->setRange(cPick.m_dMin, cPick.m_dMax);
             pcBox->setSingleStep(cPick.m_bOdd ? 2 : std::pow(10, -cPick.m_nDecimals));
             pcBox->setKeyboardTracking(false);
             pcBox->setToolTip(tr("%1 to %2; can be changed while the task stands still")
-                                  .arg(cPick.m_dMin)
-                                  .arg(cPick.m_dMax));
+                                  .arg(pickText(cPick.m_dMin), pickText(cPick.m_dMax)));
             auto *const pcName = new QLabel(cPick.m_strName);
             pcName->setTextFormat(Qt::PlainText);
             pcFields->addRow(pcName, pcBox);
@@ -194,10 +215,21 @@ void OperatorWindow::look()
         cField.m_pcBox->setEnabled(bThere && !bRuns && !m_bBusy);
         if (!bThere || cField.m_pcBox->hasFocus())
             continue;
-        const QSignalBlocker cBlocker(cField.m_pcBox);
-        const QList<TaskItem> &lstStep = pcTask->getTaskItem();
-        cField.m_pcBox->setValue(cField.m_cPick.value(lstStep[cField.m_nStep].m_strOptionStr));
+        showField(cField);
     }
+}
+
+/// As the flow has it, also what nobody could set here.
+void OperatorWindow::showField(const Field &cField)
+{
+    TaskInfo *const pcTask = TaskMgr::getInstance()->getTask(cField.m_nTask);
+    const OperatorPick &cPick = cField.m_cPick;
+    const double dValue = cPick.value(qAsConst(*pcTask).m_lstArithm[cField.m_nStep].m_strOptionStr);
+    const QSignalBlocker cBlocker(cField.m_pcBox);
+    cField.m_pcBox->setDecimals(
+        Plugin::RealBox::decimalsFor({dValue}, cPick.m_nDecimals, OperatorPick::MAX_DECIMALS));
+    cField.m_pcBox->setRange(std::min(cPick.m_dMin, dValue), std::max(cPick.m_dMax, dValue));
+    cField.m_pcBox->setValue(dValue);
 }
 
 void OperatorWindow::judge(Verdict eVerdict, const QString &strWhy)
@@ -222,6 +254,7 @@ void OperatorWindow::applyField(const Field &cField, double dValue)
     if (!pcTask || m_bBusy || pcTask->IsRunning() || cField.m_nStep >= pcTask->getTaskItem().size())
         return;
     cField.m_cPick.setValue(pcTask->getTaskItem()[cField.m_nStep].m_strOptionStr, dValue);
+    showField(cField); // brought into the range, perhaps
     emit edited(cField.m_nTask, tr("Set %1").arg(cField.m_cPick.m_strName));
 }
 

@@ -55,6 +55,7 @@ private:
     };
 
     void look();
+    void showField(const Field &cField);
     void judge(Verdict eVerdict, const QString &strWhy);
     void applyField(const Field &cField, double dValue);
     void fit();

@@ -5,8 +5,10 @@
 #include <QClipboard>
 #include <QComboBox>
 #include <QFileDialog>
+#include <QImageWriter>
 #include <QLabel>
 #include <QMessageBox>
+#include <QSaveFile>
 #include <QToolBar>
 #include <QVBoxLayout>
 
@@ -125,16 +127,21 @@ void ViewPane::savePicture()
     const QImage cPicture = picture(); // as it is now, not when the name is found
     if (cPicture.isNull())
         return;
-    QString strFile =
-        QFileDialog::getSaveFileName(this, tr("Save view %1").arg(m_nView), tr("view%1.png").arg(m_nView),
-                                     tr("Pictures (*.png *.jpg *.bmp)"));
-    if (strFile.isEmpty())
+    const QString strTitle = tr("Save view %1").arg(m_nView);
+    QFileDialog cDialog(this, strTitle, QString(), tr("Pictures (*.png *.jpg *.bmp)"));
+    cDialog.setAcceptMode(QFileDialog::AcceptSave);
+    cDialog.setDefaultSuffix(QStringLiteral("png")); // before the dialog looks for what is there already
+    cDialog.selectFile(tr("view%1.png").arg(m_nView));
+    if (cDialog.exec() != QDialog::Accepted)
         return;
-    if (QFileInfo(strFile).suffix().isEmpty())
-        strFile += QStringLiteral(".png");
-    if (!cPicture.save(strFile))
-        QMessageBox::warning(this, tr("Save view %1").arg(m_nView),
-                             tr("%1 could not be written.").arg(strFile));
+    const QString strFile = cDialog.selectedFiles().constFirst();
+    QSaveFile cFile(strFile); // what is there already stays until the picture is whole
+    QImageWriter cWriter(&cFile, QFileInfo(strFile).suffix().toLatin1());
+    if (!cFile.open(QFile::WriteOnly) || !cWriter.write(cPicture) || !cFile.commit())
+        QMessageBox::warning(
+            this, strTitle,
+            tr("%1 could not be written: %2")
+                .arg(strFile, cFile.error() == QFile::NoError ? cWriter.errorString() : cFile.errorString()));
 }
 
 void ViewPane::copyPicture()

@@ -3,6 +3,7 @@
 #include <thread>
 
 #include <QApplication>
+#include <QDoubleSpinBox>
 #include <QLabel>
 #include <QLoggingCategory>
 #include <QTableWidget>
@@ -83,6 +84,18 @@ private slots:
             isAnswered({chooseFile(cFolder.filePath("view"))}, [&] { DialogUser::click(cPane, "btnSave"); }));
         QCOMPARE(QImage(cFolder.filePath("view.png")).convertToFormat(QImage::Format_RGB888),
                  cPane.picture());
+        // What has the completed name already is asked for.
+        write(cFolder.filePath("old.png"), "precious");
+        const auto fnSaveAsOld = chooseFile(cFolder.filePath("old"));
+        const auto fnLeave = [](QWidget &cTop) { cTop.close(); };
+        QVERIFY(isAnswered({fnSaveAsOld, pressButton("No"), fnLeave},
+                           [&] { DialogUser::click(cPane, "btnSave"); }));
+        QCOMPARE(contents(cFolder.filePath("old.png")), "precious");
+        // Why it can't be.
+        QString strBox;
+        QVERIFY(isAnswered({chooseFile(cFolder.filePath("view.txt")), DialogUser::read(strBox)},
+                           [&] { DialogUser::click(cPane, "btnSave"); }));
+        QVERIFY2(strBox.contains("view.txt could not be written: Unsupported"), qPrintable(strBox));
     }
 
     void logKeepsWhatAllThreadsSay()
@@ -195,6 +208,43 @@ private slots:
         QTest::qWait(250); // two more looks count nothing twice
         QCOMPARE(fnText("lblGood") + ' ' + fnText("lblBad"), strCounts);
         QCOMPARE(fnText("lblVerdict"), strVerdict);
+    }
+
+    /// What nobody could set here is shown all the same, and what is typed is shown as the flow took it.
+    void operatorSeesTheFlow_data()
+    {
+        addRows("case         strLevel  strShown    strTyped  strTaken\n"
+                "beyond       200       200         199       49\n"
+                "below        -7        -7          0         11\n"
+                "fine         40.25     40.25       20        21\n"
+                "without end  2147483647  no limit  12        13");
+    }
+    void operatorSeesTheFlow()
+    {
+        QFETCH(QString, strLevel);
+        QFETCH(QString, strShown);
+        QFETCH(QString, strTyped);
+        QFETCH(QString, strTaken);
+        Fake::reset();
+        auto *pcTask = new Fake::Task("<Level>" + strLevel + "</Level>");
+        TaskMgr::getInstance()->addTask(pcTask, 0);
+        OperatorPick cPick;
+        cPick.m_strTag = "Level";
+        cPick.m_dMin = 10;
+        cPick.m_dMax = 50;
+        cPick.m_bOdd = true;
+        OperatorSetup cSetup;
+        cSetup.m_lstStep = {{0, 0, {cPick}}};
+        OperatorWindow cWindow(cSetup);
+        cWindow.show();
+        auto *pcBox = cWindow.findChild<QDoubleSpinBox *>("Level");
+        QCOMPARE(pcBox->text(), strShown);
+        pcBox->setFocus();
+        pcBox->selectAll();
+        QTest::keyClicks(pcBox, strTyped);
+        QTest::keyClick(pcBox, Qt::Key_Return);
+        QCOMPARE(pcTask->m_lstArithm[0].m_strOptionStr, "<Level>" + strTaken + "</Level>");
+        QCOMPARE(pcBox->text(), strTaken);
     }
 
     void picksKeepTheirRange()

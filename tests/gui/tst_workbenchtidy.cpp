@@ -2,9 +2,12 @@
 
 #include <QtTest>
 
+#include <QDialogButtonBox>
 #include <QDockWidget>
+#include <QPushButton>
 #include <QSettings>
 #include <QTemporaryDir>
+#include <QTreeWidget>
 
 #include "DataSource/datasource.h"
 #include "DataSource/dlgdatasourceconfig.h"
@@ -15,6 +18,7 @@
 #include "SaveFile/dlgsavefile.h"
 #include "SaveFile/dlgselectpic.h"
 #include "bench.h"
+#include "datatable.h"
 #include "dlgoperator.h"
 #include "language.h"
 #include "operatormode.h"
@@ -118,6 +122,45 @@ private slots:
             if (cPick.m_strTag == "Quality")
                 cPick.setValue(strConfig, 0);
         QCOMPARE(strConfig, "<Quality>0.0001</Quality>");
+    }
+
+    /// The author offers no number that the step refuses, and none that hides the present one.
+    void authorPicksARange_data()
+    {
+        addRows(
+            "case               strTag   strMin  strMax      strBox\n"
+            "as offered         Offset   -       -           -\n"
+            "narrower           Block    3       201         -\n"
+            "beyond the step's  Block    1       201         What the operator sees: Block: the step takes\n"
+            "past the present   Block    3       99          Block: the range has to hold the present "
+            "number, 101.\n"
+            "no number          MinSize  few     -           MinSize needs a name and a range\n"
+            "without end        MaxSize  0       no limit    -");
+    }
+    void authorPicksARange()
+    {
+        QFETCH(QString, strTag);
+        QFETCH(QString, strMin);
+        QFETCH(QString, strMax);
+        QFETCH(QString, strBox);
+        chooseLanguage("en");
+        Bench cBench(COINS);
+        DlgOperator cDialog(cBench.document().operatorSetup());
+        const auto lstRow = cDialog.findChild<QTreeWidget *>("steps")->findItems(
+            strTag, Qt::MatchExactly | Qt::MatchRecursive);
+        QTreeWidgetItem *pcRow = lstRow.value(0);
+        QVERIFY(pcRow);
+        pcRow->setCheckState(0, Qt::Checked);
+        if (!strMin.isEmpty())
+            pcRow->setText(2, strMin);
+        if (!strMax.isEmpty())
+            pcRow->setText(3, strMax);
+        QString strTold;
+        const std::list<DialogUser::Act> lstAct(strBox.isEmpty() ? 0 : 1, DialogUser::read(strTold));
+        QVERIFY(isAnswered(
+            lstAct, [&] { cDialog.findChild<QDialogButtonBox *>()->button(QDialogButtonBox::Ok)->click(); }));
+        QVERIFY2(strTold.contains(strBox), qPrintable(strTold));
+        QCOMPARE(cDialog.result() == QDialog::Accepted, strBox.isEmpty());
     }
 
     void dialogs_data() { languages(); }

@@ -59,6 +59,14 @@
         <source>%1 needs a name and a range of two numbers.</source>
         <translation>%1 需要名称和由两个数字给出的范围。</translation>
     </message>
+    <message>
+        <source>%1: the step takes numbers from %2 to %3 only.</source>
+        <translation>%1：步骤只接受 %2 到 %3 的数值。</translation>
+    </message>
+    <message>
+        <source>%1: the range has to hold the present number, %2.</source>
+        <translation>%1：范围必须包含当前值 %2。</translation>
+    </message>
 </context>
 <context>
     <name>Document</name>
@@ -1031,8 +1039,8 @@ Add one in the list of tasks, or open a tasks file.</source>
         <translation>图像 (*.png *.jpg *.bmp)</translation>
     </message>
     <message>
-        <source>%1 could not be written.</source>
-        <translation>%1 无法写入。</translation>
+        <source>%1 could not be written: %2</source>
+        <translation>%1 无法写入：%2</translation>
     </message>
     <message>
         <source>No picture yet</source>
@@ -1041,6 +1049,13 @@ Add one in the list of tasks, or open a tasks file.</source>
     <message>
         <source>%1, %2: red %3, green %4, blue %5</source>
         <translation>%1, %2：红 %3，绿 %4，蓝 %5</translation>
+    </message>
+</context>
+<context>
+    <name>OperatorPick</name>
+    <message>
+        <source>no limit</source>
+        <translation>不限</translation>
     </message>
 </context>
 </TS>
