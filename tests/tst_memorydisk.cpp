@@ -38,9 +38,9 @@ QByteArray writerConfig(int nDisk, int nID, const char *szType)
 
 std::atomic<int> gnNextInstance{1}; // an instance belongs to one thread
 
-/// Producers that number their pictures, and sources that come and go and note what they get.
-/// Returns what was wrong.
-QString traffic()
+/// Producers that number their pictures, and sources that come and go and note what they get; where
+/// bEmptied, the producers empty the memory disk now and then. Returns what was wrong.
+QString traffic(bool bEmptied)
 {
     constexpr int PRODUCERS = 3;
     constexpr int CONSUMERS = 2;
@@ -48,23 +48,32 @@ QString traffic()
     constexpr int WIDTH = 256;      // bytes
     MemoryDisk &cDisk = *MemoryDisk::getInstance(2);
     std::atomic<int> nFaults{0};
-    std::atomic<int> nLeft{PRODUCERS * PICTURES};
+    std::atomic<int> nProducing{PRODUCERS};
     int anLast[CONSUMERS][PRODUCERS] = {};  // each consumer gets a producer's pictures in order,
     std::atomic<int> anSum[PRODUCERS] = {}; // and all together get each once
+    const auto add = [&](int nProducer, int nNumber) {
+        const int nHeight = 1 + nNumber % 4;
+        QVector<int> lstPicture(WIDTH * nHeight / 4, nNumber);
+        lstPicture[0] = nProducer;
+        QElapsedTimer cWaited;
+        cWaited.start();
+        while (!cDisk.addGray8(reinterpret_cast<unsigned char *>(lstPicture.data()), WIDTH, nHeight))
+            nFaults += cWaited.restart() < 999; // nobody took a picture for so long, or one is lost
+        for (int nCount : counts(cDisk))
+            nFaults += nCount < 0 || nCount > 6;
+    };
     const auto produce = [&](int nProducer) {
         for (int nNumber = 1; nNumber <= PICTURES; ++nNumber) {
-            const int nHeight = 1 + nNumber % 4;
-            QVector<int> lstPicture(WIDTH * nHeight / 4, nNumber);
-            lstPicture[0] = nProducer;
-            auto *const puchPicture = reinterpret_cast<unsigned char *>(lstPicture.data());
-            while (!cDisk.addGray8(puchPicture, WIDTH, nHeight))
-                ;
-            for (int nCount : counts(cDisk))
-                nFaults += nCount < 0 || nCount > 6;
+            add(nProducer, nNumber);
+            if (bEmptied && nNumber % 4 == 0)
+                cDisk.emptyGray8Prepared();
         }
+        if (--nProducing == 0)
+            for (int nConsumer = 0; nConsumer < CONSUMERS; ++nConsumer)
+                add(PRODUCERS, 1); // sends one home
     };
     const auto consume = [&](int nConsumer) {
-        while (nLeft-- > 0) {
+        for (bool bLast = false; !bLast;) {
             const int nInstance = gnNextInstance++;
             int nWidth = 0;
             int nHeight = 0;
@@ -74,8 +83,11 @@ QString traffic()
                     MemoryDiskCallBack2::MemoryDiskRequestPicture(nInstance, "Gray8", &nWidth, &nHeight));
             const int nInts = WIDTH * nHeight / 4;
             nFaults += std::any_of(pnPixels + 2, pnPixels + nInts, [&](int n) { return n != pnPixels[1]; });
-            nFaults += pnPixels[1] <= std::exchange(anLast[nConsumer][pnPixels[0]], pnPixels[1]);
-            anSum[pnPixels[0]] += pnPixels[1];
+            bLast = pnPixels[0] == PRODUCERS;
+            if (!bLast) {
+                nFaults += pnPixels[1] <= std::exchange(anLast[nConsumer][pnPixels[0]], pnPixels[1]);
+                anSum[pnPixels[0]] += pnPixels[1];
+            }
             MemoryDiskCallBack2::MemoryDiskReleasePicture(nInstance);
             MemoryDiskCallBack2::MemoryDiskRemoveInstance(nInstance);
         }
@@ -84,7 +96,7 @@ QString traffic()
              [&](int nThread) { nThread < PRODUCERS ? produce(nThread) : consume(nThread - PRODUCERS); });
 
     for (const std::atomic<int> &nSum : anSum)
-        nFaults += nSum != PICTURES * (PICTURES + 1) / 2;
+        nFaults += !bEmptied && nSum != PICTURES * (PICTURES + 1) / 2;
     if (nFaults > 0 || counts(cDisk) != UNTOUCHED)
         return QString("%1 lost, torn or out of order, or the counts are wrong").arg(nFaults.load());
     return QString();
@@ -137,7 +149,8 @@ private slots:
         }
     }
 
-    void everyPictureIsDeliveredOnce() { QCOMPARE(traffic(), QString()); }
+    void everyPictureIsDeliveredOnce() { QCOMPARE(traffic(false), QString()); }
+    void emptiedMeanwhile() { QCOMPARE(traffic(true), QString()); }
 
     /// From one task's store through the writer, the memory disk and the source to another's store.
     void writerToSource()
@@ -265,6 +278,27 @@ private slots:
         ArithmParamMgr cAPM;
         for (const auto &[achConfig, achError] : aErrors)
             QCOMPARE(execute(achConfig, &cAPM), achError);
+    }
+
+    /// A text stays what it is while another task's thread is told something longer or shorter.
+    void writerTellsEachThread()
+    {
+        constexpr int TIMES = 200;
+        std::atomic<int> nTold{0};
+        std::atomic<int> nWrong{0};
+        together(2, [&](int nThread) {
+            ArithmParamMgr cAPM;
+            const QByteArray achType(nThread == 0 ? 40 : 3000, static_cast<char>('a' + nThread));
+            const QByteArray achError = "不支持的输入数据格式:" + achType;
+            QByteArray achConfig = writerConfig(0, 1, achType);
+            for (int nTime = 1; nTime <= TIMES; ++nTime) {
+                const char *szTold = MemoryDisk::execute(achConfig.data(), &cAPM);
+                for (++nTold; nTold < 2 * nTime;) // the other one too
+                    std::this_thread::yield();
+                nWrong += szTold != achError;
+            }
+        });
+        QCOMPARE(nWrong.load(), 0);
     }
 };
 
