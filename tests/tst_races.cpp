@@ -274,12 +274,23 @@ private slots:
     void randomCalls()
     {
         const auto fnTask = [] { return static_cast<int>(random(TASKS + 1)); };
+        int nAsked = 0;           // for a data source
+        int nWindows = 0;         // closed
+        const auto fnIdle = [&] { // most of the time
+            const int nTask = fnTask();
+            if (random(4) > 0)
+                stopTask(nTask);
+            return nTask;
+        };
         const std::pair<unsigned, std::function<void()>> CALLS[] = {
             {12, [&] { startTask(fnTask()); }},
             {6, [&] { stopTask(fnTask()); }},
             {6, [] { startAllTasks(); }},
             {1, [] { stopAllTasks(); }},
             {2, [&] { runTaskOnce(fnTask()); }},
+            {1, [] { runAllTasksOnce(); }},
+            {1, [&] { showConfigWindow(fnIdle(), static_cast<int>(random(5))); }},
+            {1, [&] { nAsked += *selectDataSource(fnIdle()) == '\0'; }},
             {1, [] { openTasksFile(QByteArray("all.tasks").data()); }},
             {2, [] { saveTasksFile(QByteArray("saved.tasks").data()); }},
             {4, [] { useDrawingWindow(static_cast<int>(random(4)), 1 + static_cast<int>(random(90)), 40); }},
@@ -293,6 +304,13 @@ private slots:
         for (const auto &cCall : CALLS)
             nWeights += cCall.first;
 
+        QTimer cCloser; // of the windows that two of the calls open
+        connect(&cCloser, &QTimer::timeout, [&] {
+            QWidget *pcTop = QApplication::activeModalWidget();
+            nWindows += pcTop && pcTop->close();
+        });
+        cCloser.start(1);
+
         auto pcOthers = std::make_unique<Others>();
         QElapsedTimer cTimer;
         for (cTimer.start(); cTimer.elapsed() < STRESS_MS;) {
@@ -304,6 +322,7 @@ private slots:
         }
         stopAllTasks();
         QCOMPARE(s_nInside.load(), 0);
+        QVERIFY(nWindows >= nAsked);
 
         // Whatever happened, all works as before and no buffer is missing.
         openTasksFile(QByteArray("all.tasks").data());
@@ -317,6 +336,10 @@ private slots:
             MemoryDisk *pcDisk = MemoryDisk::getInstance(nDisk);
             QCOMPARE(pcDisk->getDIBIdleNum() + pcDisk->getDIBPreparedNum(), pcDisk->getDIBBuffNum());
             QCOMPARE(pcDisk->getGray8IdleNum() + pcDisk->getGray8PreparedNum(), pcDisk->getGray8BuffNum());
+            QCOMPARE(pcDisk->getDIBProcessingNum(), 0);
+            QCOMPARE(pcDisk->getGray8ProcessingNum(), 0);
+            QVERIFY(!(pcDisk->m_lstDIBIdle + pcDisk->m_lstDIBPrepared).contains(nullptr));
+            QVERIFY(!(pcDisk->m_lstGray8Idle + pcDisk->m_lstGray8Prepared).contains(nullptr));
         }
     }
 
