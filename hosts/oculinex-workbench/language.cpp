@@ -20,11 +20,13 @@ void install(const QLocale &cLocale, const QString &strName, const QString &strF
 void chooseLanguage(const QString &strLanguage)
 {
     Q_INIT_RESOURCE(translations);
-    const QLocale cLocale = strLanguage.isEmpty() ? QLocale::system()
-                            : strLanguage == QLatin1String("zh")
+    // Qt has texts of more languages and regions; a window speaks one language only.
+    const QLocale cWanted(strLanguage.isEmpty() ? QLocale::system().uiLanguages().value(0) : strLanguage);
+    const QLocale cLocale = cWanted.language() == QLocale::Chinese
                                 ? QLocale(QLocale::Chinese, QLocale::China)
                                 : QLocale(QLocale::English, QLocale::UnitedStates);
     QLocale::setDefault(cLocale);
+    qDeleteAll(QCoreApplication::instance()->findChildren<QTranslator *>()); // of an earlier choice
     install(cLocale, QStringLiteral("qtbase"), QLibraryInfo::location(QLibraryInfo::TranslationsPath));
     install(cLocale, QStringLiteral("oculinex-workbench"), QStringLiteral(":/translations"));
 }

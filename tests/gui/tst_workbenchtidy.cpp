@@ -72,7 +72,25 @@ class TestWorkbenchTidy : public QObject
 private slots:
     void initTestCase() { keepSettingsIn(m_cFolder.path()); }
 
-    /// English comes first: translators stay.
+    /// The program and Qt's own texts, of which there are some in more languages, never differ.
+    void speaksOneLanguage_data()
+    {
+        addRows("locale  strFile  strOpen\n"
+                "de_DE   &File     Open\n"
+                "zh_TW   文件(&F)  打开\n"
+                "zh_SG   文件(&F)  打开\n"
+                "zh      文件(&F)  打开\n"
+                "C       &File     Open");
+    }
+    void speaksOneLanguage()
+    {
+        QFETCH(QString, strFile);
+        QFETCH(QString, strOpen);
+        chooseLanguage(QTest::currentDataTag());
+        QCOMPARE(MainWindow::tr("&File"), strFile);
+        QCOMPARE(QCoreApplication::translate("QPlatformTheme", "Open"), strOpen);
+    }
+
     void windows_data() { languages(); }
     void windows()
     {
