@@ -8,6 +8,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QJsonArray>
+#include <QSaveFile>
 
 #include "OculinexQTStandAloneInQt.h"
 #include "common/taskcheck.h"
@@ -41,6 +42,22 @@ QString blockOf(TaskInfo &cTask)
 {
     const QString strLost = lostSource(cTask);
     return (strLost.isEmpty() ? strLost : "<-DataSource->" + strLost + "</-DataSource->") + cTask.toString();
+}
+
+/// Why a text could not be saved, which the library doesn't tell; strError when it could be now.
+QString withReason(const QString &strError, const QString &strPath, const QByteArray &achText)
+{
+    QSaveFile cFile(strPath); // leaves no trace
+    bool bWritten = cFile.open(QFile::WriteOnly | QFile::Unbuffered);
+    for (QByteArray achRest = achText; bWritten && !achRest.isEmpty();) {
+        // A disk that fills up takes a part, and tells the reason at the rest.
+        const qint64 nWritten = cFile.write(achRest);
+        bWritten = nWritten > 0;
+        achRest.remove(0, static_cast<int>(nWritten));
+    }
+    if (bWritten)
+        return strError;
+    return Document::tr("it could not be saved: %1").arg(cFile.errorString());
 }
 
 QByteArray sum(const QByteArray &achText)
@@ -214,11 +231,11 @@ QString Document::save(const QString &strPath)
     QString strError = QString::fromLocal8Bit(saveTasksFile(strPath.toUtf8().data()));
     QFile cFile(strPath);
     if (!cFile.open(QFile::ReadOnly))
-        return strError.isEmpty() ? cFile.errorString() : strError;
+        return strError.isEmpty() ? cFile.errorString() : withReason(strError, strPath, achExpected);
     if (!strError.isEmpty())
-        return strError;
+        return withReason(strError, strPath, achExpected);
     if (cFile.readAll() != achExpected)
-        return tr("what stands in the file is not what was written");
+        return withReason(tr("what stands in the file is not what was written"), strPath, achExpected);
     syncToDisk(strPath);
     m_achSum = sum(achExpected);
     for (int nTask = 0; nTask < taskCount(); ++nTask)
@@ -334,7 +351,11 @@ int Document::duplicateTask(int nTask)
 {
     DocumentState cTarget = m_cState;
     TaskState cCopy = m_cState.m_lstTask[nTask];
-    cCopy.m_strText = withName(cCopy.m_strText, tr("%1 (copy)").arg(task(nTask)->getName()));
+    const QString strOriginal = task(nTask)->getName();
+    QString strName = tr("%1 (copy)").arg(strOriginal);
+    for (int nCopy = 2; taskNames().contains(strName); ++nCopy)
+        strName = tr("%1 (copy %2)").arg(strOriginal, QString::number(nCopy));
+    cCopy.m_strText = withName(cCopy.m_strText, strName);
     cTarget.m_lstTask.append(cCopy);
     edit(cTarget, tr("duplicate task"));
     return taskCount() - 1;
@@ -370,13 +391,20 @@ void Document::moveTask(int nFrom, int nTo)
 
 bool Document::renameTask(int nTask, const QString &strName)
 {
-    if (!isIdle(nTask))
+    if (!isIdle(nTask)) {
+        emit refused(tr("Stop the tasks that this changes first."));
         return false;
+    }
+    if (strName.isEmpty()) {
+        emit refused(tr("A task needs a name."));
+        return false;
+    }
     TaskInfo *pcTask = task(nTask);
     const QString strBefore = std::exchange(pcTask->m_strName, strName);
     if (GlobalFunction::getBody(pcTask->toString(), NAME_BEGIN, NAME_END) != strName ||
         strName.contains(QLatin1String("<="))) {
         pcTask->m_strName = strBefore;
+        emit refused(tr("No task can be called %1: the tasks file uses these signs itself.").arg(strName));
         return false;
     }
     noticeEdit(nTask, tr("rename task"));

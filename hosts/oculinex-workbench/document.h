@@ -71,7 +71,7 @@ public:
     int duplicateTask(int nTask);
     void removeTask(int nTask);
     void moveTask(int nFrom, int nTo);
-    /// False for a name that the tasks file can't keep.
+    /// False for a name that the tasks file can't keep, or of a task that isn't idle, which are refused.
     bool renameTask(int nTask, const QString &strName);
     void moveStep(int nTask, int nFrom, int nTo);
     /// A step that is switched off has the limit 0; switched on, it has its old one again.

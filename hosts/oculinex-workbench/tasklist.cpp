@@ -217,8 +217,7 @@ void TaskList::itemChanged(QTableWidgetItem *pcItem)
     const int nTask = pcItem->row();
     if (pcItem->column() != Name || pcItem->text() == m_cDocument.taskNames().value(nTask))
         return;
-    const QString strName = pcItem->text().trimmed();
-    if (!strName.isEmpty() && m_cDocument.renameTask(nTask, strName))
+    if (m_cDocument.renameTask(nTask, pcItem->text().trimmed()))
         return;
     const QSignalBlocker cBlocker(m_pcTable);
     pcItem->setText(m_cDocument.taskNames().value(nTask));

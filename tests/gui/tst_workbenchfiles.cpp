@@ -40,7 +40,8 @@ private slots:
         const bool bTold = isAnswered({DialogUser::read(strBox)}, [&] { cBench.trigger("Save"); });
         setrlimit(RLIMIT_FSIZE, &cLimit);
         QVERIFY2(bTold && strBox.contains(": " + m_strFile), qPrintable(strBox));
-        QVERIFY(!cBench.document().save(m_cFolder.filePath("gone/file.tasks")).isEmpty());
+        QVERIFY2(strBox.contains("File too large"), qPrintable(strBox));
+        QVERIFY(cBench.document().save(m_cFolder.filePath("gone/file.tasks")).contains("No such file"));
         QCOMPARE(contents(m_strFile), achBefore);
         QVERIFY(cBench.isWindowModified());
         QCOMPARE(cBench.document().path(), m_strFile);
