@@ -50,6 +50,8 @@ FlowPane::FlowPane(Document &cDocument, Control &cControl, QWidget *pcParent)
     for (int nAction = 0; nAction < 5; ++nAction)
         m_lstAction[nAction]->setIcon(icon(aeIcon[nAction]));
     m_pcHere->setIcon(icon(Icon::Here));
+    m_pcDelete->setShortcutContext(Qt::WidgetWithChildrenShortcut); // a task has the same keys
+    QWidget::addAction(m_pcDelete);
     auto *pcBar = new QToolBar;
     pcBar->setIconSize(QSize(16, 16));
     for (QAction *pcAction : qAsConst(m_lstAction))

@@ -63,8 +63,8 @@ TaskList::TaskList(Document &cDocument, const Control &cControl, QWidget *pcPare
                               QStringLiteral("Ctrl+Shift+D"), &TaskList::duplicate);
     m_pcRename = addAction(tr("Re&name task"), tr("Give this task another name"), QStringLiteral("F2"),
                            &TaskList::rename);
-    m_pcRemove = addAction(tr("&Remove task"), tr("Remove this task; undo brings it back"), QKeySequence(),
-                           &TaskList::remove);
+    m_pcRemove = addAction(tr("&Remove task"), tr("Remove this task; undo brings it back"),
+                           QStringLiteral("Del"), &TaskList::remove);
     m_pcUp = addAction(tr("Move task &up"), tr("Move this task up in the list"),
                        QStringLiteral("Ctrl+Shift+Up"), &TaskList::moveUp);
     m_pcDown = addAction(tr("Move task d&own"), tr("Move this task down in the list"),
@@ -76,6 +76,7 @@ TaskList::TaskList(Document &cDocument, const Control &cControl, QWidget *pcPare
         m_lstAction[nAction]->setIcon(icon(aeIcon[nAction]));
         pcBar->addAction(m_lstAction[nAction]);
     }
+    m_pcRemove->setShortcutContext(Qt::WidgetWithChildrenShortcut); // a step has the same keys
     m_pcTable->addActions(m_lstAction);
 
     auto *pcLayout = new QVBoxLayout(this);

@@ -11,6 +11,7 @@
 #include <QMessageBox>
 #include <QPushButton>
 #include <QSpinBox>
+#include <QStatusBar>
 #include <QTemporaryDir>
 #include <QTreeWidget>
 
@@ -115,6 +116,53 @@ private slots:
         QVERIFY(!cBench.isWindowModified() && !cBench.action("Undo")->isEnabled());
         QVERIFY(cBench.trigger("Redo"));
         QCOMPARE(fnShown(), strTasks + ": " + strSteps);
+    }
+
+    /// The same key does it to the task in the list of tasks, and to the step in the flow.
+    void deletesWhatHasTheFocus()
+    {
+        Bench cBench(m_strFile);
+        cBench.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&cBench));
+        cBench.select(1);
+        cBench.steps()->selectRow(0);
+        cBench.tasks()->setFocus();
+        QVERIFY(isAnswered({}, [&] { QTest::keyClick(cBench.tasks(), Qt::Key_Delete); }));
+        QCOMPARE(cBench.names().join(' '), "A C");
+        cBench.select(0);
+        cBench.steps()->selectRow(0);
+        cBench.steps()->setFocus();
+        QVERIFY(isAnswered(answers("Delete step"), [&] { QTest::keyClick(cBench.steps(), Qt::Key_Delete); }));
+        QCOMPARE(cBench.names().join(' ') + ": " + cBench.stepNames(), "A C: b c");
+    }
+
+    void copiesHaveNamesOfTheirOwn()
+    {
+        Bench cBench(m_strFile);
+        for (int nCopy = 0; nCopy < 3; ++nCopy) {
+            cBench.select(0);
+            QVERIFY(cBench.trigger("Duplicate task"));
+        }
+        QCOMPARE(cBench.names().mid(3).join(' '), "A (copy) A (copy 2) A (copy 3)");
+    }
+
+    /// A name that the file can't keep goes, and why is told.
+    void refusesNames_data()
+    {
+        addRows("name    strName       strTold\n"
+                "blank   \t            A task needs a name.\n"
+                "marks   a<=b          No task can be called a<=b\n"
+                "an end  </-TaskName->  No task can be called </-TaskName->");
+    }
+    void refusesNames()
+    {
+        QFETCH(QString, strName);
+        QFETCH(QString, strTold);
+        Bench cBench(m_strFile);
+        cBench.tasks()->item(1, 0)->setText(strName);
+        QCOMPARE(cBench.name(1), "B");
+        QVERIFY2(cBench.statusBar()->currentMessage().startsWith(strTold),
+                 qPrintable(cBench.statusBar()->currentMessage()));
     }
 
     /// What an algorithm's window does to a step, no signal tells: it is seen at the next look.
