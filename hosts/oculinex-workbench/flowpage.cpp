@@ -119,6 +119,13 @@ void FlowPage::bind()
     });
 }
 
+void FlowPage::setTabOrderBehind(QWidget *pcBefore)
+{
+    for (QWidget *pcNext : {static_cast<QWidget *>(m_pcSource), static_cast<QWidget *>(m_pcView),
+                            static_cast<QWidget *>(m_pcCore), static_cast<QWidget *>(m_pcSteps->table())})
+        setTabOrder(std::exchange(pcBefore, pcNext), pcNext);
+}
+
 void FlowPage::fill()
 {
     m_pcTask->m_pcLastSelectedItem = nullptr;

@@ -25,6 +25,8 @@ public:
     /// Reads the flow again, which was changed past the widgets.
     void fill();
     void refresh(int nTask, bool bBusy);
+    /// Its widgets come after that one when one goes on with the tabulator.
+    void setTabOrderBehind(QWidget *pcBefore);
 
 signals:
     /// The task may have been edited through the widgets.

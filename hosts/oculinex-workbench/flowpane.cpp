@@ -113,6 +113,7 @@ void FlowPane::showPage()
         pcPage = new FlowPage(*pcTask);
         m_mapPage.insert(pcTask, pcPage);
         m_pcPages->addWidget(pcPage);
+        pcPage->setTabOrderBehind(m_pcRun);
         connect(pcTask, &QObject::destroyed, this, [this](QObject *pcGone) {
             FlowPage *pcLeft = m_mapPage.take(pcGone);
             m_pcPages->removeWidget(pcLeft);

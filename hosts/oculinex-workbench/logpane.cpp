@@ -26,6 +26,7 @@ LogPane::LogPane(QWidget *pcParent)
     m_pcLines->setTextElideMode(Qt::ElideMiddle); // the reason stands at the end
     m_pcLines->setSelectionMode(QAbstractItemView::ExtendedSelection);
     const int nDigit = fontMetrics().averageCharWidth();
+    setMinimumWidth(nDigit * 30); // something of the texts is to be read, whatever the other panes take
     m_pcLines->header()->resizeSection(LogModel::Time, nDigit * 16);
     m_pcLines->header()->resizeSection(LogModel::Kind, nDigit * 9);
     auto *const pcCopy = new QAction(tr("Copy"), m_pcLines);

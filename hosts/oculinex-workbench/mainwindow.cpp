@@ -107,6 +107,7 @@ MainWindow::MainWindow()
     connect(&m_cTick, &QTimer::timeout, this, &MainWindow::refresh);
     m_cTick.start(TICK_MS);
     showState();
+    enableActions();
 }
 
 MainWindow::~MainWindow()

@@ -117,18 +117,16 @@ void StorePane::fillList()
     m_pcList->clear();
     for (const ArithmParamMgr::Entry &cEntry : m_pcStore->snapshot()) {
         static const char *const KINDS[] = {QT_TR_NOOP("colour picture, %1"), QT_TR_NOOP("grey picture, %1"),
-                                            QT_TR_NOOP("16-bit picture, %1"), QT_TR_NOOP("%1 points"),
-                                            QT_TR_NOOP("%1 lines"),           QT_TR_NOOP("%1 polygons"),
-                                            QT_TR_NOOP("%1 areas"),           QT_TR_NOOP("%1 texts"),
-                                            QT_TR_NOOP("%1 integers"),        QT_TR_NOOP("%1 numbers"),
-                                            QT_TR_NOOP("%1 truth values")};
-        const bool bPicture = cEntry.m_eKind <= Kind::Gray16;
-        const QString strSize = bPicture
-                                    ? QStringLiteral("%1 × %2").arg(cEntry.m_nWidth).arg(cEntry.m_nHeight)
-                                    : QString::number(cEntry.m_nCount);
+                                            QT_TR_NOOP("16-bit picture, %1"), QT_TR_N_NOOP("%n point(s)"),
+                                            QT_TR_N_NOOP("%n line(s)"),       QT_TR_N_NOOP("%n polygon(s)"),
+                                            QT_TR_N_NOOP("%n area(s)"),       QT_TR_N_NOOP("%n text(s)"),
+                                            QT_TR_N_NOOP("%n integer(s)"),    QT_TR_N_NOOP("%n number(s)"),
+                                            QT_TR_N_NOOP("%n truth value(s)")};
+        QString strWhat = tr(KINDS[static_cast<size_t>(cEntry.m_eKind)], nullptr, cEntry.m_nCount);
+        if (cEntry.m_eKind <= Kind::Gray16)
+            strWhat = strWhat.arg(QStringLiteral("%1 × %2").arg(cEntry.m_nWidth).arg(cEntry.m_nHeight));
         auto *const pcItem = new QTreeWidgetItem(
-            m_pcList, {cEntry.m_strName, QString::number(cEntry.m_nID),
-                       tr(KINDS[static_cast<size_t>(cEntry.m_eKind)]).arg(strSize), cEntry.m_strDescribe});
+            m_pcList, {cEntry.m_strName, QString::number(cEntry.m_nID), strWhat, cEntry.m_strDescribe});
         pcItem->setData(0, KindRole, static_cast<int>(cEntry.m_eKind));
         pcItem->setData(0, IDRole, cEntry.m_nID);
         const QImage cPicture = Plugin::pictureOf(*m_pcStore, cEntry.m_eKind, cEntry.m_nID);

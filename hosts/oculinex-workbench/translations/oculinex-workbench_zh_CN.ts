@@ -142,6 +142,22 @@
         <source>lose data source</source>
         <translation>丢失数据源</translation>
     </message>
+    <message>
+        <source>A task needs a name.</source>
+        <translation>任务必须有名称。</translation>
+    </message>
+    <message>
+        <source>No task can be called %1: the tasks file uses these signs itself.</source>
+        <translation>任务不能命名为 %1：任务文件自身使用这些符号。</translation>
+    </message>
+    <message>
+        <source>%1 (copy %2)</source>
+        <translation>%1（副本 %2）</translation>
+    </message>
+    <message>
+        <source>it could not be saved: %1</source>
+        <translation>无法保存：%1</translation>
+    </message>
 </context>
 <context>
     <name>Figures</name>
@@ -792,37 +808,53 @@ Add one in the list of tasks, or open a tasks file.</source>
         <source>16-bit picture, %1</source>
         <translation>16 位图像，%1</translation>
     </message>
-    <message>
-        <source>%1 points</source>
-        <translation>%1 个点</translation>
+    <message numerus="yes">
+        <source>%n point(s)</source>
+        <translation>
+            <numerusform>%n 个点</numerusform>
+        </translation>
     </message>
-    <message>
-        <source>%1 lines</source>
-        <translation>%1 条线</translation>
+    <message numerus="yes">
+        <source>%n line(s)</source>
+        <translation>
+            <numerusform>%n 条线</numerusform>
+        </translation>
     </message>
-    <message>
-        <source>%1 polygons</source>
-        <translation>%1 个多边形</translation>
+    <message numerus="yes">
+        <source>%n polygon(s)</source>
+        <translation>
+            <numerusform>%n 个多边形</numerusform>
+        </translation>
     </message>
-    <message>
-        <source>%1 areas</source>
-        <translation>%1 个区域</translation>
+    <message numerus="yes">
+        <source>%n area(s)</source>
+        <translation>
+            <numerusform>%n 个区域</numerusform>
+        </translation>
     </message>
-    <message>
-        <source>%1 texts</source>
-        <translation>%1 段文字</translation>
+    <message numerus="yes">
+        <source>%n text(s)</source>
+        <translation>
+            <numerusform>%n 段文字</numerusform>
+        </translation>
     </message>
-    <message>
-        <source>%1 integers</source>
-        <translation>%1 个整数</translation>
+    <message numerus="yes">
+        <source>%n integer(s)</source>
+        <translation>
+            <numerusform>%n 个整数</numerusform>
+        </translation>
     </message>
-    <message>
-        <source>%1 numbers</source>
-        <translation>%1 个数</translation>
+    <message numerus="yes">
+        <source>%n number(s)</source>
+        <translation>
+            <numerusform>%n 个数</numerusform>
+        </translation>
     </message>
-    <message>
-        <source>%1 truth values</source>
-        <translation>%1 个真假值</translation>
+    <message numerus="yes">
+        <source>%n truth value(s)</source>
+        <translation>
+            <numerusform>%n 个真假值</numerusform>
+        </translation>
     </message>
     <message>
         <source>Run the flow to a step to see here what its store holds then.</source>
