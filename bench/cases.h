@@ -17,6 +17,8 @@ void addHandover(Table &cTable);
 void addSteps(Table &cTable);
 void addInspection(Table &cTable);
 void addDrawing(Table &cTable);
+void addDrawingLists(Table &cTable);
+void addKernels(Table &cTable);
 void addPictureFiles(Table &cTable);
 void addTasksFile(Table &cTable);
 void addLife(Table &cTable);

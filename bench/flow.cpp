@@ -4,6 +4,8 @@
 #include <deque>
 #include <map>
 
+#include <unistd.h>
+
 #include "DataSource/datasource.h"
 #include "arithmMgr/arithmregister.h"
 #include "taskMgr/taskMgr.h"
@@ -30,8 +32,10 @@ unsigned char *requestPicture(int nInstanceID, const char *, int *pnWidth, int *
     if (cSource.m_bCounts && cSource.m_bEntered)
         cSource.m_pcRelay->leave();
     cSource.m_bEntered = cSource.m_pcRelay->enter();
-    if (!cSource.m_bEntered)
+    if (!cSource.m_bEntered) {
+        usleep(10000); // as sources do that have nothing: others are stopping
         return nullptr;
+    }
     *pnWidth = cSource.m_cPicture.m_nWidth;
     *pnHeight = cSource.m_cPicture.m_nHeight;
     return cSource.m_cPicture.m_puchPixels ? cSource.m_cPicture.m_puchPixels : &s_uchPixel;
@@ -75,17 +79,24 @@ Bench::FlowStep Bench::call(std::function<void(ArithmParamMgr &)> fnBody)
     return {QStringLiteral("bench_call"), QString::number(glstCalls.size() - 1)};
 }
 
+std::unique_ptr<TaskInfo> Bench::newFedTask(std::shared_ptr<Relay> pcRelay, bool bCounts,
+                                            SourcePicture cPicture, const std::vector<FlowStep> &vSteps)
+{
+    std::unique_ptr<TaskInfo> pcTask = makeTask(vSteps);
+    pcTask->m_pcDS = new DataSource::DataSourceInstance;
+    pcTask->m_pcDS->m_fnRequestPicture = requestPicture;
+    pcTask->m_pcDS->m_fnReleasePicture = [](int) {};
+    pcTask->m_pcDS->setArithmParamMgr(pcTask->m_pcAPM);
+    pcTask->m_pcDS->setDataType(cPicture.m_puchPixels ? "RGB" : "Gray8");
+    pcTask->m_pcDS->setDataID(1);
+    gmapSources[pcTask->m_pcDS->m_nInstanceID] = {std::move(pcRelay), bCounts, cPicture};
+    return pcTask;
+}
+
 Bench::Flow::Flow(std::shared_ptr<Relay> pcRelay, bool bCounts, SourcePicture cPicture,
                   const std::vector<FlowStep> &vSteps)
-    : m_pcRelay(std::move(pcRelay)), m_pcTask(makeTask(vSteps))
+    : m_pcRelay(pcRelay), m_pcTask(newFedTask(std::move(pcRelay), bCounts, cPicture, vSteps))
 {
-    m_pcTask->m_pcDS = new DataSource::DataSourceInstance;
-    m_pcTask->m_pcDS->m_fnRequestPicture = requestPicture;
-    m_pcTask->m_pcDS->m_fnReleasePicture = [](int) {};
-    m_pcTask->m_pcDS->setArithmParamMgr(m_pcTask->m_pcAPM);
-    m_pcTask->m_pcDS->setDataType(cPicture.m_puchPixels ? "RGB" : "Gray8");
-    m_pcTask->m_pcDS->setDataID(1);
-    gmapSources[m_pcTask->m_pcDS->m_nInstanceID] = {m_pcRelay, bCounts, cPicture};
 }
 
 Bench::Flow::Flow(const QString &strSource, const std::vector<FlowStep> &vSteps) : m_pcTask(makeTask(vSteps))

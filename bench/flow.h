@@ -32,12 +32,16 @@ struct SourcePicture {
     int m_nHeight = 1;
 };
 
+/// A task fed by a source of the benchmark's own, which takes each picture as the relay lets it in. With
+/// bCounts a picture has left when the next one is asked for; else something else calls leave().
+std::unique_ptr<TaskInfo> newFedTask(std::shared_ptr<Relay> pcRelay, bool bCounts, SourcePicture cPicture,
+                                     const std::vector<FlowStep> &vSteps);
+
 /// A task that runs on a thread of its own from begin() on.
 class Flow
 {
 public:
-    /// Fed by a source of the benchmark's own, which takes each picture as the relay lets it in. With
-    /// bCounts a picture has left when the next one is asked for; else something else calls leave().
+    /// Fed as newFedTask() says.
     Flow(std::shared_ptr<Relay> pcRelay, bool bCounts, SourcePicture cPicture,
          const std::vector<FlowStep> &vSteps);
     /// Fed by a source that a config string describes.

@@ -10,10 +10,12 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
+#include <QLoggingCategory>
 #include <QProcess>
 #include <QTemporaryDir>
 
 #include "MemoryDisk/memorydisk.h"
+#include "OculinexQTStandAloneInQt.h"
 #include "arithmMgr/arithmregister.h"
 #include "cases.h"
 #include "flow.h"
@@ -27,31 +29,57 @@ using Bench::FlowStep;
 using Bench::Measure;
 using Bench::Relay;
 
+/// The manager's tasks, which are all there are while it lives; each may run once.
+class ManagedTasks
+{
+public:
+    explicit ManagedTasks(int nTasks)
+    {
+        for (int nTask = 0; nTask < nTasks; ++nTask) {
+            m_vRelays.push_back(std::make_shared<Relay>());
+            m_vRelays.back()->letIn(1);
+            TaskMgr::getInstance()->addTask(
+                Bench::newFedTask(m_vRelays.back(), true, {}, {{Bench::NOTHING, {}}}).release(), nTask);
+        }
+    }
+    ~ManagedTasks()
+    {
+        // All are told at once: each is waited for in steps of a tenth of a second.
+        for (TaskInfo *pcTask : qAsConst(TaskMgr::getInstance()->m_mapTask))
+            pcTask->m_bExit = true;
+        letGo();
+        TaskMgr::getInstance()->clear();
+    }
+    ManagedTasks(const ManagedTasks &) = delete;
+    ManagedTasks &operator=(const ManagedTasks &) = delete;
+
+    void waitForRuns() const
+    {
+        for (const auto &pcRelay : m_vRelays)
+            pcRelay->wait();
+    }
+    /// The sources have nothing from now on.
+    void letGo() const
+    {
+        for (const auto &pcRelay : m_vRelays)
+            pcRelay->close();
+    }
+
+private:
+    std::vector<std::shared_ptr<Relay>> m_vRelays;
+};
+
 /// Starts that many tasks or threads and waits until each has done something; a unit is all of them.
 Measure startTasks(int nTasks)
 {
     return [nTasks](int64_t n) {
         double dSeconds = 0;
         for (int64_t nTime = 0; nTime < n; ++nTime) {
-            std::vector<std::shared_ptr<Relay>> vRelays;
-            std::vector<std::unique_ptr<Flow>> vFlows;
-            for (int nTask = 0; nTask < nTasks; ++nTask) {
-                vRelays.push_back(std::make_shared<Relay>());
-                vFlows.push_back(std::make_unique<Flow>(vRelays.back(), true, Bench::SourcePicture(),
-                                                        std::vector<FlowStep>{{Bench::NOTHING, {}}}));
-                vRelays.back()->letIn(1);
-            }
-            const double dBegan = Bench::secondsNow();
-            for (const auto &pcFlow : vFlows)
-                pcFlow->begin();
-            for (const auto &pcRelay : vRelays)
-                pcRelay->wait();
-            dSeconds += Bench::secondsNow() - dBegan;
-            // All are told at once: each is waited for in steps of a tenth of a second.
-            for (size_t nTask = 0; nTask < vFlows.size(); ++nTask) {
-                vFlows[nTask]->task().m_bExit = true;
-                vRelays[nTask]->close();
-            }
+            const ManagedTasks cTasks(nTasks);
+            dSeconds += Bench::timed([&] {
+                startAllTasks();
+                cTasks.waitForRuns();
+            })(1);
         }
         return dSeconds;
     };
@@ -68,6 +96,7 @@ Measure startThreads(int nThreads)
                 vRelays.back()->letIn(1);
             }
             std::vector<std::thread> vThreads;
+            vThreads.reserve(vRelays.size());
             const double dBegan = Bench::secondsNow();
             for (const auto &pcRelay : vRelays)
                 vThreads.emplace_back([&cRelay = *pcRelay] {
@@ -84,20 +113,17 @@ Measure startThreads(int nThreads)
     };
 }
 
-/// From the word to stop until the task is idle.
-Measure stopTask()
+/// From the word to stop until all tasks are idle.
+Measure stopTasks(int nTasks)
 {
-    return [](int64_t n) {
+    return [nTasks](int64_t n) {
         double dSeconds = 0;
         for (int64_t nTime = 0; nTime < n; ++nTime) {
-            const auto pcRelay = std::make_shared<Relay>();
-            Flow cFlow(pcRelay, true, {}, {{Bench::NOTHING, {}}});
-            cFlow.begin();
-            pcRelay->stream(1);
-            pcRelay->close();
-            const double dBegan = Bench::secondsNow();
-            cFlow.task().stopTask();
-            dSeconds += Bench::secondsNow() - dBegan;
+            const ManagedTasks cTasks(nTasks);
+            startAllTasks();
+            cTasks.waitForRuns();
+            cTasks.letGo();
+            dSeconds += Bench::timed(stopAllTasks)(1);
         }
         return dSeconds;
     };
@@ -110,16 +136,49 @@ double processSeconds()
     return static_cast<double>(cTime.tv_sec) + static_cast<double>(cTime.tv_nsec) * 1e-9;
 }
 
-/// The share of a core, in percent, that a task takes whose source has nothing.
-Measure idleShare(const QString &strSource)
+/// Tasks whose sources have nothing. They are as many as start within a second, evenly, so that also a
+/// short look sees its part of what each does once a second.
+class IdleTasks
 {
-    const auto pcFlow = std::make_shared<Flow>(strSource, std::vector<FlowStep>{{Bench::NOTHING, {}}});
-    pcFlow->begin();
-    return [pcFlow](int64_t n) {
+public:
+    explicit IdleTasks(const QString &strSource)
+    {
+        for (int n = 0; n < NUM; ++n) {
+            m_vFlows.push_back(
+                std::make_unique<Flow>(strSource, std::vector<FlowStep>{{Bench::NOTHING, {}}}));
+            m_vFlows.back()->begin();
+            usleep(1000000 / NUM);
+        }
+    }
+    ~IdleTasks()
+    {
+        for (const auto &pcFlow : m_vFlows)
+            pcFlow->task().m_bExit = true;
+    }
+    IdleTasks(const IdleTasks &) = delete;
+    IdleTasks &operator=(const IdleTasks &) = delete;
+
+    /// The share of a core, in percent, that one of them takes.
+    static double share()
+    {
         const double dBegan = processSeconds();
-        usleep(500000);
-        return (processSeconds() - dBegan) / 0.5 * 100 * static_cast<double>(n);
-    };
+        const double dSeconds = Bench::timed([] { usleep(100000); })(1);
+        return (processSeconds() - dBegan) / dSeconds * 100 / NUM;
+    }
+
+private:
+    static constexpr int NUM = 20;
+    std::vector<std::unique_ptr<Flow>> m_vFlows;
+};
+
+Case idleCase(const QString &strSource)
+{
+    Case cCase{{"task", [pcTasks = std::make_shared<IdleTasks>(strSource)](
+                            int64_t n) { return IdleTasks::share() * static_cast<double>(n); }},
+               {}};
+    cCase.m_nUnits = 1;
+    cCase.m_szUnit = "%";
+    return cCase;
 }
 
 /// The plug-in folders beside a copy of this program: 60 copies of one plug-in.
@@ -165,7 +224,8 @@ public:
     static constexpr int HEIGHT = 480;
 
     struct Result {
-        int64_t m_nOffered = 0; ///< pictures that found a free buffer
+        int64_t m_nOffered = 0;
+        int64_t m_nAccepted = 0; ///< of those offered
         int64_t m_nTaken = 0;
         double m_dGrowth = 0; ///< resident memory at the end to that after the first tenth
     };
@@ -189,13 +249,16 @@ private:
         std::atomic<bool> bProduce{true};
         std::atomic<int> nProducers{2};
         std::atomic<int64_t> nOffered{0};
+        std::atomic<int64_t> nAccepted{0};
         std::atomic<int64_t> nTaken{0};
         std::vector<std::thread> vThreads;
         for (int n = 0; n < 2; ++n) {
             vThreads.emplace_back([&] {
                 std::vector<unsigned char> vPicture(size_t{WIDTH} * HEIGHT * 3, 1);
-                while (bProduce)
-                    nOffered += pcDisk->addDIB(vPicture.data(), WIDTH, HEIGHT) ? 1 : 0;
+                while (bProduce) {
+                    ++nOffered;
+                    nAccepted += pcDisk->addDIB(vPicture.data(), WIDTH, HEIGHT) ? 1 : 0;
+                }
                 --nProducers;
             });
             vThreads.emplace_back([&] {
@@ -220,7 +283,7 @@ private:
         bProduce = false;
         for (std::thread &cThread : vThreads)
             cThread.join();
-        return {nOffered, nTaken, dLast / dFirst};
+        return {nOffered, nAccepted, nTaken, dLast / dFirst};
     }
 };
 
@@ -266,29 +329,35 @@ int Bench::runStartUp(int nArgs, char **pszArgs)
 void Bench::addLife(Table &cTable)
 {
     for (const int nTasks : {1, 100})
-        cTable.add("start " + std::to_string(nTasks) + " tasks, until all have run once", [nTasks] {
-            Case cCase{{"startTask", startTasks(nTasks)}, {"as many threads", startThreads(nTasks)}};
+        cTable.add("startAllTasks, " + std::to_string(nTasks) + " tasks, until all have run once", [nTasks] {
+            Case cCase{{"startAllTasks", startTasks(nTasks)}, {"as many threads", startThreads(nTasks)}};
             cCase.m_nUnits = 1;
             return cCase;
         });
-    cTable.add("stop a task", [] {
-        Case cCase{{"stopTask", stopTask()}, {}};
+    cTable.add("stopAllTasks, 1 tasks", [] {
+        Case cCase{{"stopAllTasks", stopTasks(1)}, {"a nap of 0.1 s", timed([] { usleep(100000); })}};
         cCase.m_nUnits = 1;
         return cCase;
     });
+    // Ten seconds long, and of a hundred waits already.
+    cTable.add("stopAllTasks, 100 tasks", [] {
+        return once({{"stopAllTasks", stopTasks(100)}, constant("as many naps of 0.1 s", 10)}, "s");
+    });
     cTable.add("idle task, empty memory disk, share of a core", [] {
-        return once({{"task", idleShare("<DSName>Memory Disk 3</DSName><OutputType>RGB</OutputType>"
-                                        "<OutputID>1</OutputID><Config></Config>")},
-                     {}},
-                    "%");
+        return idleCase("<DSName>Memory Disk 3</DSName><OutputType>RGB</OutputType>"
+                        "<OutputID>1</OutputID><Config></Config>");
     });
     cTable.add("idle task, empty picture folder, share of a core", [] {
         const auto pcDir = std::make_shared<QTemporaryDir>();
-        const Measure fnShare =
-            idleShare("<DSName>Picture Folder</DSName><OutputType>RGB</OutputType><OutputID>1"
-                      "</OutputID><Config><Path>" +
-                      pcDir->path() + "</Path></Config>");
-        return once({{"task", [pcDir, fnShare](int64_t n) { return fnShare(n); }}, {}}, "%");
+        // Each of the tasks tells that there are no pictures.
+        QLoggingCategory::setFilterRules("oculinex.source.warning=false");
+        Case cCase = idleCase("<DSName>Picture Folder</DSName><OutputType>RGB</OutputType><OutputID>1"
+                              "</OutputID><Config><Path>" +
+                              pcDir->path() + "</Path></Config>");
+        cCase.m_cOurs.m_fnMeasure = [pcDir, fnShare = cCase.m_cOurs.m_fnMeasure](int64_t n) {
+            return fnShare(n);
+        };
+        return cCase;
     });
     cTable.add("start-up with 60 plug-ins", [] {
         const auto pcPlugins = std::make_shared<ManyPlugins>();
@@ -299,11 +368,18 @@ void Bench::addLife(Table &cTable)
         cCase.m_nUnits = 1;
         return cCase;
     });
-    cTable.add("2 producers, 2 consumers, 60 s, pictures handed over", [] {
-        const Crowd::Result &cResult = Crowd::result();
-        return once({constant("offered", static_cast<double>(cResult.m_nOffered)),
-                     constant("taken", static_cast<double>(cResult.m_nTaken))},
-                    "pictures", 1.0);
+    const auto fnCounts = [](const char *szOurs, int64_t nOurs, const char *szPeer, int64_t nPeer) {
+        Case cCase =
+            once({constant(szOurs, static_cast<double>(nOurs)), constant(szPeer, static_cast<double>(nPeer))},
+                 "pictures", 1.0);
+        cCase.m_bExact = true;
+        return cCase;
+    };
+    cTable.add("2 producers, 2 consumers, 60 s, pictures offered", [&] {
+        return fnCounts("offered", Crowd::result().m_nOffered, "accepted", Crowd::result().m_nAccepted);
+    });
+    cTable.add("2 producers, 2 consumers, 60 s, pictures accepted", [&] {
+        return fnCounts("accepted", Crowd::result().m_nAccepted, "taken", Crowd::result().m_nTaken);
     });
     cTable.add("2 producers, 2 consumers, 60 s, memory", [] {
         return once({constant("at the end", Crowd::result().m_dGrowth), constant("after 6 s", 1)}, "times",

@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <QDateTime>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QGuiApplication>
 #include <QJsonDocument>
@@ -48,6 +49,20 @@ void writeRows(const char *szPath, const QJsonArray &lstRow)
         throw std::runtime_error(std::string(szPath) + " can't be written");
 }
 
+struct Subject {
+    const char *m_szName;
+    void (*m_fnAdd)(Bench::Table &);
+};
+constexpr Subject SUBJECTS[] = {{"hand-over", Bench::addHandover},
+                                {"steps", Bench::addSteps},
+                                {"inspection", Bench::addInspection},
+                                {"pictures drawn", Bench::addDrawing},
+                                {"lists drawn", Bench::addDrawingLists},
+                                {"row kernels", Bench::addKernels},
+                                {"picture files", Bench::addPictureFiles},
+                                {"tasks files", Bench::addTasksFile},
+                                {"life", Bench::addLife}};
+
 int runTable(int nArgs, char **pszArgs)
 {
     std::string strFilter;
@@ -76,9 +91,15 @@ int runTable(int nArgs, char **pszArgs)
     printf("%s, %ld cores, %s\n\n", qPrintable(processor()), sysconf(_SC_NPROCESSORS_ONLN),
            qPrintable(QDateTime::currentDateTime().toString(Qt::ISODate)));
     Bench::Table cTable(strFilter);
-    for (const auto fnAdd : {Bench::addHandover, Bench::addSteps, Bench::addInspection, Bench::addDrawing,
-                             Bench::addPictureFiles, Bench::addTasksFile, Bench::addLife})
+    std::string strTook;
+    for (const auto &[szSubject, fnAdd] : SUBJECTS) {
+        QElapsedTimer cTimer;
+        cTimer.start();
         fnAdd(cTable);
+        strTook +=
+            std::string(", ") + szSubject + " " + std::to_string((cTimer.elapsed() + 500) / 1000) + " s";
+    }
+    printf("\ntook%s\n", strTook.c_str() + 1);
     if (cTable.rows().isEmpty())
         throw std::runtime_error("no row's name contains " + strFilter);
     if (szJson)

@@ -67,10 +67,9 @@ void Bench::addSteps(Table &cTable)
             return cCase;
         });
 #endif
-        if (cRow.m_bGoal)
-            cTable.add(strWhat + " / call", [&] {
-                return Case{{"task", flow(cRow.m_nSteps, cRow.m_nConfigBytes)},
-                            {"call by a function pointer", functionPointer()}};
-            });
+        cTable.add(strWhat + " / call", [&] {
+            return Case{{"task", flow(cRow.m_nSteps, cRow.m_nConfigBytes)},
+                        {"call by a function pointer", functionPointer()}};
+        });
     }
 }

@@ -57,26 +57,32 @@ std::map<std::string, std::vector<double>> measure(const Case &cCase)
 }
 
 struct Ratio {
-    double m_dMedian;
+    double m_dRatio;
     double m_dLow; ///< ends of the 95 % interval
     double m_dHigh;
 };
 
-/// The ratio of the medians, its interval by drawing repetitions anew (bootstrap).
-Ratio ratioOf(const std::vector<double> &vOurs, const std::vector<double> &vPeer)
+/// The ratio of the quantiles, its interval by drawing repetitions anew (bootstrap).
+Ratio ratioOf(const std::vector<double> &vOurs, const std::vector<double> &vPeer, double dPart)
 {
     constexpr int DRAWS = 2000;
     std::mt19937 cRandom(1);
-    const auto fnDrawn = [&cRandom](const std::vector<double> &vValues) {
+    const auto fnDrawn = [&cRandom, dPart](const std::vector<double> &vValues) {
         std::uniform_int_distribution<size_t> cIndex(0, vValues.size() - 1);
         std::vector<double> vDrawn(vValues.size());
         std::generate(vDrawn.begin(), vDrawn.end(), [&] { return vValues[cIndex(cRandom)]; });
-        return Bench::quantile(std::move(vDrawn), 0.5);
+        return Bench::quantile(std::move(vDrawn), dPart);
     };
     std::vector<double> vRatios(DRAWS);
     std::generate(vRatios.begin(), vRatios.end(), [&] { return fnDrawn(vOurs) / fnDrawn(vPeer); });
-    return {Bench::quantile(vOurs, 0.5) / Bench::quantile(vPeer, 0.5), Bench::quantile(vRatios, 0.025),
+    return {Bench::quantile(vOurs, dPart) / Bench::quantile(vPeer, dPart), Bench::quantile(vRatios, 0.025),
             Bench::quantile(vRatios, 0.975)};
+}
+
+bool holds(const Case &cCase, const Ratio &cRatio)
+{
+    const double dReached = cCase.m_bUpper ? cRatio.m_dHigh : cRatio.m_dRatio;
+    return cCase.m_bExact ? dReached == cCase.m_dGoal : dReached <= cCase.m_dGoal;
 }
 
 std::string number(const char *szFormat, double dValue)
@@ -117,8 +123,8 @@ void print(const QJsonObject &cRow)
 
 double Bench::quantile(std::vector<double> vValues, double dPart)
 {
-    const auto nRank = static_cast<size_t>(dPart * static_cast<double>(vValues.size()));
-    const auto itValue = vValues.begin() + static_cast<std::ptrdiff_t>(std::min(nRank, vValues.size() - 1));
+    const double dRank = std::ceil(dPart * static_cast<double>(vValues.size()));
+    const auto itValue = vValues.begin() + static_cast<std::ptrdiff_t>(std::max(dRank, 1.0)) - 1;
     std::nth_element(vValues.begin(), itValue, vValues.end());
     return *itValue;
 }
@@ -134,19 +140,18 @@ void Bench::Table::add(const std::string &strWhat, const std::function<Case()> &
     QJsonObject cRow{{"what", QString::fromStdString(strWhat)},
                      {"oursName", QString::fromStdString(cCase.m_cOurs.m_strName)},
                      {"unit", cCase.m_szUnit},
-                     {"ours", quantile(mapValues.at("ours"), 0.5)},
+                     {"ours", quantile(mapValues.at("ours"), cCase.m_dPart)},
                      {"goal", cCase.m_dGoal},
                      {"verdict", "-"}};
     if (cCase.m_cPeer.m_fnMeasure) {
-        const Ratio cRatio = ratioOf(mapValues.at("ours"), mapValues.at("peer"));
+        const Ratio cRatio = ratioOf(mapValues.at("ours"), mapValues.at("peer"), cCase.m_dPart);
         cRow["peerName"] = QString::fromStdString(cCase.m_cPeer.m_strName);
-        cRow["peer"] = quantile(mapValues.at("peer"), 0.5);
-        cRow["ratio"] = cRatio.m_dMedian;
+        cRow["peer"] = quantile(mapValues.at("peer"), cCase.m_dPart);
+        cRow["ratio"] = cRatio.m_dRatio;
         cRow["low"] = cRatio.m_dLow;
         cRow["high"] = cRatio.m_dHigh;
         if (cCase.m_dGoal > 0)
-            cRow["verdict"] =
-                (cCase.m_bUpper ? cRatio.m_dHigh : cRatio.m_dMedian) <= cCase.m_dGoal ? "holds" : "missed";
+            cRow["verdict"] = holds(cCase, cRatio) ? "holds" : "missed";
     }
     print(cRow);
     m_lstRow.append(cRow);

@@ -28,6 +28,8 @@ struct Case {
     Side m_cPeer;
     double m_dGoal = 0;         ///< the largest ratio of ours to the peer that is good; 0: none is set
     bool m_bUpper = false;      ///< the upper end of the ratio's interval has to reach the goal
+    bool m_bExact = false;      ///< the ratio has to be the goal itself
+    double m_dPart = 0.5;       ///< the quantile of the repetitions that is compared; 0.5: the median
     int64_t m_nUnits = 0;       ///< of each repetition; 0: as many as fill m_dSeconds
     double m_dSeconds = 0.03;   ///< of each repetition
     int m_nRepetitions = 21;    ///< of each side
@@ -56,7 +58,7 @@ Measure timed(Unit fnUnit)
     };
 }
 
-/// The value that the given part of the values does not exceed.
+/// The smallest value that at least the given part of the values does not exceed.
 double quantile(std::vector<double> vValues, double dPart);
 
 class Table
