@@ -3,14 +3,18 @@
 
 #include <QAbstractButton>
 #include <QComboBox>
+#include <QDialog>
 #include <QFontDatabase>
 #include <QGroupBox>
 #include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPointer>
 #include <QRawFont>
+#include <QScrollArea>
 #include <QSplitterHandle>
 #include <QTabBar>
+#include <QTest>
 #include <QTextDocumentFragment>
 #include <QWidget>
 
@@ -62,7 +66,57 @@ inline QString name(const QWidget *pcWidget)
            captions(pcWidget) + '"';
 }
 
-inline QString fault(const QWidget *pcWindow)
+/// Where Tab takes a person, from the window's first stop until one comes again; it is the last.
+inline QList<QWidget *> walk(QWidget *pcWindow)
+{
+    QPointer<QWidget> pcBefore = pcWindow->focusWidget();
+    if (pcBefore)
+        pcBefore->clearFocus();
+    QList<QWidget *> lstStop;
+    QWidget *pcStop = pcWindow;
+    do {
+        QTest::keyClick(pcStop, Qt::Key_Tab);
+        pcStop = pcWindow->focusWidget();
+        if (!pcStop)
+            return lstStop;
+        lstStop.append(pcStop);
+    } while (lstStop.count(pcStop) == 1);
+    if (pcBefore)
+        pcBefore->setFocus();
+    return lstStop;
+}
+
+/// What is wrong with the way that Tab goes: it reaches every stop once, downwards in each column and to
+/// the right in each row.
+inline QString tabFault(QWidget *pcWindow)
+{
+    QList<QWidget *> lstStop = walk(pcWindow);
+    if (lstStop.size() > 1 && lstStop.first() != lstStop.last())
+        return "Tab does not get on from " + name(lstStop.last());
+    for (const QWidget *pcWidget : pcWindow->findChildren<QWidget *>())
+        if ((pcWidget->focusPolicy() & Qt::TabFocus) && !pcWidget->focusProxy() && pcWidget->isEnabled() &&
+            pcWidget->window() == pcWindow && pcWidget->isVisibleTo(pcWindow)) {
+            if (!lstStop.contains(const_cast<QWidget *>(pcWidget)))
+                return "Tab does not reach " + name(pcWidget);
+            if (qobject_cast<const QScrollArea *>(pcWidget))
+                return "nothing shows the focus of " + name(pcWidget);
+        }
+    const auto fnPlace = [&](const QWidget *pcWidget) {
+        return QRect(pcWidget->mapTo(pcWindow, {0, 0}), pcWidget->size());
+    };
+    for (int nStop = 1; nStop + 1 < lstStop.size(); ++nStop)
+        for (int nBefore = 0; nBefore < nStop; ++nBefore) {
+            const QRect cStop = fnPlace(lstStop[nStop]);
+            const QRect cBefore = fnPlace(lstStop[nBefore]);
+            const bool bColumn = cStop.left() <= cBefore.right() && cBefore.left() <= cStop.right();
+            const bool bRow = cStop.top() <= cBefore.bottom() && cBefore.top() <= cStop.bottom();
+            if ((bColumn && cStop.bottom() < cBefore.top()) || (bRow && cStop.right() < cBefore.left()))
+                return "Tab reaches " + name(lstStop[nStop]) + " after " + name(lstStop[nBefore]);
+        }
+    return {};
+}
+
+inline QString fault(QWidget *pcWindow)
 {
     QList<const QWidget *> lstShown;
     for (const QWidget *pcWidget : pcWindow->findChildren<QWidget *>()) {
@@ -93,7 +147,8 @@ inline QString fault(const QWidget *pcWindow)
             if (pcOther != pcWidget && !pcOther->isAncestorOf(pcWidget) && !pcWidget->isAncestorOf(pcOther) &&
                 fnPlace(pcWidget).intersects(fnPlace(pcOther)))
                 return "overlap: " + name(pcWidget) + " and " + name(pcOther);
-    return {};
+    // A main window's docks stand where a person puts them, and the operator's begins with its button.
+    return qobject_cast<QDialog *>(pcWindow) ? tabFault(pcWindow) : QString();
 }
 } // namespace Tidy
 

@@ -540,6 +540,7 @@ void Editor::place(QWidget *pcWidget, const char *szSuffix, int nStretch)
     pcWidget->setObjectName(name(szSuffix));
     layout()->addWidget(pcWidget);
     static_cast<QHBoxLayout *>(layout())->setStretchFactor(pcWidget, nStretch);
-    if (*szSuffix == '\0')
+    // Tab passes over what stands before a proxy.
+    if (layout()->count() == 1)
         setFocusProxy(pcWidget);
 }

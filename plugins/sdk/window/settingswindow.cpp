@@ -169,14 +169,17 @@ QWidget *SettingsWindow::makeForm()
                                group(QStringLiteral("输出变量 Outputs"), pcOutputs)})
         pcLayout->addWidget(pcGroup);
     pcLayout->addStretch();
-    for (Row &cRow : m_lstRow) {
+    // Group by group: Tab goes the way in which the widgets are made.
+    for (Row &cRow : m_lstRow)
         if (cRow.m_pcSetting->m_eKind == SettingKind::Input)
             makeInput(pcInputs, cRow);
-        else if (cRow.m_pcSetting->m_eKind == SettingKind::Output)
-            makeOutput(pcOutputs, cRow);
-        else
+    for (Row &cRow : m_lstRow)
+        if (cRow.m_pcSetting->m_eKind != SettingKind::Input &&
+            cRow.m_pcSetting->m_eKind != SettingKind::Output)
             makeEditor(pcSettings, cRow);
-    }
+    for (Row &cRow : m_lstRow)
+        if (cRow.m_pcSetting->m_eKind == SettingKind::Output)
+            makeOutput(pcOutputs, cRow);
     int nLabelWidth = 0;
     for (const Row &cRow : m_lstRow)
         nLabelWidth = std::max(nLabelWidth, cRow.m_pcLabel->sizeHint().width());
@@ -198,6 +201,7 @@ QWidget *SettingsWindow::makeForm()
     pcScroll->setWidget(pcContent);
     pcScroll->setWidgetResizable(true);
     pcScroll->setFrameShape(QFrame::NoFrame);
+    pcScroll->setFocusPolicy(Qt::NoFocus); // nothing would show it
     pcScroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     const QSize cContent = pcContent->sizeHint();
     const int nHighest = QApplication::primaryScreen()->availableGeometry().height() * 3 / 4;
