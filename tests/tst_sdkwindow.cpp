@@ -252,7 +252,7 @@ private slots:
             QVERIFY(cUser.isContent() && cWindow.isVisible());
         };
         QCOMPARE(show(WHOLE, store(), CANCEL, fnType), QString());
-        QVERIFY2(strBox.startsWith("警告: "), qPrintable(strBox));
+        QVERIFY2(strBox.startsWith("警告 Warning: "), qPrintable(strBox));
         QCOMPARE(store()->snapshot().size(), 2);
     }
 

@@ -182,7 +182,7 @@ public:
         connect(m_pcEdit, &QLineEdit::textChanged, this, &Editor::changed);
         if (cSetting.m_eKind == SettingKind::Text)
             return;
-        auto *pcBrowse = add(new QPushButton(QStringLiteral("浏  览")), "Browse");
+        auto *pcBrowse = add(new QPushButton(QStringLiteral("浏览 Browse")), "Browse");
         pcBrowse->setAutoDefault(false);
         connect(pcBrowse, &QPushButton::clicked, this, &TextEditor::browse);
     }
@@ -195,8 +195,8 @@ private:
         const QString strFilter = QString::fromUtf8(setting().m_szFilter);
         const QString strChosen =
             setting().m_eKind == SettingKind::Directory
-                ? QFileDialog::getExistingDirectory(this, QStringLiteral("选取目录"), value())
-                : QFileDialog::getOpenFileName(this, QStringLiteral("选取文件"), value(),
+                ? QFileDialog::getExistingDirectory(this, QStringLiteral("选取目录 Choose a folder"), value())
+                : QFileDialog::getOpenFileName(this, QStringLiteral("选取文件 Choose a file"), value(),
                                                strFilter.isEmpty() ? strFilter : '(' + strFilter + ')');
         if (!strChosen.isEmpty())
             m_pcEdit->setText(strChosen);
@@ -369,11 +369,11 @@ public:
     {
         addBox(QStringLiteral("X "), MAX_SIDE, "");
         addBox(QStringLiteral("Y "), MAX_SIDE, "Y");
-        addBox(QStringLiteral("宽 "), MAX_SIDE, "Width");
-        addBox(QStringLiteral("高 "), MAX_SIDE, "Height");
+        addBox(QStringLiteral("宽 W "), MAX_SIDE, "Width");
+        addBox(QStringLiteral("高 H "), MAX_SIDE, "Height");
         // A region without pixels is written as none: the whole picture.
         for (size_t nBox : {size_t(2), size_t(3)})
-            m_lstBox[nBox]->setSpecialValueText(QStringLiteral("全部"));
+            m_lstBox[nBox]->setSpecialValueText(QStringLiteral("全部 all"));
         addPickButton();
         RegionEditor::setValue(QString::fromUtf8(cSetting.m_szInitial));
     }
@@ -530,7 +530,7 @@ QString Editor::name(const char *szSuffix) const
 void Editor::addPickButton()
 {
     m_pcPick = add(new QToolButton, "Pick");
-    m_pcPick->setText(QStringLiteral("图中选取"));
+    m_pcPick->setText(QStringLiteral("选取 Pick"));
     m_pcPick->setToolTip(QStringLiteral("在右边的图像中拖动选取\nDrag in the picture at the right"));
     m_pcPick->setCheckable(true);
 }

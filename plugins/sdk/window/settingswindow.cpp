@@ -98,7 +98,7 @@ SettingsWindow::SettingsWindow(const PluginDescription &cPlugin, const QString &
                                ArithmParamMgr *pcStore)
     : m_cPlugin(cPlugin), m_pcStore(pcStore), m_achGiven(strConfig.toUtf8())
 {
-    setWindowTitle(utf8(cPlugin.m_cAbout.m_szName) + QStringLiteral(" 配置"));
+    setWindowTitle(utf8(cPlugin.m_cAbout.m_szName) + QStringLiteral(" 配置 Settings"));
     for (const Setting &cSetting : cPlugin) {
         Row cRow{};
         cRow.m_pcSetting = &cSetting;
@@ -111,8 +111,8 @@ SettingsWindow::SettingsWindow(const PluginDescription &cPlugin, const QString &
         pcSides->addWidget(makePreviewSide(), 1);
 
     auto *pcButtons = new QHBoxLayout;
-    auto *pcOK = button(QStringLiteral("确  定"), QStringLiteral("btnOK"));
-    auto *pcCancel = button(QStringLiteral("取  消"), QStringLiteral("btnCancel"));
+    auto *pcOK = button(QStringLiteral("确定 OK"), QStringLiteral("btnOK"));
+    auto *pcCancel = button(QStringLiteral("取消 Cancel"), QStringLiteral("btnCancel"));
     pcOK->setDefault(true);
     pcButtons->addStretch();
     pcButtons->addWidget(pcOK);
@@ -483,8 +483,8 @@ void SettingsWindow::pressOK()
         pcBox->interpretText();
     for (const Row &cRow : m_lstRow)
         if (const QString strProblem = problemOf(cRow); !strProblem.isEmpty()) {
-            QMessageBox cBox(QMessageBox::Information, QStringLiteral("警告"), strProblem, QMessageBox::Ok,
-                             this);
+            QMessageBox cBox(QMessageBox::Information, QStringLiteral("警告 Warning"), strProblem,
+                             QMessageBox::Ok, this);
             cBox.setTextFormat(Qt::PlainText);
             cBox.exec();
             cRow.m_pcField->setFocus();
