@@ -95,6 +95,34 @@ private slots:
         QVERIFY(QFile::exists(out("图 1-OutputID.png")) && QFile::exists(out("图 1_2-OutputID.png")));
     }
 
+    /// Neither a picture that is given nor another one's results.
+    void overwritesNothing()
+    {
+        QDir().mkpath(m_cDir.filePath("same"));
+        const auto fnCopy = [this](const char *szTo) {
+            return QFile::copy(m_cDir.filePath("图 1.png"), m_cDir.filePath(szTo));
+        };
+        QVERIFY(fnCopy("p.png") && fnCopy("p-OutputID.png") && fnCopy("a_2.png") && fnCopy("same/p.png"));
+        const Outcome cOutcome = tryOut({"--out", m_cDir.path(), "--try", "ToGray", "p.png", "p-OutputID.png",
+                                         "same/p.png", "a_2.png", "other/../p-OutputID.png"});
+        QCOMPARE(cOutcome.m_nExitCode, 0);
+        QSet<QString> setFile;
+        for (const QJsonObject &cObject : objects(cOutcome.m_strOut))
+            setFile += QFileInfo(cObject["outputs"].toArray()[0].toObject()["file"].toString()).fileName();
+        QCOMPARE(setFile, (QSet<QString>{"p_2-OutputID.png", "p-OutputID-OutputID.png", "p_3-OutputID.png",
+                                         "a_2-OutputID.png", "p-OutputID_2-OutputID.png"}));
+        QCOMPARE(QImage(m_cDir.filePath("p-OutputID.png")), QImage(m_cDir.filePath("图 1.png")));
+    }
+
+    void warnsOfWhatNoSettingReads()
+    {
+        const Outcome cOutcome =
+            tryOut({"--try", "OCX_Blur", "--config", "<Sise>3</Sise>rubbish<size>5</size>", "图 1.png"});
+        QCOMPARE(cOutcome.m_nExitCode, 0);
+        QCOMPARE(cOutcome.m_strErr,
+                 QString("oculinex-run: OCX_Blur has no setting for <Sise>, 'rubbish' in its --config.\n"));
+    }
+
     void refuses_data()
     {
         addRows("what            strArguments                    strExitCode  strText\n"
@@ -106,6 +134,7 @@ private slots:
                 "PICTURE  2  "
                 "reads string list 4 (<StringID>), which no --try before it writes\n"
                 "bad setting     --try Blur --config <Size>4</Size> PICTURE  1  wanted is an odd number\n"
+                "folder          --try Blur other                       1  other: it is a folder\n"
                 "no picture file  --try Blur dark.txt                   1  dark.txt: ");
     }
     void refuses()

@@ -1,6 +1,7 @@
 #include "tryout.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <memory>
 
 #include <QDir>
@@ -8,6 +9,8 @@
 #include <QFileInfo>
 #include <QImageReader>
 #include <QImageWriter>
+#include <QRegularExpression>
+#include <QSet>
 
 #include "arithmMgr/arithmmgr.h"
 #include "globalfunction.h"
@@ -47,6 +50,36 @@ QList<QPair<ParamKind, int>> keys(const ArithmParamMgr &cStore)
         lstKey += {cEntry.m_eKind, cEntry.m_nID};
     return lstKey;
 }
+
+/// The same for all names of one file.
+QString whole(const QString &strFile)
+{
+    const QFileInfo cInfo(strFile);
+    const QString strFolder = QFileInfo(cInfo.path()).canonicalFilePath();
+    return cInfo.exists() ? cInfo.canonicalFilePath() : strFolder + '/' + cInfo.fileName();
+}
+
+/// What a configuration holds that no setting of the table reads; empty for nothing.
+QString strayParts(QString strConfig, const PluginTable &cTable)
+{
+    QSet<QString> setTag{"settings"}; // what the window writes where there is nothing to set
+    for (const PluginSetting &cSetting : cTable.m_lstSetting) {
+        setTag << cSetting.m_strTag.toLower() << cSetting.m_strTypeTag.toLower();
+        if (cSetting.isOutput())
+            setTag << cSetting.m_strPrefix.toLower() + "name" << cSetting.m_strPrefix.toLower() + "describe";
+    }
+    static const QRegularExpression s_cPair("<(\\w+)>(.*?)</\\1>",
+                                            QRegularExpression::CaseInsensitiveOption |
+                                                QRegularExpression::DotMatchesEverythingOption);
+    QStringList lstStray;
+    for (auto iPair = s_cPair.globalMatch(strConfig); iPair.hasNext();)
+        if (const QString strTag = iPair.next().captured(1); !setTag.contains(strTag.toLower()))
+            lstStray += '<' + strTag + '>';
+    const QString strRest = strConfig.remove(s_cPair).simplified();
+    if (!strRest.isEmpty())
+        lstStray += '\'' + (strRest.size() > 60 ? strRest.left(60) + "…" : strRest) + '\'';
+    return lstStray.join(", ");
+}
 } // namespace
 
 QString Tryout::prepare()
@@ -72,7 +105,53 @@ QString Tryout::prepare()
         if (QString strError = prepare(cStep); !strError.isEmpty())
             return strError;
     const QString strReason = PictureWriter::whyUnwritable(m_cOptions.m_strOut);
-    return strReason.isEmpty() ? QString() : m_cOptions.m_strOut + ": " + strReason;
+    return strReason.isEmpty() ? choosePrefixes() : m_cOptions.m_strOut + ": " + strReason;
+}
+
+QString Tryout::choosePrefixes()
+{
+    QSet<QString> setPicture;
+    QSet<QString> setName; // kept for the first picture of that name
+    for (const QString &strFile : m_cOptions.m_lstPicture) {
+        setPicture += whole(strFile);
+        setName += QFileInfo(strFile).completeBaseName();
+    }
+    const auto fnIsFree = [&](const QString &strPrefix) {
+        for (int nStep = 0; nStep < static_cast<int>(m_lstStep.size()); ++nStep) {
+            const Step &cStep = m_lstStep[static_cast<size_t>(nStep)];
+            QStringList lstTag("all");
+            for (const StoreAccess &cAccess : cStep.m_lstWrite)
+                lstTag += cAccess.m_strTag;
+            for (const QString &strTag : qAsConst(lstTag))
+                if (setPicture.contains(whole(outputFile(strPrefix, nStep, strTag))))
+                    return false;
+            // Whatever it writes.
+            if (cStep.m_bKnown)
+                continue;
+            const QString strBegin = whole(
+                outputFile(strPrefix, nStep, QString()).chopped(int(strlen(".png")))); // whatever follows
+            for (const QString &strPicture : qAsConst(setPicture))
+                if (strPicture.startsWith(strBegin))
+                    return false;
+        }
+        return true;
+    };
+    QSet<QString> setUsed;
+    for (const QString &strFile : m_cOptions.m_lstPicture) {
+        const QString strName = QFileInfo(strFile).completeBaseName();
+        QString strPrefix = strName;
+        for (int nTry = 2;
+             setUsed.contains(strPrefix) || (nTry > 2 && setName.contains(strPrefix)) || !fnIsFree(strPrefix);
+             ++nTry) {
+            constexpr int MOST_TRIES = 100000;
+            if (nTry > MOST_TRIES)
+                return strFile + ": its results would overwrite pictures that are given: name another --out";
+            strPrefix = QString("%1_%2").arg(strName).arg(nTry);
+        }
+        setUsed += strPrefix;
+        m_lstPrefix += strPrefix;
+    }
+    return {};
 }
 
 QString Tryout::prepare(Step &cStep)
@@ -89,6 +168,10 @@ QString Tryout::prepare(Step &cStep)
         return {};
     }
     const PluginTable &cTable = settingsTable(cStep.m_strID);
+    if (const QString strStray = strayParts(cStep.m_strConfig, cTable);
+        !cTable.isNull() && !strStray.isEmpty())
+        fprintf(stderr, "oculinex-run: %s has no setting for %s in its --config.\n",
+                qUtf8Printable(cStep.m_strID), qUtf8Printable(strStray));
     for (const PluginSetting &cSetting : cTable.m_lstSetting)
         if (!cSetting.m_lstKind.isEmpty() && isInForce(cSetting, cTable, cStep.m_strConfig))
             if (QString strError = fillIn(cSetting, cStep); !strError.isEmpty())
@@ -149,14 +232,19 @@ QString Tryout::fillIn(const PluginSetting &cSetting, Step &cStep)
 int Tryout::run()
 {
     int nExitCode = 0;
-    for (const QString &strFile : m_cOptions.m_lstPicture)
-        if (!tryPicture(strFile))
+    for (int nPicture = 0; nPicture < m_cOptions.m_lstPicture.size(); ++nPicture)
+        if (!tryPicture(m_cOptions.m_lstPicture[nPicture], m_lstPrefix[nPicture]))
             nExitCode = 1;
     return nExitCode;
 }
 
-bool Tryout::tryPicture(const QString &strFile)
+bool Tryout::tryPicture(const QString &strFile, const QString &strPrefix)
 {
+    if (strFile.isEmpty() || QFileInfo(strFile).isDir()) {
+        m_cReport.failed(-1, strFile.isEmpty() ? QString("the name of a picture is empty")
+                                               : strFile + ": it is a folder, and --try reads pictures");
+        return false;
+    }
     QImageReader cReader(strFile);
     cReader.setAutoTransform(true); // photographs may be stored on their side
     cReader.setDecideFormatFromContent(true);
@@ -165,9 +253,7 @@ bool Tryout::tryPicture(const QString &strFile)
         m_cReport.failed(-1, strFile + ": " + cReader.errorString());
         return false;
     }
-    m_strPrefix = QFileInfo(strFile).completeBaseName();
-    if (const int nUsed = m_mapPrefix[m_strPrefix]++; nUsed > 0)
-        m_strPrefix += QString("_%1").arg(nUsed + 1);
+    m_strPrefix = strPrefix;
 
     const std::unique_ptr<ArithmParamMgr, decltype(&ArithmParamMgr::deleteInstance)> pcStore(
         ArithmParamMgr::newInstance(), ArithmParamMgr::deleteInstance);
@@ -288,12 +374,17 @@ QImage Tryout::draw(const QList<Key> &lstKey, const QImage &cPicture, const Step
 
 QString Tryout::save(const QImage &cImage, int nStep, const QString &strTag, QString &strFile) const
 {
-    const QString strStep = m_lstStep.size() > 1 ? QString("-%1").arg(nStep + 1) : QString();
-    strFile = QDir(m_cOptions.m_strOut).filePath(m_strPrefix + strStep + '-' + strTag + ".png");
+    strFile = outputFile(m_strPrefix, nStep, strTag);
     QImageWriter cWriter(strFile, "png");
     if (cWriter.write(cImage))
         return {};
     QString strError = strFile + ": " + cWriter.errorString();
     strFile.clear();
     return strError;
+}
+
+QString Tryout::outputFile(const QString &strPrefix, int nStep, const QString &strTag) const
+{
+    const QString strStep = m_lstStep.size() > 1 ? QString("-%1").arg(nStep + 1) : QString();
+    return QDir(m_cOptions.m_strOut).filePath(strPrefix + strStep + '-' + strTag + ".png");
 }

@@ -4,7 +4,6 @@
 #include <vector>
 
 #include <QImage>
-#include <QMap>
 #include <QPair>
 
 #include "arithmMgr/arithms.h"
@@ -49,7 +48,11 @@ private:
     QString prepare(Step &cStep);
     /// Gives the setting an ID when it has none; an error text, empty when all is well.
     QString fillIn(const PluginSetting &cSetting, Step &cStep);
-    bool tryPicture(const QString &strFile);
+    /// Chooses what the names of each picture's files begin with, so that none is another's or a picture
+    /// that was given; an error text, empty when all is well.
+    QString choosePrefixes();
+    QString outputFile(const QString &strPrefix, int nStep, const QString &strTag) const;
+    bool tryPicture(const QString &strFile, const QString &strPrefix);
     /// One run of all algorithms; reports them if it is the last one.
     bool runOnce(const QString &strFile, const QImage &cPicture, bool bFirst, bool bLast);
     bool report(const QString &strFile, const QImage &cPicture, int nStep, const QStringList &lstCommand);
@@ -62,12 +65,12 @@ private:
     Report &m_cReport;
     ArithmParamMgr *m_pcStore = nullptr; ///< of the picture at hand
     std::vector<Step> m_lstStep;
-    int m_nLastID = 0;              ///< the highest that is named or was filled in
-    QList<Key> m_lstLoad;           ///< the parameters that the picture is put into
-    QList<Key> m_lstWritten;        ///< by the algorithms so far, the newest last
-    bool m_bAnyWritten = false;     ///< by an algorithm that may write anything
-    QMap<QString, int> m_mapPrefix; ///< how often each picture's name has been used
-    QString m_strPrefix;            ///< of the files of the picture at hand
+    int m_nLastID = 0;          ///< the highest that is named or was filled in
+    QList<Key> m_lstLoad;       ///< the parameters that the picture is put into
+    QList<Key> m_lstWritten;    ///< by the algorithms so far, the newest last
+    bool m_bAnyWritten = false; ///< by an algorithm that may write anything
+    QStringList m_lstPrefix;    ///< of the files of each picture
+    QString m_strPrefix;        ///< of the picture at hand
 };
 
 #endif
