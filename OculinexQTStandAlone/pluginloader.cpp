@@ -42,7 +42,7 @@ bool isBrokenOff(const QString &strPath)
     const qint64 nTableSize = qint64{cHeader.e_phnum} * qint64{sizeof(ElfW(Phdr))};
     if (cHeader.e_phoff > nSize || !cFile.seek(static_cast<qint64>(cHeader.e_phoff)) ||
         cFile.read(reinterpret_cast<char *>(vSegments.data()), nTableSize) != nTableSize)
-        return true;
+        return false; // nor does it read further here
     for (const ElfW(Phdr) & cSegment : vSegments)
         if (cSegment.p_type == PT_LOAD &&
             (cSegment.p_offset > nSize || cSegment.p_filesz > nSize - cSegment.p_offset))

@@ -25,8 +25,8 @@ std::function<QByteArray()> s_fnWindow;
 void called(const QString &strCall)
 {
     s_lstCall.append(strCall);
-    if (s_fnCalled)
-        s_fnCalled(strCall);
+    if (const auto fnCalled = s_fnCalled) // it may set another
+        fnCalled(strCall);
 }
 
 char *showKind(char *pchConfig, bool)
@@ -215,6 +215,21 @@ private slots:
             s_fnCalled = nullptr;
             QCOMPARE(s_lstCall.filter("remove").size(), 1);
         }
+
+        // Nor does a click count in a dialog that goes.
+        s_lstCall.clear();
+        ArithmParamMgr cStore;
+        auto pcDialog = std::make_unique<DlgDataSource>(&DataSource::getInstance()->m_mapDataSourceInfo,
+                                                        &cStore, QString(), nullptr);
+        pcDialog->show();
+        use("假")(*pcDialog);
+        s_fnCalled = [&, &cDialog = *pcDialog](const QString &) {
+            s_fnCalled = nullptr;
+            for (const char *szButton : {"btnCancel", "btnSetting"})
+                DialogUser::click(cDialog, szButton);
+        };
+        pcDialog.reset();
+        QCOMPARE(s_lstCall.filter("remove").size(), 1);
     }
 
     /// So may a host use the task whose source goes, and open another file in the middle of one.
@@ -238,7 +253,34 @@ private slots:
         };
         DialogUser cUser({use("假"), DialogUser::set("edtName=n"), OK});
         pcTask->selectDataSource();
+
+        // Nothing is done any more with a task that goes.
+        s_lstCall.clear();
+        s_fnCalled = [&](const QString &) {
+            s_fnCalled = nullptr;
+            cTable.selectRow(0);
+            cTable.item(0, 0)->setText("typed");
+            pcTask->startTask();
+            pcTask->runTaskOnce();
+            pcTask->runHere();
+            pcTask->modifyOption();
+            pcTask->delArithm();
+            pcTask->selectDataSource();
+        };
         cTasks.clear();
+        QCOMPARE(s_lstCall, QStringList("remove"));
+
+        // One that is read anew stays until it has been read.
+        cTasks.addTask(new TaskInfo(QString(), nullptr), 0);
+        const QPointer<TaskInfo> pcRead = cTasks.getTask(0);
+        bool bStayed = false;
+        s_fnCalled = [&](const QString &) {
+            s_fnCalled = nullptr;
+            cTasks.clear();
+            bStayed = pcRead;
+        };
+        pcRead->fromString(strTask.arg("t"));
+        QVERIFY(bStayed && !pcRead);
 
         s_lstCall.clear();
         s_fnCalled = [&](const QString &) {

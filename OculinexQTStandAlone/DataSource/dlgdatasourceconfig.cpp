@@ -44,8 +44,9 @@ DlgDataSource::DlgDataSource(QMap<QString, DataSource::DataSourceInfo *> *pmapDa
 
 DlgDataSource::~DlgDataSource()
 {
+    setEnabled(false);
     if (result() != Accepted)
-        delete m_pcDSI;
+        delete std::exchange(m_pcDSI, nullptr);
     delete ui;
 }
 

@@ -145,6 +145,7 @@ class OCULINEXQTSTANDALONE_EXPORT TaskMgr
 {
 public:
     static TaskMgr *getInstance();
+    /// Deletes the manager with its tasks; not from within a call to it or to one of its tasks.
     static void deleteThis();
 
     TaskMgr();

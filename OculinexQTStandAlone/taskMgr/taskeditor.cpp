@@ -332,8 +332,11 @@ void TaskInfo::delArithm()
         prepareForRemoveArithm(m_lstArithm.at(nRow));
         m_lstArithm.removeAt(nRow);
     }
-    m_pcLastSelectedItem = nullptr;
-    tableOf(*this)->removeRow(nRow);
+    QTableWidget *pcTable = tableOf(*this);
+    for (int nColumn = 0; nColumn < pcTable->columnCount(); ++nColumn)
+        if (pcTable->item(nRow, nColumn) == m_pcLastSelectedItem)
+            m_pcLastSelectedItem = nullptr;
+    pcTable->removeRow(nRow);
 }
 
 void TaskInfo::prepareForRemoveArithm(TaskItem) {}
@@ -431,10 +434,7 @@ void TaskInfo::TaskFlowTblCellChanged(int nRow, int nColumn)
     const QTableWidgetItem *pcCell = pcTable ? pcTable->item(nRow, nColumn) : nullptr;
     if (!pcCell || nRow < 0 || nRow >= m_lstArithm.size())
         return;
-    const auto pcRecord = TaskRecord::of(this);
-    if (!pcRecord) // the task is going, and its source lets events through
-        return;
-    if (!pcRecord->isBusy())
+    if (!TaskRecord::of(this)->isBusy())
         m_lstArithm.detach();
     // In place: a cell that is being edited hands its text over when the start of the task disables
     // the table, and the task's thread is in the list by then.

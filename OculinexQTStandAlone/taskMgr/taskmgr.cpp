@@ -127,6 +127,7 @@ TaskInfo::~TaskInfo()
     delete m_pcDS;
     Drawing::disarm(m_pcAPM);
     ArithmParamMgr::deleteInstance(m_pcAPM);
+    forgetTaskRecord(this);
 }
 
 QString TaskInfo::getName()
@@ -171,6 +172,7 @@ QString TaskInfo::toString()
 
 void TaskInfo::fromString(QString strTask)
 {
+    const CallersRun cCallersRun(*this);
     m_strName = s_cName.take(strTask);
     m_nWhichKernel = s_cKernel.take(strTask).toInt();
     m_nWhichView = s_cView.take(strTask).toInt();

@@ -253,19 +253,29 @@ void createTaskRecord(TaskInfo *pcTask)
     cTable.m_mapRecord[pcTask] = std::move(pcRecord);
 }
 
-void forgetTaskRecord(TaskInfo *pcTask)
+void stopForDestruction(TaskInfo *pcTask)
 {
+    stopThread(pcTask);
     // The thread has reported that it left, and may yet be in its last lines.
     const auto pcRecord = TaskRecord::of(pcTask);
     pcRecord->waitForThreads();
-    RecordTable &cTable = records();
-    const std::lock_guard<std::mutex> cGuard(cTable.m_cLock);
-    cTable.m_mapRecord.erase(pcTask);
+    // A hold that is never released: nobody deletes the task once more.
+    pcRecord->hold();
+    pcRecord->letGo();
     if (isProcessEnding() && pcRecord->hasThreads()) {
+        RecordTable &cTable = records();
+        const std::lock_guard<std::mutex> cGuard(cTable.m_cLock);
         cTable.m_lstKept.insert(cTable.m_lstKept.end(), {pcTask->m_pcDS, pcTask->m_pcAPM});
         pcTask->m_pcDS = nullptr;
         pcTask->m_pcAPM = nullptr;
     }
+}
+
+void forgetTaskRecord(const TaskInfo *pcTask)
+{
+    RecordTable &cTable = records();
+    const std::lock_guard<std::mutex> cGuard(cTable.m_cLock);
+    cTable.m_mapRecord.erase(pcTask);
 }
 
 // ---- end of the process ----

@@ -108,12 +108,13 @@ qint64 steadyNs();
 void createTaskRecord(TaskInfo *pcTask);
 /// Stops the task's thread, if it has one, and leaves the widgets alone.
 void stopThread(TaskInfo *pcTask);
-/// Called first by the task's destructor: stops the thread and waits until it touches the task no
-/// more.
+/// Called first by the task's destructor: stops the thread, waits until it touches the task no more, and
+/// lets nothing be done with the task from then on, though its source may let events through while it
+/// goes. When the process ends and the thread is still in, the task loses its source and its store to the
+/// thread.
 void stopForDestruction(TaskInfo *pcTask);
-/// Its last part: waits for the latch and drops the record. When the process ends and the thread is
-/// still in, the task loses its source and its store to the thread.
-void forgetTaskRecord(TaskInfo *pcTask);
+/// Called last by the task's destructor.
+void forgetTaskRecord(const TaskInfo *pcTask);
 
 /// At the end of the process: asks every running task to stop and waits a bounded time.
 void stopTasksForExit();

@@ -150,6 +150,8 @@ void TaskInfo::initTaskItemExeTimes()
 bool TaskInfo::runOnce(QString &strMsg, bool bSingle, int nLastStep, int nTimeoutMs)
 {
     const CallersRun cCallersRun(*this);
+    if (TaskRecord::of(this)->isToGo())
+        return false;
     m_lstArithm.detach();
     return FlowRun(*this).run(strMsg, bSingle, nLastStep, nTimeoutMs);
 }
@@ -211,12 +213,6 @@ void stopThread(TaskInfo *pcTask)
         waitForThread(*pcTask);
 }
 
-void stopForDestruction(TaskInfo *pcTask)
-{
-    stopThread(pcTask);
-    forgetTaskRecord(pcTask);
-}
-
 void TaskInfo::runTaskOnce()
 {
     const auto fnReport = [this](QString &strMsg) {
@@ -225,6 +221,8 @@ void TaskInfo::runTaskOnce()
         strMsg.clear();
     };
     const CallersRun cCallersRun(*this);
+    if (TaskRecord::of(this)->isToGo())
+        return;
     QString strMsg;
     std::optional<FlowRun> cFlow;
     const bool bReady = runPart(*this, strMsg, [&] {
