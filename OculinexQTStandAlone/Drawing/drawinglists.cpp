@@ -193,19 +193,11 @@ void Drawing::PointsDrawingOpt::draw(QImage *pcTarget, ArithmParamMgr *pcAPM)
     if (lstPoints.isEmpty())
         return;
     const Mapping cMap(m_nViewID);
-    if (m_nSize < 1) {
-        for (const ParamPoints::Point &cPoint : lstPoints) {
-            const Position cAt = cMap(cPoint.x, cPoint.y);
-            if (cAt && pcTarget->valid(*cAt))
-                pcTarget->setPixel(*cAt, opaque(m_nColor).rgb());
-        }
-        return;
-    }
     Brush cBrush(pcTarget);
     cBrush.setPen(opaque(m_nColor));
     for (const ParamPoints::Point &cPoint : lstPoints) {
         if (const Position cAt = cMap(cPoint.x, cPoint.y))
-            cBrush.cross(*cAt, m_nSize);
+            cBrush.cross(*cAt, qMax(m_nSize, 0)); // without arms it is one pixel
     }
 }
 
