@@ -105,53 +105,34 @@ QString Tryout::prepare()
         if (QString strError = prepare(cStep); !strError.isEmpty())
             return strError;
     const QString strReason = PictureWriter::whyUnwritable(m_cOptions.m_strOut);
-    return strReason.isEmpty() ? choosePrefixes() : m_cOptions.m_strOut + ": " + strReason;
+    if (!strReason.isEmpty())
+        return m_cOptions.m_strOut + ": " + strReason;
+    choosePrefixes();
+    return {};
 }
 
-QString Tryout::choosePrefixes()
+void Tryout::choosePrefixes()
 {
-    QSet<QString> setPicture;
+    QStringList lstPicture;
     QSet<QString> setName; // kept for the first picture of that name
     for (const QString &strFile : m_cOptions.m_lstPicture) {
-        setPicture += whole(strFile);
+        lstPicture += whole(strFile);
         setName += QFileInfo(strFile).completeBaseName();
     }
-    const auto fnIsFree = [&](const QString &strPrefix) {
-        for (int nStep = 0; nStep < static_cast<int>(m_lstStep.size()); ++nStep) {
-            const Step &cStep = m_lstStep[static_cast<size_t>(nStep)];
-            QStringList lstTag("all");
-            for (const StoreAccess &cAccess : cStep.m_lstWrite)
-                lstTag += cAccess.m_strTag;
-            for (const QString &strTag : qAsConst(lstTag))
-                if (setPicture.contains(whole(outputFile(strPrefix, nStep, strTag))))
-                    return false;
-            // Whatever it writes.
-            if (cStep.m_bKnown)
-                continue;
-            const QString strBegin = whole(
-                outputFile(strPrefix, nStep, QString()).chopped(int(strlen(".png")))); // whatever follows
-            for (const QString &strPicture : qAsConst(setPicture))
-                if (strPicture.startsWith(strBegin))
-                    return false;
-        }
-        return true;
+    const auto fnMayOverwrite = [&](const QString &strPrefix) {
+        const QString strBegin = whole(QDir(m_cOptions.m_strOut).filePath(strPrefix + '-'));
+        return std::any_of(lstPicture.cbegin(), lstPicture.cend(),
+                           [&](const QString &strPicture) { return strPicture.startsWith(strBegin); });
     };
-    QSet<QString> setUsed;
     for (const QString &strFile : m_cOptions.m_lstPicture) {
         const QString strName = QFileInfo(strFile).completeBaseName();
         QString strPrefix = strName;
-        for (int nTry = 2;
-             setUsed.contains(strPrefix) || (nTry > 2 && setName.contains(strPrefix)) || !fnIsFree(strPrefix);
-             ++nTry) {
-            constexpr int MOST_TRIES = 100000;
-            if (nTry > MOST_TRIES)
-                return strFile + ": its results would overwrite pictures that are given: name another --out";
+        for (int nTry = 2; m_lstPrefix.contains(strPrefix) || (nTry > 2 && setName.contains(strPrefix)) ||
+                           fnMayOverwrite(strPrefix);
+             ++nTry)
             strPrefix = QString("%1_%2").arg(strName).arg(nTry);
-        }
-        setUsed += strPrefix;
         m_lstPrefix += strPrefix;
     }
-    return {};
 }
 
 QString Tryout::prepare(Step &cStep)
@@ -374,17 +355,12 @@ QImage Tryout::draw(const QList<Key> &lstKey, const QImage &cPicture, const Step
 
 QString Tryout::save(const QImage &cImage, int nStep, const QString &strTag, QString &strFile) const
 {
-    strFile = outputFile(m_strPrefix, nStep, strTag);
+    const QString strStep = m_lstStep.size() > 1 ? QString("-%1").arg(nStep + 1) : QString();
+    strFile = QDir(m_cOptions.m_strOut).filePath(m_strPrefix + strStep + '-' + strTag + ".png");
     QImageWriter cWriter(strFile, "png");
     if (cWriter.write(cImage))
         return {};
     QString strError = strFile + ": " + cWriter.errorString();
     strFile.clear();
     return strError;
-}
-
-QString Tryout::outputFile(const QString &strPrefix, int nStep, const QString &strTag) const
-{
-    const QString strStep = m_lstStep.size() > 1 ? QString("-%1").arg(nStep + 1) : QString();
-    return QDir(m_cOptions.m_strOut).filePath(strPrefix + strStep + '-' + strTag + ".png");
 }

@@ -48,10 +48,9 @@ private:
     QString prepare(Step &cStep);
     /// Gives the setting an ID when it has none; an error text, empty when all is well.
     QString fillIn(const PluginSetting &cSetting, Step &cStep);
-    /// Chooses what the names of each picture's files begin with, so that none is another's or a picture
-    /// that was given; an error text, empty when all is well.
-    QString choosePrefixes();
-    QString outputFile(const QString &strPrefix, int nStep, const QString &strTag) const;
+    /// Chooses what the names of each picture's files begin with, before '-', so that none is another's or
+    /// a picture that was given.
+    void choosePrefixes();
     bool tryPicture(const QString &strFile, const QString &strPrefix);
     /// One run of all algorithms; reports them if it is the last one.
     bool runOnce(const QString &strFile, const QImage &cPicture, bool bFirst, bool bLast);
