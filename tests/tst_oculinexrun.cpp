@@ -215,7 +215,7 @@ private slots:
             << task("", source("", "Scanner")) << "task 1: unknown data source 'Scanner'\n";
         row("other kind", fnDisk(1),
             "task 'a' step 1 (KQ_MemoryDisk): reads grey picture 1 (<InputID>), which nothing before it "
-            "writes; the data source writes a colour picture of that ID\n");
+            "writes; the data source writes the colour picture of that ID\n");
         row("written later", fnDisk(3) + fnLoad(3),
             "task 'a' step 1 (KQ_MemoryDisk): reads grey picture 3 (<InputID>), which nothing before it "
             "writes; step 2 writes it\n");

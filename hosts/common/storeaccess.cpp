@@ -5,6 +5,7 @@
 #include <map>
 #include <mutex>
 
+#include <QCoreApplication>
 #include <QRegularExpression>
 
 #include "arithmMgr/arithmregister.h"
@@ -82,10 +83,14 @@ StoreAccess accessTo(bool bWrite, Negative eNegative, ParamKind eKind, const QSt
 
 QString paramKindName(ParamKind eKind)
 {
-    static const char *const NAMES[] = {"colour picture", "grey picture", "16-bit picture", "point list",
-                                        "line list",      "polygon list", "area list",      "string list",
-                                        "integer list",   "number list",  "truth list"};
-    return NAMES[static_cast<size_t>(eKind)];
+    static const char *const NAMES[] = {
+        QT_TRANSLATE_NOOP("ParamKind", "colour picture"), QT_TRANSLATE_NOOP("ParamKind", "grey picture"),
+        QT_TRANSLATE_NOOP("ParamKind", "16-bit picture"), QT_TRANSLATE_NOOP("ParamKind", "point list"),
+        QT_TRANSLATE_NOOP("ParamKind", "line list"),      QT_TRANSLATE_NOOP("ParamKind", "polygon list"),
+        QT_TRANSLATE_NOOP("ParamKind", "area list"),      QT_TRANSLATE_NOOP("ParamKind", "string list"),
+        QT_TRANSLATE_NOOP("ParamKind", "integer list"),   QT_TRANSLATE_NOOP("ParamKind", "number list"),
+        QT_TRANSLATE_NOOP("ParamKind", "truth list")};
+    return QCoreApplication::translate("ParamKind", NAMES[static_cast<size_t>(eKind)]);
 }
 
 QString rawConfigValue(const QString &strConfig, const QString &strTag)

@@ -10,7 +10,7 @@
 
 using ParamKind = Plugin::Kind;
 
-/// What a kind is called in messages, as in "grey picture".
+/// What a kind is called in messages, as in "grey picture", in the language of the program.
 QString paramKindName(ParamKind eKind);
 
 /// What a step does with an ID below 0.

@@ -1,5 +1,6 @@
 #include "common/taskcheck.h"
 
+#include <QCoreApplication>
 #include <QMap>
 #include <QRegularExpression>
 #include <QSet>
@@ -36,6 +37,8 @@ struct Step {
 /// Checks one block after the other; m_cPlace says where it stands.
 class Checker
 {
+    Q_DECLARE_TR_FUNCTIONS(TaskCheck)
+
 public:
     QList<Finding> check(const QString &strTasks);
 
@@ -73,7 +76,7 @@ QString Checker::field(QString &strBlock, const char *szName)
     QString strValue = GlobalFunction::getAndRemoveBody(strBlock, strBegin, QString("</-%1->").arg(szName));
     const QRegularExpressionMatch cMatch = marker().match(strValue);
     if (cMatch.hasMatch())
-        add(QString("the value of '%1' holds the marker '%2'").arg(strBegin, cMatch.captured()));
+        add(tr("the value of '%1' holds the marker '%2'").arg(strBegin, cMatch.captured()));
     return strValue;
 }
 
@@ -82,7 +85,7 @@ void Checker::checkNumber(const char *szName, const QString &strValue)
     bool bNumber = false;
     strValue.toInt(&bNumber);
     if (!bNumber && !strValue.isEmpty())
-        add(QString("'<-%1->' holds %2, which is no number and read as 0").arg(szName, quoted(strValue)));
+        add(tr("'<-%1->' holds %2, which is no number and read as 0").arg(szName, quoted(strValue)));
 }
 
 template <typename Function>
@@ -103,7 +106,7 @@ void Checker::takeBlocks(QString &strText, char chFrame, const char *szName, Fun
             continue;
         }
         if (strKept.size() != nBefore)
-            add(QString("an empty '%1' block ends the reading").arg(strBegin));
+            add(tr("an empty '%1' block ends the reading").arg(strBegin));
         break;
     }
     strText = strKept + strText.midRef(nFrom);
@@ -115,13 +118,13 @@ void Checker::checkRest(const QString &strRest)
     for (auto iMarker = marker().globalMatch(strRest); iMarker.hasNext();) {
         const QString strMarker = iMarker.next().captured();
         if (!setTold.contains(strMarker))
-            add(QString("stray marker '%1'").arg(strMarker));
+            add(tr("stray marker '%1'").arg(strMarker));
         setTold += strMarker;
     }
     QString strText = strRest;
     strText.remove(marker());
     if (!strText.trimmed().isEmpty())
-        add("text outside any block: " + quoted(strText));
+        add(tr("text outside any block: %1").arg(quoted(strText)));
 }
 
 Step Checker::checkStep(QString strStep)
@@ -141,11 +144,11 @@ Step Checker::checkStep(QString strStep)
         m_lstFinding[nFinding].m_strArithm = m_cPlace.m_strArithm;
 
     if (strLimit.isEmpty())
-        add("never runs: its limit '<-MaxExeTimes->' is missing");
+        add(tr("never runs: its limit '<-MaxExeTimes->' is missing"));
     else if (cStep.m_nMaxExeTimes == 0)
-        add("never runs: its limit is 0");
+        add(tr("never runs: its limit is 0"));
     if (!ArithmFactory::getInstance()->getArithm(cStep.m_strArithmID))
-        add(QString("unknown algorithm '%1'").arg(cStep.m_strArithmID));
+        add(tr("unknown algorithm '%1'").arg(cStep.m_strArithmID));
     checkRest(strStep);
     return cStep;
 }
@@ -154,16 +157,16 @@ void Checker::checkSource(const QString &strConfig, Written &mapWritten)
 {
     const QString strKind = rawConfigValue(strConfig, "DSName");
     if (strConfig.isEmpty())
-        return add("no data source");
+        return add(tr("no data source"));
     if (!DataSource::getInstance()->m_mapDataSourceInfo.contains(strKind))
-        return add(QString("unknown data source '%1'").arg(strKind));
+        return add(tr("unknown data source '%1'").arg(strKind));
 
     const QString strType = rawConfigValue(strConfig, "OutputType");
     const int nID = rawConfigValue(strConfig, "OutputID").toInt();
     if (nID < 1)
-        add("the data source delivers nothing: its output ID is not at least 1");
+        add(tr("the data source delivers nothing: its output ID is not at least 1"));
     else if (strType != "RGB" && strType != "Gray8")
-        add(QString("the data source delivers nothing: its output type is '%1', not 'RGB' or 'Gray8'")
+        add(tr("the data source delivers nothing: its output type is '%1', not 'RGB' or 'Gray8'")
                 .arg(strType));
     else
         mapWritten[strType == "RGB" ? ParamKind::DIB : ParamKind::Gray8][nID] = -1;
@@ -173,28 +176,27 @@ void Checker::checkAccess(const StoreAccess &cAccess, const Written &mapBefore, 
 {
     const QString strKind = paramKindName(cAccess.m_eKind);
     if (!cAccess.m_bNumber)
-        return add(QString("<%1> holds no number").arg(cAccess.m_strTag));
+        return add(tr("<%1> holds no number").arg(cAccess.m_strTag));
     if (cAccess.m_nID < 0 && cAccess.m_eNegative != Negative::Allowed)
-        return add(
-            QString("<%1> is below 0: the step %2")
-                .arg(cAccess.m_strTag, cAccess.m_eNegative == Negative::Refused ? "fails" : "does nothing"));
+        return add((cAccess.m_eNegative == Negative::Refused ? tr("<%1> is below 0: the step fails")
+                                                             : tr("<%1> is below 0: the step does nothing"))
+                       .arg(cAccess.m_strTag));
     if (cAccess.m_nID == -1)
-        return add(
-            QString("<%1> is -1: every run adds another %2 to the store").arg(cAccess.m_strTag, strKind));
+        return add(tr("<%1> is -1: every run adds another %2 to the store").arg(cAccess.m_strTag, strKind));
     if (cAccess.m_bWrite || mapBefore.value(cAccess.m_eKind).contains(cAccess.m_nID))
         return;
 
     QString strHint;
     if (mapEver.value(cAccess.m_eKind).contains(cAccess.m_nID))
-        strHint = QString("; step %1 writes it").arg(mapEver[cAccess.m_eKind][cAccess.m_nID] + 1);
+        strHint = tr("; step %1 writes it").arg(mapEver[cAccess.m_eKind][cAccess.m_nID] + 1);
     for (auto iKind = mapBefore.begin(); iKind != mapBefore.end(); ++iKind)
         if (strHint.isEmpty() && iKind->contains(cAccess.m_nID)) {
             const int nStep = iKind->value(cAccess.m_nID);
-            strHint = QString("; %1 writes a %2 of that ID")
-                          .arg(nStep < 0 ? "the data source" : QString("step %1").arg(nStep + 1),
-                               paramKindName(iKind.key()));
+            const QString strOther = paramKindName(iKind.key());
+            strHint = nStep < 0 ? tr("; the data source writes the %1 of that ID").arg(strOther)
+                                : tr("; step %1 writes the %2 of that ID").arg(nStep + 1).arg(strOther);
         }
-    add(QString("reads %1 %2 (<%3>), which nothing before it writes%4")
+    add(tr("reads %1 %2 (<%3>), which nothing before it writes%4")
             .arg(strKind)
             .arg(cAccess.m_nID)
             .arg(cAccess.m_strTag, strHint));
@@ -277,9 +279,9 @@ QString findingText(const Finding &cFinding)
 {
     QString strWhere;
     if (cFinding.m_nTask >= 0)
-        strWhere = cFinding.m_strTask.isEmpty() ? QString("task %1").arg(cFinding.m_nTask + 1)
-                                                : QString("task '%1'").arg(cFinding.m_strTask);
+        strWhere = cFinding.m_strTask.isEmpty() ? Checker::tr("task %1").arg(cFinding.m_nTask + 1)
+                                                : Checker::tr("task '%1'").arg(cFinding.m_strTask);
     if (cFinding.m_nStep >= 0)
-        strWhere += QString(" step %1 (%2)").arg(cFinding.m_nStep + 1).arg(cFinding.m_strArithm);
+        strWhere += Checker::tr(" step %1 (%2)").arg(cFinding.m_nStep + 1).arg(cFinding.m_strArithm);
     return strWhere.isEmpty() ? cFinding.m_strText : strWhere + ": " + cFinding.m_strText;
 }

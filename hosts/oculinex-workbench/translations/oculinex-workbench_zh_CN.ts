@@ -8,10 +8,6 @@
         <translation>操作员界面的内容</translation>
     </message>
     <message>
-        <source>View %1</source>
-        <translation>视图 %1</translation>
-    </message>
-    <message>
         <source>Task that is counted</source>
         <translation>统计的任务</translation>
     </message>
@@ -1088,6 +1084,148 @@ Add one in the list of tasks, or open a tasks file.</source>
     <message>
         <source>no limit</source>
         <translation>不限</translation>
+    </message>
+</context>
+<context>
+    <name>ParamKind</name>
+    <message>
+        <source>colour picture</source>
+        <translation>彩色图像</translation>
+    </message>
+    <message>
+        <source>grey picture</source>
+        <translation>灰度图像</translation>
+    </message>
+    <message>
+        <source>16-bit picture</source>
+        <translation>16 位图像</translation>
+    </message>
+    <message>
+        <source>point list</source>
+        <translation>点集</translation>
+    </message>
+    <message>
+        <source>line list</source>
+        <translation>线段集</translation>
+    </message>
+    <message>
+        <source>polygon list</source>
+        <translation>多边形集</translation>
+    </message>
+    <message>
+        <source>area list</source>
+        <translation>区域集</translation>
+    </message>
+    <message>
+        <source>string list</source>
+        <translation>字符串集</translation>
+    </message>
+    <message>
+        <source>integer list</source>
+        <translation>整数集</translation>
+    </message>
+    <message>
+        <source>number list</source>
+        <translation>数值集</translation>
+    </message>
+    <message>
+        <source>truth list</source>
+        <translation>真值集</translation>
+    </message>
+</context>
+<context>
+    <name>TaskCheck</name>
+    <message>
+        <source>the value of &apos;%1&apos; holds the marker &apos;%2&apos;</source>
+        <translation>&apos;%1&apos; 的值中含有标记 &apos;%2&apos;</translation>
+    </message>
+    <message>
+        <source>&apos;&lt;-%1-&gt;&apos; holds %2, which is no number and read as 0</source>
+        <translation>&apos;&lt;-%1-&gt;&apos; 的值 %2 不是数字，按 0 读取</translation>
+    </message>
+    <message>
+        <source>an empty &apos;%1&apos; block ends the reading</source>
+        <translation>空的 &apos;%1&apos; 块使读取中止</translation>
+    </message>
+    <message>
+        <source>stray marker &apos;%1&apos;</source>
+        <translation>多余的标记 &apos;%1&apos;</translation>
+    </message>
+    <message>
+        <source>text outside any block: %1</source>
+        <translation>块外的文字：%1</translation>
+    </message>
+    <message>
+        <source>never runs: its limit &apos;&lt;-MaxExeTimes-&gt;&apos; is missing</source>
+        <translation>从不运行：缺少次数上限 &apos;&lt;-MaxExeTimes-&gt;&apos;</translation>
+    </message>
+    <message>
+        <source>never runs: its limit is 0</source>
+        <translation>从不运行：次数上限为 0</translation>
+    </message>
+    <message>
+        <source>unknown algorithm &apos;%1&apos;</source>
+        <translation>未知的算法 &apos;%1&apos;</translation>
+    </message>
+    <message>
+        <source>no data source</source>
+        <translation>没有数据源</translation>
+    </message>
+    <message>
+        <source>unknown data source &apos;%1&apos;</source>
+        <translation>未知的数据源 &apos;%1&apos;</translation>
+    </message>
+    <message>
+        <source>the data source delivers nothing: its output ID is not at least 1</source>
+        <translation>数据源不输出任何图像：输出 ID 小于 1</translation>
+    </message>
+    <message>
+        <source>the data source delivers nothing: its output type is &apos;%1&apos;, not &apos;RGB&apos; or &apos;Gray8&apos;</source>
+        <translation>数据源不输出任何图像：输出类型为 &apos;%1&apos;，而不是 &apos;RGB&apos; 或 &apos;Gray8&apos;</translation>
+    </message>
+    <message>
+        <source>&lt;%1&gt; holds no number</source>
+        <translation>&lt;%1&gt; 的值不是数字</translation>
+    </message>
+    <message>
+        <source>&lt;%1&gt; is below 0: the step fails</source>
+        <translation>&lt;%1&gt; 小于 0：步骤会失败</translation>
+    </message>
+    <message>
+        <source>&lt;%1&gt; is below 0: the step does nothing</source>
+        <translation>&lt;%1&gt; 小于 0：步骤什么也不做</translation>
+    </message>
+    <message>
+        <source>&lt;%1&gt; is -1: every run adds another %2 to the store</source>
+        <translation>&lt;%1&gt; 为 -1：每次运行都会在数据中新增一个%2</translation>
+    </message>
+    <message>
+        <source>; step %1 writes it</source>
+        <translation>；步骤 %1 写入它</translation>
+    </message>
+    <message>
+        <source>; the data source writes the %1 of that ID</source>
+        <translation>；数据源写入的是该 ID 的%1</translation>
+    </message>
+    <message>
+        <source>; step %1 writes the %2 of that ID</source>
+        <translation>；步骤 %1 写入的是该 ID 的%2</translation>
+    </message>
+    <message>
+        <source>reads %1 %2 (&lt;%3&gt;), which nothing before it writes%4</source>
+        <translation>读取%1 %2 (&lt;%3&gt;)，而在它之前没有步骤写入%4</translation>
+    </message>
+    <message>
+        <source>task %1</source>
+        <translation>任务 %1</translation>
+    </message>
+    <message>
+        <source>task &apos;%1&apos;</source>
+        <translation>任务 &apos;%1&apos;</translation>
+    </message>
+    <message>
+        <source> step %1 (%2)</source>
+        <translation> 步骤 %1 (%2)</translation>
     </message>
 </context>
 </TS>
