@@ -32,6 +32,12 @@ struct Outcome {
     QStringList m_lstPrinted;
     std::map<QString, QByteArray> m_mapFiles;
     QByteArray m_achView; ///< what the host sees
+
+    bool operator==(const Outcome &cOther) const
+    {
+        return m_lstErrors == cOther.m_lstErrors && m_lstPrinted == cOther.m_lstPrinted &&
+               m_mapFiles == cOther.m_mapFiles && m_achView == cOther.m_achView;
+    }
 };
 
 QStringList taken(int (*fnTake)(char *, int))
@@ -73,39 +79,37 @@ void makeQtsRecord()
 #endif
 }
 
-/// Calls fnRun() again and again, each time with another allocation that fails, alone and with the
-/// nMore after it, until none is left; fnPrepare() before and fnCheck(which) after each. How many.
+/// Calls fnRun() again and again, each time with another allocation that fails, alone or with as many
+/// after it as lstMore says, until none is left; fnPrepare() before and fnCheck(which) after each. How
+/// many there are.
 template <typename Prepare, typename Run, typename Check>
-int failEach(int nMore, const Prepare &fnPrepare, const Run &fnRun, const Check &fnCheck)
+int failEach(std::initializer_list<int> lstMore, const Prepare &fnPrepare, const Run &fnRun,
+             const Check &fnCheck)
 {
-    for (int nFirst = qMax(1, qEnvironmentVariableIntValue("OCULINEX_FAULT_FROM"));; ++nFirst) {
-        const QByteArray achWhich = "allocation " + QByteArray::number(nFirst);
-        if (qEnvironmentVariableIsSet("OCULINEX_FAULT_TRACE"))
-            fprintf(stderr, "-- %s\n", achWhich.constData());
-        fnPrepare();
-        {
-            const FailingHeap::Fault cFault(nFirst, nMore < INT_MAX ? nFirst + nMore : INT_MAX);
-            fnRun();
-            if (cFault.refused() == 0)
-                return nFirst - 1;
+    int nFirst = 0;
+    for (const int nMore : lstMore)
+        for (nFirst = qMax(1, qEnvironmentVariableIntValue("OCULINEX_FAULT_FROM"));; ++nFirst) {
+            const QByteArray achWhich =
+                "allocation " + QByteArray::number(nFirst) + " and " + QByteArray::number(nMore) + " more";
+            if (qEnvironmentVariableIsSet("OCULINEX_FAULT_TRACE"))
+                fprintf(stderr, "-- %s\n", achWhich.constData());
+            fnPrepare();
+            {
+                const FailingHeap::Fault cFault(nFirst, nMore < INT_MAX ? nFirst + nMore : INT_MAX);
+                fnRun();
+                if (cFault.refused() == 0)
+                    break;
+            }
+            fnCheck(achWhich);
+            if (QTest::currentTestFailed())
+                return 0;
         }
-        fnCheck(achWhich);
-        if (QTest::currentTestFailed())
-            return 0;
-    }
+    return nFirst - 1;
 }
 
-void addFaults()
+QByteArray tasksText()
 {
-    QTest::addColumn<int>("nMore"); // that fail after the first
-    QTest::newRow("one") << 0;
-    QTest::newRow("five") << 4;
-    QTest::newRow("all") << INT_MAX;
-}
-
-QString tasksText()
-{
-    return TaskMgr::getInstance()->toString();
+    return TaskMgr::getInstance()->toString().toUtf8();
 }
 
 /// Frees the buffers of a memory disk, so that the next pictures need new ones.
@@ -132,9 +136,8 @@ private slots:
         MadeThreads::s_fnInside = makeQtsRecord;
         QImage cPicture(SIDE, SIDE, QImage::Format_RGB888);
         cPicture.fill(QColor(10, 200, 30));
-        QVERIFY(cPicture.save(m_cIn.filePath("in.png")));
-        QVERIFY(cPicture.save(m_cIn.filePath("in.jpg")));
-        QVERIFY(cPicture.save(m_cIn.filePath("in.bmp")));
+        for (const char *szFile : {"in.png", "in.jpg", "in.bmp"})
+            QVERIFY(cPicture.save(m_cIn.filePath(szFile)));
         enableTaskStatus(true);
         useDrawingWindow(0, 64, 48);
         useDrawingWindow(3, 64, 48);
@@ -150,24 +153,19 @@ private slots:
     }
     void cleanupTestCase() { TaskMgr::deleteThis(); }
 
-    void allocations_data()
+    void runs_data()
     {
         QTest::addColumn<bool>("bThread");
-        QTest::addColumn<int>("nMore"); // that fail after the first
-        QTest::newRow("the caller's thread, one") << false << 0;
-        QTest::newRow("the caller's thread, five") << false << 4;
-        QTest::newRow("the task's thread, one") << true << 0;
-        QTest::newRow("the task's thread, five") << true << 4;
+        QTest::newRow("the caller's thread") << false;
+        QTest::newRow("the task's thread") << true;
     }
 
-    void allocations()
+    void runs()
     {
         QFETCH(bool, bThread);
-        QFETCH(int, nMore);
         const Outcome &cGood = m_acGood[bThread];
         int nErrors = 0;
-        int nSkipped = 0;
-        int nUnseen = 0;
+        int nSkipped = 0; // pictures
         const auto fnCheck = [&](const QByteArray &achWhich) {
             const Outcome cFaulty = taken();
             m_pcTask->m_pcAPM->snapshot(); // meets each parameter that is in the store
@@ -178,112 +176,69 @@ private slots:
                 QVERIFY2(strFile == "view.png" ? !QImage::fromData(achFile).isNull()
                                                : achFile == cGood.m_mapFiles.at(strFile),
                          achWhich + " breaks " + strFile.toUtf8());
-            ++(!cFaulty.m_lstErrors.isEmpty()                                                   ? nErrors
-               : cFaulty.m_mapFiles != cGood.m_mapFiles || cFaulty.m_achView != cGood.m_achView ? nSkipped
-                                                                                                : nUnseen);
+            nErrors += !cFaulty.m_lstErrors.isEmpty();
+            nSkipped += cFaulty.m_lstErrors.isEmpty() && !(cFaulty == cGood);
             // The same task runs again as if nothing had been.
             cool();
             run(bThread);
-            const Outcome cAgain = taken();
-            QVERIFY2(cAgain.m_lstErrors.isEmpty() && cAgain.m_lstPrinted == cGood.m_lstPrinted, achWhich);
-            QVERIFY2(cAgain.m_mapFiles == cGood.m_mapFiles && cAgain.m_achView == cGood.m_achView, achWhich);
+            QVERIFY2(taken() == cGood, achWhich);
             for (int nDisk : {0, 1}) {
                 QCOMPARE(MemoryDisk::getInstance(nDisk)->getDIBIdleNum(), MemoryDisk::DISK_NUM);
                 QCOMPARE(MemoryDisk::getInstance(nDisk)->getGray8IdleNum(), MemoryDisk::DISK_NUM);
             }
         };
         failEach(
-            nMore, [&] { prepare(bThread); }, [&] { run(bThread); }, fnCheck);
+            {0, 4}, [&] { prepare(bThread); }, [&] { run(bThread); }, fnCheck);
         QVERIFY(nErrors > 50 && nSkipped > 3);
-        qInfo("%d allocations failed: %d runs ended with an error text, %d skipped a picture, %d went on",
-              nErrors + nSkipped + nUnseen, nErrors, nSkipped, nUnseen);
     }
 
-    void opening_data() { addFaults(); }
-
-    /// Either all tasks of the file, or a text and those of before or none.
-    void opening()
+    void tasksFile_data()
     {
-        QFETCH(int, nMore);
-        prepare();
-        const QString strFile = m_cIn.filePath("a.tasks");
-        QCOMPARE(QString(saveTasksFile(strFile.toUtf8().data())), QString());
-        QCOMPARE(QString(openTasksFile(strFile.toUtf8().data())), QString());
-        const QString strWhole = tasksText();
-        const QByteArray achFile = strFile.toUtf8();
-        QString strHeld;
-        char *szResult = nullptr;
-        const auto fnOpen = [&] { szResult = openTasksFile(const_cast<char *>(achFile.data())); };
-        const int nFailed = failEach(
-            nMore,
-            [&] {
-                TaskMgr::getInstance()->fromString("<=TaskInfo=><-TaskName->held</-TaskName-></=TaskInfo=>");
-                strHeld = tasksText();
-            },
-            fnOpen,
-            [&](const QByteArray &achWhich) {
-                const QString strNow = tasksText();
-                if (*szResult == '\0')
-                    QVERIFY2(strNow == strWhole, achWhich);
-                else
-                    QVERIFY2(QLatin1String(szResult) == QLatin1String("open file failed.") &&
-                                 (strNow.isEmpty() || strNow == strHeld),
-                             achWhich);
-                fnOpen();
-                QVERIFY2(*szResult == '\0' && tasksText() == strWhole, achWhich);
-            });
-        QVERIFY(nFailed > 50);
-        qInfo("%d allocations failed", nFailed);
+        QTest::addColumn<bool>("bSave");
+        QTest::newRow("opening") << false;
+        QTest::newRow("saving") << true;
     }
 
-    void saving_data() { addFaults(); }
-
-    /// The old file or the new one.
-    void saving()
+    /// Either the new tasks or the new file; or a text, and the old ones or no task.
+    void tasksFile()
     {
-        QFETCH(int, nMore);
+        QFETCH(bool, bSave);
         prepare();
-        const QTemporaryDir cDir;
-        const QString strFile = cDir.filePath("a.tasks");
-        const QByteArray achFile = strFile.toUtf8();
-        const auto fnContents = [&] {
-            QFile cFile(strFile);
-            return cFile.open(QIODevice::ReadOnly) ? cFile.readAll() : QByteArray();
+        QByteArray achFile = m_cIn.filePath("a.tasks").toUtf8();
+        char *szResult = saveTasksFile(achFile.data());
+        const auto fnCall = [&] { szResult = (bSave ? saveTasksFile : openTasksFile)(achFile.data()); };
+        const auto fnState = [&] {
+            QFile cFile(achFile);
+            return bSave && cFile.open(QIODevice::ReadOnly) ? cFile.readAll() : tasksText();
         };
-        char *szResult = nullptr;
-        const auto fnSave = [&] { szResult = saveTasksFile(const_cast<char *>(achFile.data())); };
         QByteArray achOld;
-        QByteArray achNew;
-        fnSave();
-        const int nFailed = failEach(
-            nMore,
-            [&] {
-                achOld = fnContents();
+        QByteArray achNew = tasksText();
+        const auto fnPrepare = [&] {
+            if (bSave)
                 m_pcTask->m_strName += 'x';
-                achNew = tasksText().toUtf8();
-            },
-            fnSave,
-            [&](const QByteArray &achWhich) {
-                const QByteArray achNow = fnContents();
-                if (*szResult == '\0')
-                    QVERIFY2(achNow == achNew, achWhich);
-                else
-                    QVERIFY2(QLatin1String(szResult) == QLatin1String("save file failed.") &&
-                                 (achNow == achOld || achNow == achNew),
-                             achWhich);
-                fnSave();
-                QVERIFY2(*szResult == '\0' && fnContents() == achNew, achWhich);
-            });
-        QVERIFY(nFailed > 20);
-        qInfo("%d allocations failed", nFailed);
+            else
+                TaskMgr::getInstance()->fromString("<=TaskInfo=><-TaskName->held</-TaskName-></=TaskInfo=>");
+            achOld = fnState();
+            if (bSave)
+                achNew = tasksText();
+        };
+        const int nFailed = failEach({0, 4, INT_MAX}, fnPrepare, fnCall, [&](const QByteArray &achWhich) {
+            const QByteArray achNow = fnState();
+            if (*szResult == '\0')
+                QVERIFY2(achNow == achNew, achWhich);
+            else
+                QVERIFY2(QByteArray(szResult) == (bSave ? "save file failed." : "open file failed.") &&
+                             (achNow == achOld || achNow == (bSave ? achNew : "")),
+                         achWhich);
+            fnCall();
+            QVERIFY2(*szResult == '\0' && fnState() == achNew, achWhich);
+        });
+        QVERIFY(nFailed > (bSave ? 20 : 50));
     }
-
-    void registries_data() { addFaults(); }
 
     /// Each is made whole or not at all, and then by the next who asks.
     void registries()
     {
-        QFETCH(int, nMore);
         const auto fnNames = [] {
             QStringList lstNames(DataSource::getInstance()->m_mapDataSourceInfo.keys());
             for (const ArithmFactory::ArithmInfo &cInfo : *ArithmFactory::getInstance()->getArithms())
@@ -302,11 +257,10 @@ private slots:
             forget(DataSource::s_pcThis);
             forget(ArithmFactory::s_pcAF);
         };
-        const int nFailed = failEach(nMore, fnForget, fnMake, [&](const QByteArray &achWhich) {
+        const int nFailed = failEach({0, 4, INT_MAX}, fnForget, fnMake, [&](const QByteArray &achWhich) {
             QVERIFY2(fnNames() == lstWhole, achWhich);
         });
         QVERIFY(nFailed > 100);
-        qInfo("%d allocations failed", nFailed);
     }
 
     /// No exception of the library meets a host that asks for little.
