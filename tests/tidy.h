@@ -1,6 +1,8 @@
 #ifndef TIDY_H
 #define TIDY_H
 
+#include <algorithm>
+
 #include <QAbstractButton>
 #include <QComboBox>
 #include <QDialog>
@@ -8,8 +10,6 @@
 #include <QGroupBox>
 #include <QHeaderView>
 #include <QLabel>
-#include <QLineEdit>
-#include <QPointer>
 #include <QRawFont>
 #include <QScrollArea>
 #include <QSplitterHandle>
@@ -42,11 +42,11 @@ inline bool hasGlyphs(const QFont &cFont, const QString &strText)
 {
     const QRawFont cLatin = QRawFont::fromFont(cFont);
     const QRawFont cHan = QRawFont::fromFont(cFont, QFontDatabase::SimplifiedChinese);
-    for (const uint nCharacter : strText.toUcs4())
-        if (!QChar::isSpace(nCharacter) && !cLatin.supportsCharacter(nCharacter) &&
-            !cHan.supportsCharacter(nCharacter))
-            return false;
-    return true;
+    const QVector<uint> lstCharacter = strText.toUcs4();
+    return std::all_of(lstCharacter.begin(), lstCharacter.end(), [&](uint nCharacter) {
+        return QChar::isSpace(nCharacter) || cLatin.supportsCharacter(nCharacter) ||
+               cHan.supportsCharacter(nCharacter);
+    });
 }
 
 inline bool isCut(const QWidget *pcWidget)
@@ -69,21 +69,22 @@ inline QString name(const QWidget *pcWidget)
 /// Where Tab takes a person, from the window's first stop until one comes again; it is the last.
 inline QList<QWidget *> walk(QWidget *pcWindow)
 {
-    QPointer<QWidget> pcBefore = pcWindow->focusWidget();
-    if (pcBefore)
+    if (QWidget *pcBefore = pcWindow->focusWidget())
         pcBefore->clearFocus();
     QList<QWidget *> lstStop;
-    QWidget *pcStop = pcWindow;
     do {
-        QTest::keyClick(pcStop, Qt::Key_Tab);
-        pcStop = pcWindow->focusWidget();
-        if (!pcStop)
+        QTest::keyClick(lstStop.isEmpty() ? pcWindow : lstStop.last(), Qt::Key_Tab);
+        if (!pcWindow->focusWidget())
             return lstStop;
-        lstStop.append(pcStop);
-    } while (lstStop.count(pcStop) == 1);
-    if (pcBefore)
-        pcBefore->setFocus();
+        lstStop.append(pcWindow->focusWidget());
+    } while (lstStop.count(lstStop.last()) == 1);
     return lstStop;
+}
+
+/// Where a widget stands in its window.
+inline QRect place(const QWidget *pcWidget)
+{
+    return {pcWidget->mapTo(pcWidget->window(), QPoint()), pcWidget->size()};
 }
 
 /// What is wrong with the way that Tab goes: it reaches every stop once, downwards in each column and to
@@ -93,21 +94,18 @@ inline QString tabFault(QWidget *pcWindow)
     QList<QWidget *> lstStop = walk(pcWindow);
     if (lstStop.size() > 1 && lstStop.first() != lstStop.last())
         return "Tab does not get on from " + name(lstStop.last());
-    for (const QWidget *pcWidget : pcWindow->findChildren<QWidget *>())
+    for (QWidget *pcWidget : pcWindow->findChildren<QWidget *>())
         if ((pcWidget->focusPolicy() & Qt::TabFocus) && !pcWidget->focusProxy() && pcWidget->isEnabled() &&
             pcWidget->window() == pcWindow && pcWidget->isVisibleTo(pcWindow)) {
-            if (!lstStop.contains(const_cast<QWidget *>(pcWidget)))
+            if (!lstStop.contains(pcWidget))
                 return "Tab does not reach " + name(pcWidget);
             if (qobject_cast<const QScrollArea *>(pcWidget))
                 return "nothing shows the focus of " + name(pcWidget);
         }
-    const auto fnPlace = [&](const QWidget *pcWidget) {
-        return QRect(pcWidget->mapTo(pcWindow, {0, 0}), pcWidget->size());
-    };
     for (int nStop = 1; nStop + 1 < lstStop.size(); ++nStop)
         for (int nBefore = 0; nBefore < nStop; ++nBefore) {
-            const QRect cStop = fnPlace(lstStop[nStop]);
-            const QRect cBefore = fnPlace(lstStop[nBefore]);
+            const QRect cStop = place(lstStop[nStop]);
+            const QRect cBefore = place(lstStop[nBefore]);
             const bool bColumn = cStop.left() <= cBefore.right() && cBefore.left() <= cStop.right();
             const bool bRow = cStop.top() <= cBefore.bottom() && cBefore.top() <= cStop.bottom();
             if ((bColumn && cStop.bottom() < cBefore.top()) || (bRow && cStop.right() < cBefore.left()))
@@ -128,24 +126,19 @@ inline QString fault(QWidget *pcWindow)
         const bool bInner =
             pcWidget->objectName().startsWith("qt_") || qobject_cast<const QSplitterHandle *>(pcWidget);
         if (!bInner && isCut(pcWidget))
-            return QStringLiteral("cut off: %1, %2 x %3 instead of %4 x %5")
-                .arg(name(pcWidget))
-                .arg(pcWidget->width())
-                .arg(pcWidget->height())
-                .arg(pcWidget->sizeHint().width())
-                .arg(pcWidget->sizeHint().height());
+            return "cut off: " + name(pcWidget);
         if (!bInner && (pcWidget->focusPolicy() != Qt::NoFocus || qobject_cast<const QLabel *>(pcWidget)))
             lstShown.append(pcWidget);
     }
     if (lstShown.isEmpty())
         return "nothing is shown";
-    const auto fnPlace = [&](const QWidget *pcWidget) {
-        return pcWidget->visibleRegion().translated(pcWidget->mapTo(pcWindow, {0, 0}));
+    const auto fnVisible = [](const QWidget *pcWidget) {
+        return pcWidget->visibleRegion().translated(place(pcWidget).topLeft());
     };
     for (const QWidget *pcWidget : lstShown)
         for (const QWidget *pcOther : lstShown)
             if (pcOther != pcWidget && !pcOther->isAncestorOf(pcWidget) && !pcWidget->isAncestorOf(pcOther) &&
-                fnPlace(pcWidget).intersects(fnPlace(pcOther)))
+                fnVisible(pcWidget).intersects(fnVisible(pcOther)))
                 return "overlap: " + name(pcWidget) + " and " + name(pcOther);
     // A main window's docks stand where a person puts them, and the operator's begins with its button.
     return qobject_cast<QDialog *>(pcWindow) ? tabFault(pcWindow) : QString();

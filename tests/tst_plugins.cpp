@@ -228,7 +228,7 @@ private slots:
                 lstPrinted << szText;
             return lstPrinted.size() >= 10;
         };
-        QTRY_VERIFY_WITH_TIMEOUT(fnAllPrinted(), 20000);
+        QTRY_VERIFY_WITH_TIMEOUT(fnAllPrinted(), 120000);
         stopAllTasks();
         QCOMPARE(getErrMsg(szText, sizeof szText), -1);
 
