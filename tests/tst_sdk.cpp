@@ -123,11 +123,7 @@ private slots:
         const unsigned char *puchPixels = cStore.getParamDIB(2)->getDIB();
         runProbe(cStore, strConfig);
         QVERIFY(cStore.getParamDIB(2)->getDIB() == puchPixels); // no new buffer for a picture of that size
-    }
 
-    void reportsFailures()
-    {
-        ArithmParamMgr cStore;
         cStore.getParamGray8(1)->resize(2, 2);
         QCOMPARE(runProbe(cStore, IDS + "<InputType>Gray16</InputType>"),
                  QString("Setting InputType is \"Gray16\", wanted is one of Gray8, RGB."));

@@ -164,12 +164,8 @@ private slots:
         std::fill_n(cGray.getGray8(), 40 * 30, static_cast<unsigned char>(7));
         ParamDIB &cColour = *m_pcStore->getParamDIB(5);
         cColour.resize(40, 30);
-        for (int nPixel = 0; nPixel < 40 * 30; ++nPixel) {
-            unsigned char *const puchPixel = cColour.getDIB() + 3 * nPixel;
-            puchPixel[0] = nPixel % 40 < 20 ? 0 : 200; // blue at the right,
-            puchPixel[1] = 0;
-            puchPixel[2] = nPixel % 40 < 20 ? 200 : 0; // red at the left
-        }
+        for (int nPixel = 0; nPixel < 40 * 30; ++nPixel) // red at the left, blue at the right
+            std::copy_n(nPixel % 40 < 20 ? "\0\0\xc8" : "\xc8\0\0", 3, cColour.getDIB() + 3 * nPixel);
     }
 
     void newStepIsFilledByHand()
