@@ -150,9 +150,9 @@ private slots:
     void keepsTheRate()
     {
         write("1.png", 1);
-        open(m_pcDir->path(), "<Loop>1</Loop><Fps>50</Fps>");
         QElapsedTimer cTimer;
         cTimer.start();
+        open(m_pcDir->path(), "<Loop>1</Loop><Fps>50</Fps>");
         QCOMPARE(play(6), "1 1 1 1 1 1");
         QVERIFY2(cTimer.elapsed() >= 100, qPrintable(QString::number(cTimer.elapsed())));
 
