@@ -64,33 +64,27 @@ class TestDrawing : public QObject
     Q_OBJECT
 
 private slots:
-    void recordsScales_data()
-    {
-        addRows(
-            "case           settings                      picture  view  colour        grey\n"
-            "as it is       <Scale>0</Scale>              5x1      2x3   1,1 1,-1      -\n" // odd halves
-            "left           <Pos>-7</Pos>                 3x4      4x2   1,1 0,0       -\n"
-            "width          <Scale>1</Scale>              6x6      2x6   3,3 0,-6      -\n"
-            "width, left    <Scale>1</Scale><Pos>1</Pos>  5x9      2x3   2.5,2.5 0,1   -\n"
-            "height         <Scale>2</Scale>              4x3      7x2   1.5,1.5 -2,0  -\n" // -2.5 and -0.5
-            "both           <Scale>3</Scale><Pos>1</Pos>  3x4      2x1   1,4 0,0       1.5,4 0,0\n"
-            "no such scale  <Scale>4</Scale>              2x2      2x2   7,8 9,10      -");
-    }
     void recordsScales()
     {
-        QFETCH(QString, settings);
-        QFETCH(QString, picture);
-        QFETCH(QString, view);
-        QFETCH(QString, colour);
-        QFETCH(QString, grey);
-        const auto fnSize = [](const QString &strSize) {
-            return QSize(strSize.section('x', 0, 0).toInt(), strSize.section('x', 1).toInt());
-        };
-        resize(fnSize(picture));
-        for (const int nType : {0, 1}) {
-            QImage cTarget = target(fnSize(view));
-            draw(*parsed(nType, settings), cTarget);
-            QCOMPARE(describe(Drawing::getViewScaleOpt(VIEW)), nType == 0 || grey.isEmpty() ? colour : grey);
+        const struct {
+            const char *m_szSettings;
+            QSize m_cPicture, m_cView;
+            const char *m_szColour, *m_szGrey;
+        } acCases[] = {{"<Scale>0</Scale>", {5, 1}, {2, 3}, "1,1 1,-1", "1,1 1,-1"}, // odd halves
+                       {"<Pos>-7</Pos>", {3, 4}, {4, 2}, "1,1 0,0", "1,1 0,0"},
+                       {"<Scale>1</Scale>", {6, 6}, {2, 6}, "3,3 0,-6", "3,3 0,-6"},
+                       {"<Scale>1</Scale><Pos>1</Pos>", {5, 9}, {2, 3}, "2.5,2.5 0,1", "2.5,2.5 0,1"},
+                       // -2.5 and -0.5
+                       {"<Scale>2</Scale>", {4, 3}, {7, 2}, "1.5,1.5 -2,0", "1.5,1.5 -2,0"},
+                       {"<Scale>3</Scale><Pos>1</Pos>", {3, 4}, {2, 1}, "1,4 0,0", "1.5,4 0,0"},
+                       {"<Scale>4</Scale>", {2, 2}, {2, 2}, "7,8 9,10", "7,8 9,10"}}; // no such scale
+        for (const auto &[szSettings, cPicture, cView, szColour, szGrey] : acCases) {
+            resize(cPicture);
+            for (const int nType : {0, 1}) {
+                QImage cTarget = target(cView);
+                draw(*parsed(nType, szSettings), cTarget);
+                QCOMPARE(describe(Drawing::getViewScaleOpt(VIEW)), nType == 0 ? szColour : szGrey);
+            }
         }
     }
 
@@ -211,8 +205,7 @@ no view         <View>y</View><DataType>7</DataType><DataID>5</DataID>  -       
 any case        <view>2</VIEW><datatype>3</DataType><DataID> +6 </dataid>  -                            view 2 type 3 id 6:
 half a mask     <View>1</View><DataType>1</DataType><DataID>5</DataID>  <DrawMode><Mask>,2,9</Mask><Lapped>4</Lapped></DrawMode>  view 1 type 1 id 5: 0 0 0 4 0 2
 mode elsewhere  <DataType>2</DataType><DataID>5</DataID>                <DrawMode><Mask>1</Mask></DrawMode><Val>2</Val>  view 0 type 2 id 5: 0 0 0 0 1 0
-text            <DataType>7</DataType><DataID>5</DataID>                <Color>9</Color><Pos>10,-20</Pos><FontSize>30</FontSize>  view 0 type 7 id 5: 9 10 -20 30
-no x            <DataType>7</DataType><DataID>5</DataID>                <Pos>x,3</Pos>                  view 0 type 7 id 5: 0 0 3 0
+no x, y up      <DataType>7</DataType><DataID>5</DataID>                <Pos>x,-3</Pos>                  view 0 type 7 id 5: 0 0 -3 0
 half a place    <DataType>7</DataType><DataID>5</DataID>                <Pos>3</Pos><FontSize>z</FontSize>  view 0 type 7 id 5: 0 0 0 0
 )");
     }
@@ -236,8 +229,7 @@ half a place    <DataType>7</DataType><DataID>5</DataID>                <Pos>3</
         m_cStore.getParamStrings(1)->addString(QStringLiteral("text"));
         QImage cTarget = target({40, 30});
         QImage cLine = cTarget;
-        for (int nX = 1; nX <= 4; ++nX)
-            cLine.setPixel(nX, 1, BLACK);
+        QPainter(&cLine).drawLine(1, 1, 4, 1);
         const Warnings cWarnings;
         Drawing::resetViewScaleOpt(VIEW);
         for (const int nType : {4, 7})
