@@ -21,11 +21,9 @@ private slots:
         addRows(R"(
 case               text                     begin  end   body   rest
 other case         lead<X>v</X>             <x>    </x>  v      lead
-nothing between    a<X></X>b                <X>    </X>  -      ab
 no end             a<X>b                    <X>    </X>  -      a<X>b
 stray end first    </X><X>v</X>             <X>    </X>  -      </X><X>v</X>
 no nesting         <X>a<X>b</X>c</X>        <X>    </X>  a<X>b  c</X>
-first of two       <X>a</X><X>b</X>         <X>    </X>  a      <X>b</X>
 empty markers      a<X>v</X>                -      -     -      a<X>v</X>
 overlapping        xaby                     ab     b     -      xy
 one marker         a|b|c                    |      |     -      a|b|c
