@@ -13,6 +13,7 @@
 #include "arithmparammgr.h"
 #include "globalfunction.h"
 #include "taskMgr/taskMgr.h"
+#include "viewhold.h"
 
 namespace
 {
@@ -48,34 +49,14 @@ bool isUntouched(const Buffer &achBuffer)
     return achBuffer == Buffer(achBuffer.size(), 0xAB);
 }
 
-/// Tells when it is drawn and destroyed.
-class Probe : public Drawing::DrawingOpt
+/// Tells that it is destroyed.
+class Probe : public Drawing::PointsDrawingOpt
 {
 public:
-    Probe(int nNumber, QVector<int> &lstDestroyed) : DrawingOpt(nNumber), m_lstDestroyed(lstDestroyed) {}
-    ~Probe() override { m_lstDestroyed.append(m_nDataID); }
-    void draw(QImage *pcTarget, ArithmParamMgr *) override
-    {
-        pcTarget->setPixel(0, 0, static_cast<uint>(m_nDataID));
-    }
+    explicit Probe(int nID) : PointsDrawingOpt(nID) {}
+    ~Probe() override { s_lstDestroyed.append(m_nDataID); }
 
-    QVector<int> &m_lstDestroyed;
-};
-
-/// Whoever takes the view gives it back.
-class Canvas
-{
-public:
-    explicit Canvas(int nView) : m_nView(nView), m_pcCanvas(views().requestViewDrawOption(nView)) {}
-    ~Canvas() { views().releaseViewDrawOption(m_nView, m_pcCanvas); }
-    Canvas(const Canvas &) = delete;
-    Canvas &operator=(const Canvas &) = delete;
-    explicit operator bool() const { return m_pcCanvas; }
-    GlobalFunction::ViewDrawOption *operator->() const { return m_pcCanvas; }
-
-private:
-    int m_nView;
-    GlobalFunction::ViewDrawOption *m_pcCanvas;
+    inline static QVector<int> s_lstDestroyed;
 };
 } // namespace
 
@@ -91,6 +72,7 @@ private slots:
             views().removeView(nView);
             Drawing::resetViewScaleOpt(nView);
         }
+        Probe::s_lstDestroyed.clear();
     }
 
     void checksArguments()
@@ -100,11 +82,11 @@ private slots:
         Buffer achBuffer;
         for (const int nView : {-1, 4}) {
             useDrawingWindow(nView, 4, 4);
-            QVERIFY(!Canvas(nView));
+            QVERIFY(!ViewHold(nView));
             QCOMPARE(read(nView, achBuffer), -1);
         }
         useDrawingWindow(0, 0, 4);
-        QVERIFY(!Canvas(0));
+        QVERIFY(!ViewHold(0));
         useDrawingWindow(0, 4, 4);
         drawStep(0, &cStore);
         for (const QSize &c : {QSize(10001, 1), QSize(1, 10001), QSize(0, 1), QSize(1, -5)})
@@ -117,7 +99,7 @@ private slots:
         drawStep(3, &cStore);
         QCOMPARE(read(3, achBuffer), -1);
         QVERIFY(isUntouched(achBuffer));
-        QVERIFY(Canvas(3)->haveDrawingOpt());
+        QVERIFY(ViewHold(3)->haveDrawingOpt());
     }
 
     void readsOneObjectACall()
@@ -135,7 +117,7 @@ private slots:
         drawStep(1, &cStore);
         cStore.getParamPoints(1)->addPoint({WIDTH - 1, HEIGHT - 1});
         useDrawingWindow(1, 600, 500); // keeps the queue
-        QCOMPARE(Canvas(1)->m_nViewWidth, 600);
+        QCOMPARE(ViewHold(1)->m_nViewWidth, 600);
 
         Buffer achExpected(BYTES, 0);
         for (size_t y = 0; y < HEIGHT; ++y)
@@ -157,49 +139,42 @@ private slots:
     void fullQueueDropsTheOldest()
     {
         useDrawingWindow(2, 4, 4);
-        QVector<int> lstDestroyed;
         {
-            const Canvas cCanvas(2);
-            cCanvas->pushDrawingOpt(nullptr);
+            const ViewHold cView(2);
+            cView->pushDrawingOpt(nullptr);
             for (int i = 1; i <= 12; ++i)
-                cCanvas->pushDrawingOpt(new Probe(i, lstDestroyed));
-            QCOMPARE(lstDestroyed, QVector<int>({1, 2}));
-            for (int i = 3; i <= 12; ++i) {
-                const std::unique_ptr<Drawing::DrawingOpt> pcOpt(cCanvas->popDrawingOpt());
-                QVERIFY(pcOpt);
-                QCOMPARE(pcOpt->getDataID(), i);
-                QCOMPARE(cCanvas->haveDrawingOpt(), i < 12);
+                cView->pushDrawingOpt(new Probe(i));
+            QCOMPARE(Probe::s_lstDestroyed, QVector<int>({1, 2}));
+            for (int i = 3; i <= 11; ++i) {
+                QVERIFY(cView->haveDrawingOpt());
+                QCOMPARE(std::unique_ptr<Drawing::DrawingOpt>(cView->popDrawingOpt())->getDataID(), i);
             }
-            QVERIFY(!cCanvas->popDrawingOpt());
-            cCanvas->pushDrawingOpt(new Probe(0x345678, lstDestroyed));
         }
-        lstDestroyed.clear();
         Buffer achBuffer;
         QCOMPARE(read(2, achBuffer), 0);
-        QCOMPARE(Buffer(achBuffer.begin(), achBuffer.begin() + 4), Buffer({0x34, 0x56, 0x78, 0xAB}));
-        QCOMPARE(lstDestroyed, QVector<int>({0x345678})); // by the library, once drawn
+        QCOMPARE(Probe::s_lstDestroyed.last(), 12); // by the library, once drawn
+        QVERIFY(!ViewHold(2)->popDrawingOpt());
     }
 
     void viewsComeAndGo()
     {
-        QVector<int> lstDestroyed;
         views().resizeViewCanvas(5, 3, 4);
         views().resizeViewCanvas(6, 3, 4);
         GlobalFunction::ViewDrawOption *pcHeld = views().requestViewDrawOption(5);
         QVERIFY(pcHeld);
         QCOMPARE(pcHeld->m_nViewWidth, 3);
-        pcHeld->pushDrawingOpt(new Probe(1, lstDestroyed));
+        pcHeld->pushDrawingOpt(new Probe(1));
         // A waiter finds the view gone; the holder still has a canvas that can be used.
-        std::thread cWaiter([] { QVERIFY(!Canvas(5)); });
+        std::thread cWaiter([] { QVERIFY(!ViewHold(5)); });
         views().removeView(5);
         QVERIFY(!views().requestViewDrawOption(5));
-        pcHeld->pushDrawingOpt(new Probe(2, lstDestroyed));
+        pcHeld->pushDrawingOpt(new Probe(2));
         views().releaseViewDrawOption(5, pcHeld);
         cWaiter.join();
         views().addView(5, 1, 2);
-        const Canvas cCanvas(5);
-        QVERIFY(!cCanvas->haveDrawingOpt());
-        QCOMPARE(cCanvas->m_nViewHeight, 2);
+        const ViewHold cView(5);
+        QVERIFY(!cView->haveDrawingOpt());
+        QCOMPARE(cView->m_nViewHeight, 2);
 
         QLoggingCategory::setFilterRules("oculinex.task.info=true");
         QTest::ignoreMessage(QtInfoMsg, "there is no view 4 to draw into");
@@ -207,7 +182,7 @@ private slots:
         drawStep(4, &cStore);
         QTest::ignoreMessage(QtInfoMsg, QRegularExpression("names nothing .*<DataType>9"));
         drawStep(5, &cStore, 9);
-        QCOMPARE(lstDestroyed, QVector<int>({1, 2}));
+        QCOMPARE(Probe::s_lstDestroyed, QVector<int>({1, 2}));
     }
 
     void storeDiesBeforeItsDrawings()
@@ -225,8 +200,8 @@ private slots:
         drawStep(0, cLiving.m_pcAPM);
         std::unique_ptr<Drawing::DrawingOpt> pcTaken;
         {
-            const Canvas cCanvas(0); // a held view, as while it is saved, stops no task from dying
-            pcTaken.reset(cCanvas->popDrawingOpt());
+            const ViewHold cView(0); // a held view, as while it is saved, stops no task from dying
+            pcTaken.reset(cView->popDrawingOpt());
             pcDying.reset();
         }
 
@@ -244,15 +219,14 @@ private slots:
         QCOMPARE(int{achBuffer[ROW_BYTES + 3 + 2]}, 255); // the living task's point
 
         // Queued once more, it is as dead as before, wherever its store lay.
-        Drawing::DrawingOpt *pcAgain = Drawing::parseConfigString(
-            QStringLiteral("<DataType>3</DataType><DataID>1</DataID>"), cLiving.m_pcAPM);
+        Drawing::DrawingOpt *pcAgain = new Drawing::PointsDrawingOpt(1);
         pcAgain->m_pcAPM = cLiving.m_pcAPM;
         {
-            const Canvas cCanvas(0);
-            cCanvas->pushDrawingOpt(pcAgain);
-            QCOMPARE(cCanvas->popDrawingOpt(), pcAgain);
+            const ViewHold cView(0);
+            cView->pushDrawingOpt(pcAgain);
+            QCOMPARE(cView->popDrawingOpt(), pcAgain);
             Drawing::disarm(cLiving.m_pcAPM);
-            cCanvas->pushDrawingOpt(pcAgain);
+            cView->pushDrawingOpt(pcAgain);
         }
         QCOMPARE(read(0, achBuffer), 0);
         QVERIFY(isUntouched(achBuffer));
