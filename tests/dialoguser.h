@@ -6,7 +6,6 @@
 #include <utility>
 
 #include <QAbstractButton>
-#include <QAbstractItemView>
 #include <QApplication>
 #include <QComboBox>
 #include <QLineEdit>
@@ -17,6 +16,8 @@
 #include <QTableWidget>
 #include <QTest>
 #include <QTimer>
+
+class ArithmParamMgr;
 
 /// Someone who sits before the modal dialogs that a test is about to open: does one thing after the
 /// other, each to the dialog or box that is on top by then. A dialog that is left when all is done is
@@ -115,13 +116,6 @@ public:
     {
         return [eKey](QWidget &cTop) { QTest::keyClick(&cTop, eKey); };
     }
-    /// Double-clicks a row; the view's tab has to be the one shown.
-    static void doubleClick(QAbstractItemView *pcView, int nRow)
-    {
-        const QPoint cPos = pcView->visualRect(pcView->model()->index(nRow, 0)).center();
-        QTest::mouseClick(pcView->viewport(), Qt::LeftButton, Qt::NoModifier, cPos);
-        QTest::mouseDClick(pcView->viewport(), Qt::LeftButton, Qt::NoModifier, cPos);
-    }
 
 private:
     /// A timer for each act, because acts open loops in which the next ones happen.
@@ -151,6 +145,14 @@ private:
     bool m_bClosed = false;
     QObject m_cAlive;
 };
+
+/// What the window of a built-in step makes of a config text in the hands of a user.
+template <class Step>
+QString configure(const QString &strConfig, ArithmParamMgr *pcAPM, std::list<DialogUser::Act> lstAct)
+{
+    const DialogUser cUser(std::move(lstAct));
+    return QString::fromUtf8(Step::showConfigWindow(strConfig.toUtf8().data(), pcAPM, true));
+}
 
 /// A host's own dialog goes with its parent, also while a box or another dialog of it is open.
 inline void goesMeanwhile(QDialog *pcDialog, const char *szButton)

@@ -35,12 +35,7 @@ struct Store : ArithmParamMgr {
     }
 };
 
-/// What the dialog makes of a config text in the hands of a user.
-QString configure(const QString &strConfig, ArithmParamMgr *pcAPM, const std::list<DialogUser::Act> &lstAct)
-{
-    const DialogUser cUser(lstAct);
-    return QString::fromUtf8(Drawing::showConfigWindow(strConfig.toUtf8().data(), pcAPM, true));
-}
+const auto edit = configure<Drawing>;
 
 QString config(int nType, int nID, const QString &strSettings)
 {
@@ -117,16 +112,16 @@ no colour       7     -                                                         
             strFontSize = cDialog.findChild<QLineEdit *>("edtFontSize")->text();
             QTest::keyClick(&cDialog, Qt::Key_Return);
         });
-        const QString strConfig = configure(QString(), &cStore, lstAct);
+        const QString strConfig = edit(QString(), &cStore, lstAct);
         QCOMPARE(strConfig, config(nType, 7, settings));
         QCOMPARE(cOffered, QColor(Qt::white));
         QVERIFY(strFontSize.toInt() >= 5);
 
         // Opened again it shows what it made, and makes it again out of what it shows.
         QString strShown;
-        QCOMPARE(configure(strConfig, &cStore, {look(strShown), OK}), strConfig);
+        QCOMPARE(edit(strConfig, &cStore, {look(strShown), OK}), strConfig);
         QCOMPARE(strShown, QString("%1|%1|%2|描述tbl%1|").arg(TABLES[nType].mid(3), TABLES[nType] + '7'));
-        QCOMPARE(configure(strConfig, &cStore, {SELECT, OK}), strConfig);
+        QCOMPARE(edit(strConfig, &cStore, {SELECT, OK}), strConfig);
     }
 
     void takesWhatWasSelectedLast()
@@ -138,21 +133,20 @@ no colour       7     -                                                         
             cDialog.findChild<QTabWidget *>()->setCurrentIndex(6);
         };
         const auto fnRead = DialogUser::read(strBoxes);
-        const QString strConfig = configure(
-            QString(), &cStore,
-            {OK, fnRead, DialogUser::choose("tblPoints", 1), SELECT, fnGoToAreas, SELECT, look(strShown), OK,
-             fnRead, DialogUser::choose("tblRGB", 1), DialogUser::set("cbScaleModeRGB=1"), SELECT,
-             DialogUser::set("cbScaleModeRGB=3"), DialogUser::choose("tblGray8", 2), OK});
+        const QString strConfig =
+            edit(QString(), &cStore,
+                 {OK, fnRead, DialogUser::choose("tblPoints", 1), SELECT, fnGoToAreas, SELECT, look(strShown),
+                  OK, fnRead, DialogUser::choose("tblRGB", 1), DialogUser::set("cbScaleModeRGB=1"), SELECT,
+                  DialogUser::set("cbScaleModeRGB=3"), DialogUser::choose("tblGray8", 2), OK});
         QCOMPARE(strConfig, config(0, 3, "<Scale>1</Scale><Pos>0</Pos>"));
         QCOMPARE(strShown, "Areas||||");
         QCOMPARE(strBoxes, "警告: 未选中绘制对象. 1\n警告: 未选中绘制对象. 1\n");
 
         strBoxes.clear();
         const QString strOld = config(0, 3, "x");
-        QCOMPARE(configure(strOld, &cStore, {DialogUser::choose("tblLines", 0), SELECT, OK, fnRead}),
-                 QString());
+        QCOMPARE(edit(strOld, &cStore, {DialogUser::choose("tblLines", 0), SELECT, OK, fnRead}), QString());
         QCOMPARE(strBoxes, "警告: 所选择的数据对象不存在! 1\n");
-        QCOMPARE(configure(strOld, &cStore, {DialogUser::choose("tblLines", 1), SELECT, CANCEL}), QString());
+        QCOMPARE(edit(strOld, &cStore, {DialogUser::choose("tblLines", 1), SELECT, CANCEL}), QString());
     }
 
     /// Config strings that others wrote: what is shown, and what selecting it makes.
@@ -179,7 +173,7 @@ half a position   <DataType>7</DataType><DataID>3</DataID><Config><Color>9999999
             lstAct.push_back(DialogUser::read(strBox));
             lstAct.push_back(DialogUser::type(Qt::Key_Escape));
         }
-        const QString strMade = configure(text, &cStore, lstAct);
+        const QString strMade = edit(text, &cStore, lstAct);
         QCOMPARE(strShown, shown);
         QCOMPARE(strMade, made.isEmpty() ? QString() : config(made.left(1).toInt(), 3, made.mid(2)));
     }
@@ -196,9 +190,9 @@ half a position   <DataType>7</DataType><DataID>3</DataID><Config><Color>9999999
     {
         auto *pcStore = new Store;
         const auto fnDelete = [&](QWidget &) { delete pcStore; };
-        QCOMPARE(configure(QString(), pcStore, {fnDelete, DialogUser::choose("tblAreas", 2), SELECT, OK}),
+        QCOMPARE(edit(QString(), pcStore, {fnDelete, DialogUser::choose("tblAreas", 2), SELECT, OK}),
                  config(6, 7, "<DspArea>0</DspArea><Color>-16777216</Color>"));
-        QCOMPARE(configure(config(3, 3, "x"), nullptr, {SELECT, CANCEL}), QString());
+        QCOMPARE(edit(config(3, 3, "x"), nullptr, {SELECT, CANCEL}), QString());
 
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression("DlgDrawingConfig opens only"));
         std::thread([] { Drawing::showConfigWindow(nullptr, nullptr, true); }).join();

@@ -16,18 +16,8 @@
 
 namespace
 {
-/// What the dialog of the step makes of a config text in the hands of a user.
-QString save(const QString &strConfig, ArithmParamMgr *pcAPM, const std::list<DialogUser::Act> &lstAct)
-{
-    const DialogUser cUser(lstAct);
-    return QString::fromUtf8(Saving::showConfigWindow(strConfig.toUtf8().data(), pcAPM, true));
-}
-
-QString load(const QString &strConfig, ArithmParamMgr *pcAPM, const std::list<DialogUser::Act> &lstAct)
-{
-    const DialogUser cUser(lstAct);
-    return QString::fromUtf8(Loading::showConfigWindow(strConfig.toUtf8().data(), pcAPM, true));
-}
+const auto save = configure<Saving>;
+const auto load = configure<Loading>;
 
 /// Chooses in a file dialog; no path closes it.
 DialogUser::Act browse(const QString &strPath, QString &strTitle)
@@ -40,12 +30,6 @@ DialogUser::Act browse(const QString &strPath, QString &strTitle)
         pcDialog->findChild<QLineEdit *>("fileNameEdit")->setText(strPath);
         static_cast<QDialog *>(pcDialog)->accept();
     };
-}
-
-void describe(ArithmParam *pcParam, const char *szName, const char *szDescribe)
-{
-    pcParam->setName(szName);
-    pcParam->setDescribe(szDescribe);
 }
 
 /// The pictures of a store as texts, "colour 3 name description|grey …".
@@ -116,9 +100,9 @@ no such item  edtBasePath=/d edtSeparator= cmbFormat=-1 cmbWnd=-1       <BasePat
     void savesAPictureOfTheStore()
     {
         ArithmParamMgr cStore;
-        describe(cStore.getParamDIB(6), "彩色", "");
-        describe(cStore.getParamGray8(9), "灰度九", "");
-        describe(cStore.getParamGray8(4), "灰度四", "二值");
+        cStore.getParamDIB(6);
+        cStore.getParamGray8(9);
+        cStore.getParamGray8(4);
         QString strBox;
         QString strShown;
         const auto fnLook = DialogUser::look(strShown, "edtPicType edtSelectedPicID");
@@ -152,9 +136,9 @@ no such item  edtBasePath=/d edtSeparator= cmbFormat=-1 cmbWnd=-1       <BasePat
     void showsTheStringsAndBrowses()
     {
         ArithmParamMgr cStore;
-        describe(cStore.getParamStrings(12), "批号", "描述");
+        cStore.getParamStrings(12)->setName("批号");
         cStore.getParamStrings(12)->setStrings({"一", "二"});
-        describe(cStore.getParamStrings(5), "空", "描述");
+        cStore.getParamStrings(5)->setDescribe("描述"); // is not shown
         QString strShown;
         QString strTitle;
         const auto fnLook = [&](QWidget &cDialog) {
@@ -166,7 +150,7 @@ no such item  edtBasePath=/d edtSeparator= cmbFormat=-1 cmbWnd=-1       <BasePat
                       {fnLook, BROWSE, browse(m_cDir.path(), strTitle), BROWSE, browse(QString(), strTitle),
                        DialogUser::look(strShown, "edtBasePath"), CANCEL}),
                  QString());
-        QCOMPARE(strShown, "空|5||批号|12|一|" + m_cDir.path() + '|');
+        QCOMPARE(strShown, "|5||批号|12|一|" + m_cDir.path() + '|');
         QCOMPARE(strTitle, "选取目录");
     }
 

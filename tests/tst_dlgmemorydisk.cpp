@@ -1,33 +1,25 @@
 // The dialogs of the memory disks, in a user's hands.
 
-#include <thread>
-
 #include <QtTest>
 
 #include <QComboBox>
-#include <QLineEdit>
 #include <QProgressBar>
-#include <QTabWidget>
 #include <QTableWidget>
 
 #include "MemoryDisk/dlgmemorydiskstatus.h"
 #include "MemoryDisk/memorydisk.h"
 #include "arithmparammgr.h"
-#include "datatable.h"
 #include "dialoguser.h"
 
 namespace
 {
-QString configure(const char *szConfig, ArithmParamMgr *pcAPM)
-{
-    return QString::fromUtf8(MemoryDisk::showConfigWindow(QByteArray(szConfig).data(), pcAPM, true));
-}
-
+/// Double-clicks a row.
 void choose(QWidget &cDialog, const QString &strTable, int nRow)
 {
+    DialogUser::choose(strTable, nRow)(cDialog);
     auto *pcTable = cDialog.findChild<QTableWidget *>(strTable);
-    cDialog.findChild<QTabWidget *>("tabDataInput")->setCurrentWidget(pcTable->parentWidget());
-    DialogUser::doubleClick(pcTable, nRow);
+    QTest::mouseDClick(pcTable->viewport(), Qt::LeftButton, Qt::NoModifier,
+                       pcTable->visualItemRect(pcTable->item(nRow, 1)).center());
 }
 
 DialogUser::Act look(QString &strShown)
@@ -35,22 +27,20 @@ DialogUser::Act look(QString &strShown)
     return DialogUser::look(strShown, "edtName edtType cmbMemDisk");
 }
 
-void describe(ArithmParam *pcParam, const char *szName, const char *szDescribe)
-{
-    pcParam->setName(szName);
-    pcParam->setDescribe(szDescribe);
-}
-
 struct Store : ArithmParamMgr {
     Store()
     {
-        describe(getParamDIB(7), "彩色七", "相机");
-        describe(getParamDIB(3), "彩色三", "");
-        describe(getParamGray8(7), "灰度七", "阈值之后");
-        describe(getParamGray8(0), "零", "");
-        describe(getParamGray16(8), "十六位", "");
+        getParamDIB(7)->setName("彩色七");
+        getParamDIB(7)->setDescribe("相机");
+        getParamDIB(3)->setName("彩色三");
+        getParamGray8(7)->setName("灰度七");
+        getParamGray8(0);
+        getParamGray16(8);
     }
 };
+
+const DialogUser::Act OK = DialogUser::press("btnOK");
+const DialogUser::Act CANCEL = DialogUser::press("btnCancel");
 } // namespace
 
 class TestDlgMemoryDisk : public QObject
@@ -61,84 +51,64 @@ private slots:
     void offersThePictures()
     {
         Store cStore;
-        QString strSeen;
-        int nWidth = 0;
         const QString strLong(99, 'W');
         cStore.getParamDIB(3)->setDescribe(strLong);
-        DialogUser cUser({[&](QWidget &cDialog) {
-                              strSeen += cDialog.windowTitle();
-                              nWidth = cDialog.findChild<QTableWidget *>("tblRGB")->columnWidth(1);
-                              for (const char *szTable : {"tblRGB", "tblGray8"}) {
-                                  auto *pcTable = cDialog.findChild<QTableWidget *>(szTable);
-                                  for (int nRow = -1; nRow < pcTable->rowCount(); ++nRow)
-                                      for (int nColumn = 0; nColumn < 2; ++nColumn)
-                                          strSeen += '|' + (nRow < 0 ? pcTable->horizontalHeaderItem(nColumn)
-                                                                     : pcTable->item(nRow, nColumn))
-                                                               ->text();
-                                  QTest::mouseClick(pcTable->viewport(), Qt::LeftButton, Qt::NoModifier,
-                                                    pcTable->visualItemRect(pcTable->item(1, 1)).center());
-                              }
-                          },
-                          DialogUser::press("btnCancel")});
-        QCOMPARE(configure("<InputID>7</InputID>", &cStore), "");
-        QCOMPARE(strSeen,
-                 "写内存盘配置|名称|描述|彩色三|" + strLong + "|彩色七|相机|名称|描述|零||灰度七|阈值之后");
+        QString strSeen;
+        int nWidth = 0;
+        const auto fnLook = [&](QWidget &cDialog) {
+            auto *pcTable = cDialog.findChild<QTableWidget *>("tblRGB");
+            nWidth = pcTable->columnWidth(1);
+            strSeen = cDialog.windowTitle();
+            for (int nColumn = 0; nColumn < 2; ++nColumn)
+                for (const QTableWidgetItem *pcItem : {pcTable->horizontalHeaderItem(nColumn),
+                                                       pcTable->item(0, nColumn), pcTable->item(1, nColumn)})
+                    strSeen += '|' + pcItem->text();
+        };
+        QCOMPARE(configure<MemoryDisk>("<InputID>7</InputID>", &cStore, {fnLook, CANCEL}), "");
+        QCOMPARE(strSeen, "写内存盘配置|名称|彩色三|彩色七|描述|" + strLong + "|相机");
         QVERIFY(nWidth > QApplication::fontMetrics().horizontalAdvance(strLong)); // all can be read
     }
 
-    void makesTheConfig_data()
-    {
-        addRows("row     strTable  strShown              strType\n"
-                "colour  tblRGB    彩色七|RGB|内存盘2|    RGB\n"
-                "grey    tblGray8  灰度七|Gray8|内存盘2|  Gray8");
-    }
     void makesTheConfig()
     {
-        QFETCH(QString, strTable);
-        QFETCH(QString, strShown);
-        QFETCH(QString, strType);
-        Store cStore;
-        QString strSeen;
-        QString strBox;
-        DialogUser cFirst({DialogUser::press("btnOK"), DialogUser::read(strBox),
-                           [&](QWidget &cDialog) {
-                               choose(cDialog, strTable, 1);
-                               cDialog.findChild<QComboBox *>("cmbMemDisk")->setCurrentIndex(2);
-                           },
-                           look(strSeen), DialogUser::press("btnOK")});
-        const QString strConfig = configure("", &cStore);
-        QCOMPARE(strConfig, "<MemDisk>2</MemDisk><InputID>7</InputID><InputType>" + strType + "</InputType>");
-        QCOMPARE(strSeen, strShown);
-        QCOMPARE(strBox, "警告: 未选择输入变量. 1\n");
+        for (const QString strType : {"RGB", "Gray8"}) {
+            Store cStore;
+            QString strSeen;
+            QString strBox;
+            const auto fnChoose = [&](QWidget &cDialog) {
+                choose(cDialog, "tbl" + strType, 1);
+                cDialog.findChild<QComboBox *>("cmbMemDisk")->setCurrentIndex(2);
+            };
+            const QString strConfig = configure<MemoryDisk>(
+                "", &cStore, {OK, DialogUser::read(strBox), fnChoose, look(strSeen), OK});
+            QCOMPARE(strConfig,
+                     "<MemDisk>2</MemDisk><InputID>7</InputID><InputType>" + strType + "</InputType>");
+            QCOMPARE(strBox, "警告: 未选择输入变量. 1\n");
 
-        // Opened again it shows what it made, but for the memory disk, and forgets the type.
-        strSeen.clear();
-        DialogUser cAgain({look(strSeen), DialogUser::press("btnOK")});
-        QCOMPARE(configure(strConfig.toUtf8(), &cStore),
-                 "<MemDisk>0</MemDisk><InputID>7</InputID><InputType></InputType>");
-        QCOMPARE(strSeen, strShown.replace("内存盘2", "内存盘0"));
-
+            // Opened again it shows what it made, but for the memory disk, and forgets the type.
+            QCOMPARE(configure<MemoryDisk>(strConfig, &cStore, {look(strSeen), OK}),
+                     "<MemDisk>0</MemDisk><InputID>7</InputID><InputType></InputType>");
+            QCOMPARE(
+                strSeen,
+                QString("%1|%2|内存盘2|%1|%2|内存盘0|").arg(strType == "RGB" ? "彩色七" : "灰度七", strType));
+        }
         // The type is shown also where no picture was named.
-        strSeen.clear();
-        DialogUser cNameless({look(strSeen), DialogUser::press("btnCancel")});
-        configure("<InputID></InputID><InputType>Gray8</InputType>", &cStore);
+        QString strSeen;
+        Store cStore;
+        configure<MemoryDisk>("<InputID></InputID><InputType>Gray8</InputType>", &cStore,
+                              {look(strSeen), CANCEL});
         QCOMPARE(strSeen, "|Gray8|内存盘0|");
     }
 
-    /// Nobody but the dialog may need what is gone, and nothing opens where no window can.
-    void survives()
+    void storeDiesMeanwhile()
     {
         auto *pcStore = new Store;
-        DialogUser cUser({[&](QWidget &cDialog) {
+        const auto fnDelete = [&](QWidget &cDialog) {
             delete pcStore;
             choose(cDialog, "tblGray8", 1);
-            DialogUser::click(cDialog, "btnOK");
-        }});
-        QCOMPARE(configure("", pcStore),
+        };
+        QCOMPARE(configure<MemoryDisk>("", pcStore, {fnDelete, OK}),
                  "<MemDisk>0</MemDisk><InputID>7</InputID><InputType>Gray8</InputType>");
-
-        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("DlgMemoryDiskConfig opens only"));
-        std::thread([] { configure("", nullptr); }).join();
     }
 
     void status()
@@ -154,7 +124,6 @@ private slots:
 
         DlgMemoryDiskStatus cDialog(nullptr);
         cDialog.show();
-        const auto combo = [&](const char *szName) { return cDialog.findChild<QComboBox *>(szName); };
         const auto bars = [&] {
             QStringList lstText;
             for (const char *szBar : {"pbWaiting0", "pbProcessing0", "pbWaiting1", "pbProcessing1",
@@ -169,8 +138,7 @@ private slots:
         QCOMPARE(bars(), "0/6 0/6 0/6 0/6 0/6 0/6");
         QTRY_COMPARE(bars(), "0/6 0/6 3/6 1/6 0/6 0/6");
 
-        combo("cmbDataType1")->setCurrentText("Gray8");
-        combo("cmbMemDisk2")->setCurrentText("MD1");
+        DialogUser::set("cmbDataType1=1 cmbMemDisk2=1")(cDialog);
         tick();
         QCOMPARE(bars(), "0/6 0/6 1/6 0/6 3/6 1/6");
         DialogUser::click(cDialog, "btnClear2");
@@ -181,15 +149,14 @@ private slots:
         cDisk.releaseDIB(pcRecord);
 
         // A group that shows none empties the last memory disk.
-        combo("cmbDataType0")->setCurrentText("Gray8");
-        combo("cmbMemDisk0")->setCurrentText("无");
-        QVERIFY(!combo("cmbDataType0")->isEnabled());
+        DialogUser::set("cmbDataType0=1 cmbMemDisk0=6")(cDialog);
+        QVERIFY(!cDialog.findChild<QComboBox *>("cmbDataType0")->isEnabled());
         tick();
         QCOMPARE(bars(), "0/6 0/6 0/6 0/6 0/6 0/6");
         DialogUser::click(cDialog, "btnClear0");
         QCOMPARE(MemoryDisk::getInstance(5)->getGray8IdleNum(), 6);
 
-        combo("cmbInteval")->setCurrentIndex(0); // not connected
+        DialogUser::set("cmbInteval=0")(cDialog); // not connected
         QCOMPARE(pcTimer->interval(), 1000);
         QMetaObject::invokeMethod(&cDialog, "on_comboBox_currentIndexChanged", Q_ARG(int, 2));
         QCOMPARE(pcTimer->interval(), 300);
