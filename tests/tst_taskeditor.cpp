@@ -38,22 +38,16 @@ struct Bench {
         cTask.addSelectDataSourceButton(&m_cSource);
         cTask.addTaskFlowListWidget(&m_cTable);
     }
-    static QString step(const QString &strOption, const QString &strDescribe, int nLimit = -1)
-    {
-        return "<-TaskItem-><-MaxExeTimes->" + QString::number(nLimit) +
-               "</-MaxExeTimes-><-ArithmID->probe</-ArithmID-><-OptionStr->"
-               // The result is for the window alone.
-               "<From>9999</From>" +
-               strOption + "</-OptionStr-><-ArithmName->探针</-ArithmName-><-Describe->" + strDescribe +
-               "</-Describe-></-TaskItem->";
-    }
     static QString text()
     {
+        const QString strStep =
+            "<-TaskItem-><-MaxExeTimes->%1</-MaxExeTimes-><-ArithmID->probe</-ArithmID-><-OptionStr->"
+            "<Trace>1</Trace><Text>%2</Text><Window>%3</Window></-OptionStr-><-ArithmName->探针"
+            "</-ArithmName-><-Describe->%4</-Describe-></-TaskItem->";
         return "<-Kernel->1</-Kernel-><-View->3</-View-><-DataSource-><DSName>Probe</DSName>"
                "<OutputType>RGB</OutputType><OutputID>1</OutputID></-DataSource->" +
-               step("<Trace>1</Trace><Text>0</Text><Window><Result>new0</Result></Window>", "") +
-               step("<Trace>1</Trace><Text>1</Text><Window><Result>ERR:no</Result></Window>", "second") +
-               step("<Trace>1</Trace><Text>2</Text>", "", 5);
+               strStep.arg("-1", "0", "new0", "") + strStep.arg("-1", "1", "ERR:no", "second") +
+               strStep.arg("5", "2", "", "");
     }
 
     /// The menu's action for the probe, whose window returns what its config text says.
@@ -64,7 +58,7 @@ struct Bench {
         for (auto it = m_pcTask->m_mapArithm.begin(); it != m_pcTask->m_mapArithm.end(); ++it) {
             if (it->m_strArithmID == "probe") {
                 pcAction = it.key();
-                it->m_strOptionStr = "<Window><Result>" + strResult + "</Result></Window>";
+                it->m_strOptionStr = "<Window>" + strResult + "</Window>";
             }
         }
         m_pcTask->m_pcMenu->hide();
@@ -98,7 +92,7 @@ class TestTaskEditor : public QObject
     Q_OBJECT
 
 private slots:
-    void widgetsShowTheTask()
+    void tableAndBoxes()
     {
         Bench cBench;
         QCOMPARE(cBench.m_cView.currentIndex(), 3);
@@ -110,20 +104,10 @@ private slots:
         }
         cBench.m_pcTask->addViewSelectCombo(&cBench.m_cLater);
         QCOMPARE(cBench.m_cLater.currentIndex(), 3);
-    }
 
-    void userEdits()
-    {
-        Bench cBench;
         const QList<TaskItem> &lstItem = cBench.m_pcTask->getTaskItem();
-        cBench.m_cView.setCurrentIndex(1);
-        cBench.m_cCore.setCurrentIndex(2);
-        QCOMPARE(cBench.m_pcTask->m_nWhichView, 1);
-        QCOMPARE(cBench.m_pcTask->m_nWhichKernel, 2);
-        cBench.m_cTable.item(0, 0)->setText("named");
         cBench.m_cTable.item(0, 1)->setText("999999999");
         cBench.m_cTable.item(1, 1)->setText("abc");
-        QCOMPARE(lstItem.at(0).m_strDescribe, "named");
         QCOMPARE(lstItem.at(0).m_nMaxExeTimes, TaskItem::CLEAN_UP_TIMES);
         QCOMPARE(lstItem.at(1).m_nMaxExeTimes, -1);
         QCOMPARE(cBench.m_cTable.item(1, 1)->text(), "abc");
@@ -134,14 +118,6 @@ private slots:
                               cBench.m_cTable.visualItemRect(cBench.m_cTable.item(1, 0)).center());
             QCOMPARE(!cBench.m_cTable.selectedItems().isEmpty(), bSelected);
         }
-        // A cell that is being edited when the task starts hands its text over.
-        cBench.m_cTable.activateWindow();
-        cBench.m_cTable.editItem(cBench.m_cTable.item(2, 1));
-        QTRY_VERIFY(cBench.m_cTable.findChild<QLineEdit *>() && cBench.m_cTable.isActiveWindow());
-        cBench.m_cTable.findChild<QLineEdit *>()->setText("7");
-        cBench.m_pcTask->startTask();
-        cBench.m_pcTask->stopTask();
-        QCOMPARE(lstItem.at(2).m_nMaxExeTimes, 7);
     }
 
     /// The core, the cells and the presses on them stay connected; whatever else listened goes too.
@@ -217,61 +193,54 @@ private slots:
         QTRY_VERIFY(!pcMenu);
     }
 
-    void modify()
+    void modifyRunAndDelete()
     {
         Bench cBench;
+        TaskInfo &cTask = *cBench.m_pcTask;
+        QList<TaskItem> &lstItem = cTask.getTaskItem();
         QString strBoxes;
         const auto fnRead = DialogUser::read(strBoxes);
-        const DialogUser cUser({fnRead, fnRead, fnRead});
-        QList<TaskItem> &lstItem = cBench.m_pcTask->getTaskItem();
-        cBench.m_pcTask->modifyOption();
-        cBench.m_cTable.selectRow(0);
-        cBench.m_pcTask->modifyOption();
-        QCOMPARE(lstItem.at(0).m_strOptionStr, "new0");
-        const QString strKept = lstItem.at(2).m_strOptionStr;
+        const DialogUser cUser({fnRead, fnRead, fnRead, DialogUser::type(Qt::Key_Return),
+                                DialogUser::read(strBoxes, QMessageBox::Yes), fnRead, fnRead, fnRead});
+        cTask.modifyOption();
+        cTask.runHere();
+        cTask.delArithm();
+
+        cBench.m_cTable.selectRow(1);
+        cTask.runHere();
+        QCOMPARE(cBench.traced(), "0 1");
+        QVERIFY(!cBench.m_cTable.item(1, 2)->text().isEmpty()); // its time
+        QCOMPARE(cBench.m_cTable.item(2, 2)->text(), "");
+        cTask.modifyOption();
+        QCOMPARE(lstItem.at(1).m_strOptionStr, "ERR:no");
+        const QString strKept = lstItem.at(0).m_strOptionStr + lstItem.at(2).m_strOptionStr;
         cBench.m_cTable.selectRow(2);
-        cBench.m_pcTask->modifyOption(); // the window returns the empty text
-        QCOMPARE(lstItem.at(2).m_strOptionStr, strKept);
-        lstItem[2].m_strArithmID = "unknown";
-        cBench.m_pcTask->modifyOption();
+        cTask.modifyOption(); // the window returns the empty text
+
+        cBench.m_cTable.selectRow(1);
+        cTask.delArithm(); // the default is No
+        QCOMPARE(lstItem.size(), 3);
+        cTask.delArithm();
+        QCOMPARE(cBench.rows(), "探针|-1 探针|5");
+        QCOMPARE(lstItem.size(), 2);
+        QCOMPARE(lstItem.at(0).m_strOptionStr + lstItem.at(1).m_strOptionStr, strKept);
+
+        cBench.m_cTable.selectRow(1);
+        lstItem[1].m_strArithmID = "unknown";
+        cTask.modifyOption();
         lstItem.removeLast();
-        cBench.m_pcTask->modifyOption();
+        cTask.modifyOption();
+        delete std::exchange(cTask.m_pcDS, nullptr);
+        cTask.runHere();
         QCOMPARE(strBoxes,
                  "Warning: No arithm have been selected. 1\n"
+                 "Warning: No arithm is selected. 1\n"
+                 "Warning: No arithm have been selected. 1\n"
+                 "Warning: Would you like to delete the arithm? It can not be recover after delete. 2\n"
                  "Warning: No arithm have been selected, please delete it. 1\n"
                  "Warning: Serious error, arithm num is not equal with arithm list，please reconfig "
-                 "this task. 1\n");
-    }
-
-    void removeAndRunHere()
-    {
-        Bench cBench;
-        QString strBoxes;
-        const auto fnRead = DialogUser::read(strBoxes);
-        const DialogUser cUser({fnRead, fnRead, DialogUser::type(Qt::Key_Return),
-                                DialogUser::read(strBoxes, QMessageBox::Yes), fnRead});
-        cBench.m_pcTask->runHere();
-        cBench.m_pcTask->delArithm();
-        cBench.m_cTable.selectRow(1);
-        cBench.m_pcTask->runHere();
-        QCOMPARE(cBench.traced(), "0 1");
-        bool bNumber = false;
-        cBench.m_cTable.item(1, 2)->text().toInt(&bNumber);
-        QVERIFY(bNumber);
-        QCOMPARE(cBench.m_cTable.item(2, 2)->text(), "");
-        cBench.m_pcTask->delArithm(); // the default is No
-        QCOMPARE(cBench.m_pcTask->getTaskItem().size(), 3);
-        cBench.m_pcTask->delArithm();
-        QCOMPARE(cBench.rows(), "探针|-1 探针|5");
-        QCOMPARE(cBench.m_pcTask->getTaskItem().size(), 2);
-        QVERIFY(cBench.m_pcTask->getTaskItem().at(1).m_strOptionStr.contains("<Text>2</Text>"));
-        cBench.m_cTable.selectRow(0);
-        delete std::exchange(cBench.m_pcTask->m_pcDS, nullptr);
-        cBench.m_pcTask->runHere();
-        QCOMPARE(strBoxes, "Warning: No arithm is selected. 1\n"
-                           "Warning: No arithm have been selected. 1\n"
-                           "Warning: Would you like to delete the arithm? It can not be recover after "
-                           "delete. 2\nWarning: No datasource assigned. 1\n");
+                 "this task. 1\n"
+                 "Warning: No datasource assigned. 1\n");
     }
 
     void configureByIndex()
@@ -289,7 +258,7 @@ private slots:
 
         // A run that fails before the window is told, and the window opens all the same.
         s_lstError.clear();
-        cTask.getTaskItem()[1].m_strOptionStr = "<Window><Result>new1</Result></Window>";
+        cTask.getTaskItem()[1].m_strOptionStr = "<Window>new1</Window>";
         delete std::exchange(cTask.m_pcDS, nullptr);
         cTask.showConfigWindow(1);
         QCOMPARE(cTask.getTaskItem().at(1).m_strOptionStr, "new1");
