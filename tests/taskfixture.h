@@ -1,6 +1,7 @@
 #ifndef TASKFIXTURE_H
 #define TASKFIXTURE_H
 
+#include <atomic>
 #include <condition_variable>
 #include <functional>
 #include <map>
@@ -165,11 +166,19 @@ public:
     }
 };
 
-/// Holds a step: the step waits inside enter() until the gate is open.
-/// A test that fails does not hang on it.
+/// Holds a step, the one of the given label when it is executed for the n-th time: it waits inside
+/// enter() until the gate is open. A test that fails does not hang on it.
 class Gate
 {
 public:
+    Gate() = default;
+    explicit Gate(const char *szLabel, int nTime = 1)
+    {
+        s_mapHandlers[szLabel] = [this, nTime] {
+            if (++m_nTimes == nTime)
+                enter();
+        };
+    }
     void enter()
     {
         std::unique_lock<std::mutex> cGuard(m_cMutex);
@@ -192,6 +201,7 @@ public:
 private:
     std::mutex m_cMutex;
     std::condition_variable m_cChanged;
+    std::atomic<int> m_nTimes{0};
     bool m_bEntered = false;
     bool m_bOpen = false;
 };

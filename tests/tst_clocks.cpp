@@ -54,9 +54,14 @@ private slots:
     {
         QFETCH_GLOBAL(int, jump);
         Fake::reset();
+        TaskInfo::setStatusEnabled(true);
         __atomic_store_n(&s_nJump, jump, __ATOMIC_RELAXED);
     }
-    void cleanup() { __atomic_store_n(&s_nJump, 0, __ATOMIC_RELAXED); }
+    void cleanup()
+    {
+        __atomic_store_n(&s_nJump, 0, __ATOMIC_RELAXED);
+        TaskInfo::setStatusEnabled(false);
+    }
 
     /// Else nothing here would test anything.
     void everybodySeesTheJumps()
@@ -97,29 +102,74 @@ private slots:
         QVERIFY(cTimer.elapsed() >= 999);
     }
 
+    /// What a host learns of its tasks once it has switched the status functions on.
     void statusFigures()
     {
-        TaskInfo::setStatusEnabled(true);
-        Fake::Gate cGate;
         Fake::s_mapHandlers["slow!"] = [] { QTest::qSleep(5); };
-        std::atomic<int> nTimes{0};
-        Fake::s_mapHandlers["hang"] = [&] {
-            if (++nTimes == 2)
-                cGate.enter();
-        };
-        Fake::Task cTask("slow!, hang");
-        cTask.startTask();
-        QVERIFY(cGate.waitEntered());
-        QTRY_VERIFY(cTask.getStatus().m_nCurrentStepNs >= 5000000);
-        const TaskStatus cStatus = cTask.getStatus();
-        cGate.open();
-        cTask.stopTask();
+        Fake::Task cTask("slow!|{print:1}, 2;b, c|||{stop:}, 999999999;end");
+        for (int nStart = 0; nStart < 2; ++nStart) { // the figures start anew
+            Fake::s_mapExecutions.clear();
+            QElapsedTimer cTimer;
+            cTimer.start();
+            cTask.startTask();
+            QTRY_VERIFY(!cTask.IsRunning());
+            const TaskStatus cStatus = cTask.getStatus();
+            const qint64 nPassedNs = cTimer.nsecsElapsed();
+            QCOMPARE(cStatus.m_nRuns, qint64(3));
+            QCOMPARE(cStatus.m_nPictures, qint64(3));
+            QCOMPARE(cStatus.m_nFailures, qint64(0)); // an end by "stop:" is none
+            QVERIFY(cStatus.m_nLastRunNs >= 5000000 && cStatus.m_nLastRunNs <= cStatus.m_nWorstRunNs);
+            QVERIFY(cStatus.m_nTotalRunNs >= 15000000 && cStatus.m_nTotalRunNs < nPassedNs);
+            QString strExecutions;
+            for (const StepStatus &cStep : cStatus.m_lstStep)
+                strExecutions += QString::number(cStep.m_nExecutions);
+            QCOMPARE(strExecutions, "3231");
+            const StepStatus cSlow = cStatus.m_lstStep.at(0);
+            QVERIFY(cSlow.m_nLastNs >= 5000000 && cSlow.m_nLastNs <= cSlow.m_nWorstNs &&
+                    cSlow.m_nTotalNs >= 15000000 && cSlow.m_nTotalNs < nPassedNs);
+            QCOMPARE(cSlow.m_strLastResult, "<CMD>print:1</CMD>");
+        }
+    }
+
+    /// Another thread sees which step hangs, and since when; a task switched on late counts from then.
+    void runningTask()
+    {
         TaskInfo::setStatusEnabled(false);
-        const StepStatus &cSlow = cStatus.m_lstStep.at(0);
-        for (const qint64 nNs :
-             {cStatus.m_nLastRunNs, cStatus.m_nTotalRunNs, cStatus.m_nWorstRunNs, cStatus.m_nCurrentStepNs,
-              cStatus.m_nSincePictureNs, cSlow.m_nLastNs, cSlow.m_nTotalNs, cSlow.m_nWorstNs})
-            QVERIFY2(nNs >= 5000000 && nNs < 60000000000, qPrintable(QString::number(nNs)));
+        Fake::Gate cFirst("first");
+        Fake::Gate cSecond("hang", 3);
+        Fake::Task cTask("1;first, hang");
+        cTask.startTask();
+        QVERIFY(cFirst.waitEntered());
+        QCOMPARE(cTask.getStatus().m_eState, TaskStatus::State::Running);
+        TaskInfo::setStatusEnabled(true);
+        cFirst.open();
+        QVERIFY(cSecond.waitEntered());
+
+        const TaskStatus cStatus = cTask.getStatus();
+        QCOMPARE(cStatus.m_nRuns, qint64(1));
+        QCOMPARE(cStatus.m_nPictures, qint64(2));
+        QCOMPARE(cStatus.m_nCurrentStep, 1);
+        QTRY_VERIFY(cTask.getStatus().m_nCurrentStepNs >= 20000000);
+        const TaskStatus cLater = cTask.getStatus();
+        QVERIFY(cLater.m_nSincePictureNs >= cLater.m_nCurrentStepNs &&
+                cLater.m_nSincePictureNs < 60000000000);
+        cTask.m_bExit = true;
+        QCOMPARE(cTask.getStatus().m_eState, TaskStatus::State::Stopping);
+        cSecond.open();
+        cTask.stopTask();
+        QCOMPARE(cTask.getStatus().m_eState, TaskStatus::State::Idle);
+        QCOMPARE(cTask.getStatus().m_nRuns, qint64(2));
+    }
+
+    void failures()
+    {
+        Fake::Task cTask("a||bad, 999999999;end|worse");
+        cTask.startTask();
+        QTRY_VERIFY(!cTask.IsRunning());
+        QCOMPARE(cTask.getStatus().m_nRuns, qint64(2)); // a failed run is one
+        QCOMPARE(cTask.getStatus().m_nFailures, qint64(2));
+        QCOMPARE(cTask.getStatus().m_strLastError, "算法\"end\"出错, 错误信息:worse");
+        QCOMPARE(cTask.getStatus().m_lstStep.at(0).m_strLastResult, "bad");
     }
 };
 
