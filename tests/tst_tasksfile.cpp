@@ -6,7 +6,6 @@
 
 #include <QFile>
 
-#include "datatable.h"
 #include "fixtures/plainreader.h"
 #include "taskMgr/taskMgr.h"
 
@@ -51,8 +50,9 @@ private:
 
     QString part(int nDepth)
     {
-        static const QStringList s_lstName = {"=TaskInfo=", "=TaskInfo=", "-TaskItem-", "-TaskItem-",
-                                              "-TaskName-", "-Kernel-",   "-Describe-", "-DataSource-"};
+        static const QStringList s_lstName = {"=TaskInfo=", "=TaskInfo=", "-TaskItem-",
+                                              "-TaskItem-", "-TaskName-", "-Kernel-",
+                                              "-View-",     "-Describe-", "-DataSource-"};
         static const QStringList s_lstText = {"x", "12", "\n",     "<",          "</",
                                               ">", "<-", "\u017f", "\U0001F600", "="};
         const QString &strName = s_lstName.at(below(s_lstName.size()));
@@ -90,26 +90,6 @@ class TestTasksFile : public QObject
 
 private slots:
     void cleanupTestCase() { TaskMgr::deleteThis(); }
-
-    /// How a text is read and what is written of it.
-    void reads_data()
-    {
-        addRows(R"(
-case                  text                                                                         read
-nothing               no block at all                                                              -
-fields missing        <=TaskInfo=>x<-TaskItem->y</-TaskItem-></=TaskInfo=>                         /0/0/;0,,,,,
-other case            <=taskINFO=><-TASKNAME->n</-taskname-></=TASKinfo=>                          n/0/0/
-number too big        <=TaskInfo=><-Kernel->99999999999</-Kernel-></=TaskInfo=>                    /0/0/
-any order             a<=TaskInfo=>b<-View-> +2 </-View->c<-Kernel->1x</-Kernel-></=TaskInfo=>d    /0/2/
-marker in a value     <=TaskInfo=><-TaskName->a<-View->3</-TaskName-><-View->4</-View-></=TaskInfo=>  a<-View->3/0/4/
-)");
-    }
-
-    void reads()
-    {
-        QFETCH(QString, text);
-        QTEST(read(text).join(';'), "read");
-    }
 
     void readsSoupAsPlainly()
     {
