@@ -15,9 +15,7 @@ namespace
 {
 std::mutex s_cControl; ///< one thread controls: the test's, which lends it to the task's while it waits
 std::mutex s_cMutex;
-std::set<std::string> s_setReached; ///< the functions of the plug-ins that called what they like
-std::atomic<bool> s_bSlow{false};
-std::atomic<bool> s_bAsleep{false};
+std::set<std::string> s_setReached;        ///< the functions of the plug-ins that called what they like
 std::atomic<bool> s_bStartedAmidst{false}; ///< a task, while its source worked for the calling thread
 QByteArray s_achFile;
 char s_szNothing[] = "";
@@ -83,10 +81,6 @@ DataSource::DataSourceInfo *kind()
 char *execute(char *, ArithmParamMgr *)
 {
     callBack("execute");
-    if (s_bSlow) {
-        s_bAsleep = true;
-        QThread::sleep(2);
-    }
     return s_szNothing;
 }
 
@@ -103,16 +97,17 @@ bool reached(const char *szFunction)
 }
 } // namespace
 
-/// Plug-ins that call the library from each of their functions, or take their time.
+/// Plug-ins that call the library from each of their functions.
 class TestCallingPlugins : public QObject
 {
     Q_OBJECT
 
 private slots:
-    void initTestCase()
+    void fromEachFunction()
     {
-        s_cControl.lock();
-        s_achFile = m_cDir.filePath("saved.tasks").toUtf8();
+        std::unique_lock<std::mutex> cControl(s_cControl);
+        const QTemporaryDir cDir;
+        s_achFile = cDir.filePath("saved.tasks").toUtf8();
         const auto fnID = [] {
             callBack("getID");
             return "caller";
@@ -129,36 +124,11 @@ private slots:
             strStep.arg("caller", "x") +
             strStep.arg("KQ_Drawing", "<DataType>1</DataType><DataID>1</DataID>") +
             "</=TaskInfo=><=TaskInfo=><-TaskName->other</-TaskName-></=TaskInfo=>");
-    }
 
-    /// A step that hangs for two seconds holds up nobody but who waits for its task.
-    void slowStep()
-    {
-        s_bSlow = true;
         startTask(0);
-        QTRY_VERIFY(s_bAsleep);
-        QElapsedTimer cTimer;
-        cTimer.start();
-        bool bRunning = false;
-        char achText[64];
-        QVERIFY(IsTaskRunning(bRunning, 0) && bRunning);
-        TaskStatus cStatus;
-        QVERIFY(getTaskStatus(0, cStatus) && cStatus.m_nCurrentStep == 0);
-        getErrMsg(achText, sizeof achText);
-        saveTasksFile(s_achFile.data());
-        runTaskOnce(1);
-        QVERIFY(cTimer.elapsed() < 1000);
-        s_bSlow = false;
-        stopTask(0);
-        QVERIFY(IsTaskRunning(bRunning, 0) && !bRunning);
-    }
-
-    void fromEachFunction()
-    {
-        startTask(0);
-        s_cControl.unlock();
+        cControl.unlock();
         const bool bReached = QTest::qWaitFor([] { return reached("execute") && reached("releasePicture"); });
-        s_cControl.lock();
+        cControl.lock();
         QVERIFY(bReached);
         stopTask(0);
         runTaskOnce(0);
@@ -177,10 +147,6 @@ private slots:
               "showConfigDlg", "getLastError", "removeInstance"})
             QVERIFY2(reached(szFunction), szFunction);
     }
-    void cleanupTestCase() { s_cControl.unlock(); }
-
-private:
-    const QTemporaryDir m_cDir;
 };
 
 QTEST_MAIN(TestCallingPlugins)

@@ -11,7 +11,6 @@
 #include "DataSource/dlgdatasourceconfig.h"
 #include "OculinexQTStandAloneInQt.h"
 #include "arithmparammgr.h"
-#include "datatable.h"
 #include "dialoguser.h"
 #include "taskMgr/taskMgr.h"
 
@@ -35,15 +34,6 @@ char *showKind(char *pchConfig, bool)
     static QByteArray s_achConfig;
     s_achConfig = s_fnWindow();
     return s_achConfig.data();
-}
-
-DataSource::DataSourceInfo *newKind()
-{
-    auto *pcKind = new DataSource::DataSourceInfo;
-    pcKind->m_fnShowConfigDlg = showKind;
-    pcKind->m_fnSetConfig = [](int, char *pchConfig) { called(QString("set ") + pchConfig); };
-    pcKind->m_fnRemoveInstance = [](int) { called("remove"); };
-    return pcKind;
 }
 
 /// Selects a kind and presses its button.
@@ -70,7 +60,6 @@ std::unique_ptr<DataSource::DataSourceInstance> newSource(ArithmParamMgr *pcStor
 }
 
 const auto OK = DialogUser::press("btnOK");
-const auto CANCEL = DialogUser::press("btnCancel");
 } // namespace
 
 class TestDlgDataSource : public QObject
@@ -80,7 +69,11 @@ class TestDlgDataSource : public QObject
 private slots:
     void initTestCase()
     {
-        DataSource::getInstance()->m_mapDataSourceInfo.insert("假", newKind());
+        auto *pcKind = new DataSource::DataSourceInfo;
+        pcKind->m_fnShowConfigDlg = showKind;
+        pcKind->m_fnSetConfig = [](int, char *pchConfig) { called(QString("set ") + pchConfig); };
+        pcKind->m_fnRemoveInstance = [](int) { called("remove"); };
+        DataSource::getInstance()->m_mapDataSourceInfo.insert("假", pcKind);
         DataSource::getInstance()->m_mapDataSourceInfo.insert("坏", nullptr);
     }
     void init()
@@ -120,48 +113,57 @@ private slots:
         QVERIFY(cStore.requestParamDIBMap()->contains(5));
     }
 
-    void editsASource_data()
-    {
-        addRows("row        strType  strID  strShownType  strNewID\n"
-                "16 bits    Gray16   12     RGB           12\n"
-                "no number  Gray8    x      Gray8         1");
-    }
     /// The picture stays, and so does the configuration where the kind's window is cancelled.
     void editsASource()
     {
-        QFETCH(QString, strType);
-        QFETCH(QString, strID);
-        QFETCH(QString, strShownType);
-        QFETCH(QString, strNewID);
         const QString strText = "<DSName>假</DSName><OutputName>图像</OutputName><OutputDescribe>d"
                                 "</OutputDescribe><OutputType>%1</OutputType><OutputID>%2</OutputID>"
                                 "<Config>old</Config>";
-        ArithmParamMgr cStore;
-        QString strConfig = strText.arg(strType, strID);
-        QString strShown;
-        QString strBox;
-        s_fnWindow = [] { return ""; };
-        DialogUser cUser({look(strShown), OK, DialogUser::read(strBox), use("假"), OK});
-        const auto pcInstance = newSource(&cStore, strConfig);
-        QVERIFY(pcInstance);
-        QCOMPARE(strShown, "假||图像|d|" + strShownType + '|');
-        QCOMPARE(strBox, "警告: 无数据源 1\n");
-        QCOMPARE(s_lstCall, QStringList({"set ", "set old", "show old", "set "}));
-        QCOMPARE(strConfig, strText.arg(strShownType, strNewID));
-        QCOMPARE(pcInstance->getDataID(), strNewID.toInt());
+        struct Row {
+            QString m_strType, m_strID, m_strShownType, m_strNewID;
+        };
+        for (const Row &cRow : {Row{"Gray16", "12", "RGB", "12"}, {"Gray8", "no number", "Gray8", "1"}}) {
+            init();
+            s_fnWindow = [] { return ""; };
+            ArithmParamMgr cStore;
+            QString strConfig = strText.arg(cRow.m_strType, cRow.m_strID);
+            QString strShown;
+            QString strBox;
+            DialogUser cUser({look(strShown), OK, DialogUser::read(strBox), use("假"), OK});
+            const auto pcInstance = newSource(&cStore, strConfig);
+            QVERIFY(pcInstance);
+            QCOMPARE(strShown, "假||图像|d|" + cRow.m_strShownType + '|');
+            QCOMPARE(strBox, "警告: 无数据源 1\n");
+            QCOMPARE(s_lstCall, QStringList({"set ", "set old", "show old", "set "}));
+            QCOMPARE(strConfig, strText.arg(cRow.m_strShownType, cRow.m_strNewID));
+            QCOMPARE(pcInstance->getDataID(), cRow.m_strNewID.toInt());
+        }
     }
 
+    /// Nothing survives a dialog that is left: by its button, or by a kind's window that closes the dialog
+    /// behind it, which takes no input.
     void cancels()
     {
-        cancel({use("假"), use("假"), CANCEL});
-        // A kind's window that closes the dialog behind it, which takes no input.
-        s_fnWindow = [] {
-            QWidget *pcDialog = QApplication::activeModalWidget();
-            if (!pcDialog->isEnabled() && s_lstCall.count("remove") == 1)
-                pcDialog->close();
-            return "new";
-        };
-        cancel({use("假"), use("假")});
+        for (const bool bByButton : {true, false}) {
+            s_lstCall.clear();
+            s_fnWindow = [&] {
+                QWidget *pcDialog = QApplication::activeModalWidget();
+                if (!bByButton && !pcDialog->isEnabled() && s_lstCall.count("remove") == 1)
+                    pcDialog->close();
+                return "new";
+            };
+            ArithmParamMgr cStore;
+            QString strConfig = "<DSName>gone</DSName><Config>old</Config>";
+            std::list<DialogUser::Act> lstAct = {use("假"), use("假")};
+            if (bByButton)
+                lstAct.push_back(DialogUser::press("btnCancel"));
+            DialogUser cUser(lstAct);
+            QVERIFY(!newSource(&cStore, strConfig));
+            QCOMPARE(strConfig, "<DSName>gone</DSName><Config>old</Config>");
+            QCOMPARE(s_lstCall.filter("show").size(), 2);
+            QCOMPARE(s_lstCall.filter("remove").size(), 2);
+            QVERIFY(cStore.requestParamDIBMap()->isEmpty());
+        }
     }
 
     /// The task takes the source over, unless another tasks file has replaced it meanwhile.
@@ -292,21 +294,6 @@ private slots:
         QCOMPARE(cTasks.getTask(0)->getName(), "outer");
         cTasks.clear();
         QCOMPARE(s_lstCall.filter("remove").size(), 3);
-    }
-
-private:
-    /// Nothing survives a dialog that is left.
-    static void cancel(const std::list<DialogUser::Act> &lstAct)
-    {
-        s_lstCall.clear();
-        ArithmParamMgr cStore;
-        QString strConfig = "<DSName>gone</DSName><Config>old</Config>";
-        DialogUser cUser(lstAct);
-        QVERIFY(!newSource(&cStore, strConfig));
-        QCOMPARE(strConfig, "<DSName>gone</DSName><Config>old</Config>");
-        QCOMPARE(s_lstCall.filter("show").size(), 2);
-        QCOMPARE(s_lstCall.filter("remove").size(), 2);
-        QVERIFY(cStore.requestParamDIBMap()->isEmpty());
     }
 };
 

@@ -9,35 +9,6 @@
 
 #include "taskfixture.h"
 
-/// The end of a process whose task still runs.
-class TestTaskExit : public QObject
-{
-    Q_OBJECT
-
-private slots:
-    void exitWhileRunning();
-};
-
-/// A task that can stop does so, clean-up steps included; one that can't does not hold the process
-/// up for ever, nor crash it when it comes back.
-void TestTaskExit::exitWhileRunning()
-{
-    const QMap<QString, QString> mapOutput = {
-        {"run!", "cleaned up"}, {"hang", ""}, {"late", ""}, {"leave", ""}};
-    QMap<QString, QProcess *> mapProcess;
-    for (const QString &strStep : mapOutput.keys()) {
-        mapProcess[strStep] = new QProcess(this);
-        mapProcess[strStep]->setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        mapProcess[strStep]->start(QCoreApplication::applicationFilePath(), {"--run", strStep});
-    }
-    for (auto it = mapProcess.cbegin(); it != mapProcess.cend(); ++it) {
-        QVERIFY2(it.value()->waitForFinished(20000), qPrintable(it.key()));
-        QVERIFY2(it.value()->exitStatus() == QProcess::NormalExit && it.value()->exitCode() == 0,
-                 qPrintable(it.key()));
-        QCOMPARE(QString::fromUtf8(it.value()->readAllStandardOutput()), mapOutput[it.key()]);
-    }
-}
-
 namespace
 {
 /// A host that returns from main() while its task runs.
@@ -65,6 +36,30 @@ int runAndLeave(const char *szStep)
     return 0;
 }
 } // namespace
+
+/// The end of a process whose task still runs.
+class TestTaskExit : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    /// A task that can stop does so, clean-up steps included; one that can't does not hold the process
+    /// up for ever, nor crash it when it comes back.
+    void exitWhileRunning()
+    {
+        std::map<QString, QProcess> mapProcess; // of the step that is at work by then
+        for (const char *szStep : {"run!", "hang", "late", "leave"}) {
+            mapProcess[szStep].setProcessChannelMode(QProcess::ForwardedErrorChannel);
+            mapProcess[szStep].start(QCoreApplication::applicationFilePath(), {"--run", szStep});
+        }
+        for (auto &[strStep, cProcess] : mapProcess) {
+            QVERIFY2(cProcess.waitForFinished(20000), qPrintable(strStep));
+            QVERIFY2(cProcess.exitStatus() == QProcess::NormalExit && cProcess.exitCode() == 0,
+                     qPrintable(strStep));
+            QCOMPARE(QString(cProcess.readAllStandardOutput()), strStep == "run!" ? "cleaned up" : "");
+        }
+    }
+};
 
 int main(int argc, char **argv)
 {

@@ -111,12 +111,6 @@ unknown             ?, 999999999;?, 999999999;never             start stop      
         cTask.setPrintCallBack(nullptr);
         cTask.runTaskOnce();
         QTEST(Fake::take(Fake::s_lstTrace).join(' '), "trace");
-
-        cTask.setMssageCallBack(Fake::onError);
-        delete std::exchange(cTask.m_pcDS, nullptr);
-        cTask.m_lstArithm.clear();
-        cTask.runTaskOnce();
-        QCOMPARE(Fake::s_lstErrors, QStringList{"No datasource assigned."});
     }
 
     void lastStepAndBudget_data()
