@@ -10,7 +10,6 @@
 #include "DataSource/datasource.h"
 #include "MemoryDisk/memorydisk.h"
 #include "arithmparammgr.h"
-#include "fixtures/limit.h"
 #include "fixtures/together.h"
 
 namespace
@@ -143,10 +142,6 @@ private slots:
         QVERIFY(refused(&uchPixel, -1000, -1000));
         QVERIFY(refused(&uchPixel, 65536, 65536)); // more bytes than an int counts
         QVERIFY(refused(&uchPixel, MAX, MAX));     // and than 64 bits count
-        if (!SANITIZED) {
-            const Limit cLimit(RLIMIT_AS, rlim_t(1) << 29);
-            QVERIFY(refused(&uchPixel, 25000, 25000));
-        }
     }
 
     void everyPictureIsDeliveredOnce() { QCOMPARE(traffic(false), QString()); }
