@@ -139,7 +139,7 @@ QString told(const PluginTable &cTable, const QString &strConfig, ArithmParamMgr
     pcSource->setDataID(1);
     pcSource->start();
     pcSource->execute();
-    const QString strResult = pcSource->getLastError();
+    QString strResult = pcSource->getLastError();
     pcSource->stop();
     return strResult;
 }

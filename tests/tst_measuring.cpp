@@ -206,7 +206,7 @@ private slots:
     /// A time that grows with the square of the number of outlines is more than anybody waits.
     void treeOfNoise()
     {
-        std::clock_t anTime[3]; // of the processor: others may use it as well
+        std::clock_t anTime[3] = {}; // of the processor: others may use it as well
         for (const int nScale : {1, 2}) {
             cv::Mat cNoise(750 * nScale, 1000 * nScale, CV_8UC1);
             cv::randu(cNoise, 0, 2);
