@@ -213,6 +213,7 @@ source ends the thread         a|bad, last                        start a stop  
         Fake::Gate cGate("hold");
         QPushButton cRun;
         s_pcTask = new Fake::Task("a|bad|bad||bad, hold");
+        const auto cFailed = qScopeGuard([] { delete std::exchange(s_pcTask, nullptr); });
         s_pcTask->m_pcRunTask = &cRun;
         s_pcTask->setMssageCallBack([](QString strError) {
             Fake::onError(strError);
