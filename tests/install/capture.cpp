@@ -3,8 +3,6 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include <QString>
-
 #include <OculinexQTStandAlone.h>
 
 static void captured(const char *szName)
@@ -15,9 +13,7 @@ static void captured(const char *szName)
 
 void init();
 void startTask(int nPos);
-char *transConfigStr(QString strText);
 extern "C" void start(int nInstanceID);
-extern "C" void stop(int nInstanceID);
 
 void init()
 {
@@ -27,18 +23,9 @@ void startTask(int /*nPos*/)
 {
     captured("startTask");
 }
-char *transConfigStr(QString /*strText*/)
-{
-    captured("transConfigStr");
-    return nullptr;
-}
 void start(int /*nInstanceID*/)
 {
     captured("start");
-}
-void stop(int /*nInstanceID*/)
-{
-    captured("stop");
 }
 
 int main(int argc, char *argv[])
