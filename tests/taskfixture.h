@@ -6,7 +6,6 @@
 #include <functional>
 #include <map>
 #include <mutex>
-#include <string>
 #include <thread>
 
 #include <QElapsedTimer>
@@ -28,22 +27,17 @@ inline std::mutex s_cMutex;
 inline QStringList s_lstTrace;
 inline QStringList s_lstPrinted;
 inline QStringList s_lstErrors;
-inline std::map<std::string, int> s_mapExecutions;
-inline std::map<std::string, std::function<void()>> s_mapHandlers;
-inline std::atomic<bool> s_bPicture{true};
+inline std::map<QString, int> s_mapExecutions;
+inline std::map<QString, std::function<void()>> s_mapHandlers;
 
 /// Traces a label and runs its handler; how often it has been reached before.
 inline int reach(const QString &strLabel)
 {
-    std::function<void()> fnHandler;
-    int nBefore = 0;
-    {
-        const std::lock_guard<std::mutex> cGuard(s_cMutex);
-        s_lstTrace.append(strLabel);
-        nBefore = s_mapExecutions[strLabel.toStdString()]++;
-        if (s_mapHandlers.count(strLabel.toStdString()))
-            fnHandler = s_mapHandlers[strLabel.toStdString()];
-    }
+    std::unique_lock<std::mutex> cGuard(s_cMutex);
+    s_lstTrace.append(strLabel);
+    const int nBefore = s_mapExecutions[strLabel]++;
+    const std::function<void()> fnHandler = s_mapHandlers[strLabel];
+    cGuard.unlock();
     if (fnHandler)
         fnHandler();
     return nBefore;
@@ -71,17 +65,15 @@ inline QStringList take(QStringList &lstTexts)
     return std::exchange(lstTexts, {});
 }
 
-inline void onPrint(QString strText)
+template <QStringList &lstTexts>
+void collect(QString strText)
 {
     const std::lock_guard<std::mutex> cGuard(s_cMutex);
-    s_lstPrinted.append(strText);
+    lstTexts.append(strText);
 }
 
-inline void onError(QString strText)
-{
-    const std::lock_guard<std::mutex> cGuard(s_cMutex);
-    s_lstErrors.append(strText);
-}
+constexpr auto onPrint = collect<s_lstPrinted>;
+constexpr auto onError = collect<s_lstErrors>;
 
 inline char *execute(char *pchConfig, ArithmParamMgr *)
 {
@@ -97,7 +89,7 @@ inline unsigned char *requestPicture(int, const char *, int *pnWidth, int *pnHei
 {
     static unsigned char s_uchPixel = 0;
     *pnWidth = *pnHeight = 1;
-    return s_bPicture ? &s_uchPixel : nullptr;
+    return &s_uchPixel;
 }
 
 inline void reset()
@@ -118,7 +110,6 @@ inline void reset()
     s_lstErrors.clear();
     s_mapExecutions.clear();
     s_mapHandlers.clear();
-    s_bPicture = true;
 }
 
 inline TaskItem step(const QString &strConfig, int nLimit = -1, const QString &strID = "fake")
@@ -151,13 +142,8 @@ public:
             DataSource::DataSourceInfo cInfo;
             cInfo.m_fnRequestPicture = requestPicture;
             cInfo.m_fnReleasePicture = [](int) {};
-            cInfo.m_fnSetConfig = [](int, char *) {};
             cInfo.m_fnStart = [](int) { reach("start"); };
             cInfo.m_fnStop = [](int) { reach("stop"); };
-            cInfo.m_fnGetLastError = [](int) -> char * {
-                static char s_szError[] = "没有图像";
-                return s_szError;
-            };
             return cInfo;
         }();
         m_pcDS = s_cInfo.newInstance({}, m_pcAPM);

@@ -102,7 +102,7 @@ private slots:
                 nSaid += lstSaid.size();
             }
         }
-        QVERIFY(nSaid > 8000);
+        QVERIFY(nSaid > 32000);
     }
 
     void readsInLinearTime()
