@@ -136,6 +136,44 @@ void setIndexFrom1(QObject *pcCombo, int nIndex)
         inWidgetThread<QComboBox>(pcCombo, [nIndex](QComboBox *pcBox) { pcBox->setCurrentIndex(nIndex); });
 }
 
+/// Keeps the task's menu while one of its actions is at work: Qt's code for the menu stands further up the
+/// stack, and the host may delete the table, whose child the menu is, or the task meanwhile.
+class MenuHold
+{
+public:
+    explicit MenuHold(TaskInfo &cTask)
+        : m_pcTask(&cTask),
+          m_pcRecord(TaskRecord::of(&cTask)),
+          m_pcMenu(cTask.m_pcMenu),
+          m_pcTable(m_pcMenu ? m_pcMenu->parentWidget() : nullptr),
+          m_bTaken(m_pcTable)
+    {
+        if (!m_bTaken)
+            return;
+        m_pcRecord->m_bMenuHeld = true;
+        m_pcMenu->setParent(nullptr, m_pcMenu->windowFlags());
+    }
+    ~MenuHold()
+    {
+        if (!m_bTaken)
+            return;
+        m_pcRecord->m_bMenuHeld = false;
+        if (m_pcMenu && !m_pcTask)
+            m_pcMenu->deleteLater();
+        else if (m_pcMenu && m_pcTable)
+            m_pcMenu->setParent(m_pcTable, m_pcMenu->windowFlags());
+    }
+    MenuHold(const MenuHold &) = delete;
+    MenuHold &operator=(const MenuHold &) = delete;
+
+private:
+    const QPointer<TaskInfo> m_pcTask;
+    const std::shared_ptr<TaskRecord> m_pcRecord;
+    const QPointer<QMenu> m_pcMenu;
+    const QPointer<QWidget> m_pcTable;
+    const bool m_bTaken; ///< not where another action is at work further up the stack
+};
+
 /// Stores the host's widget in the task, which forgets it when the widget is deleted first.
 void attach(TaskInfo &cTask, QObject *TaskInfo::*pcMember, QObject *pcWidget)
 {
@@ -278,11 +316,14 @@ void TaskInfo::showContextmenu(QPoint cPos)
         m_pcMenu->addSeparator();
         m_pcMenu->addAction(QStringLiteral("执行到选中算法"), this, &TaskInfo::runHere);
     }
+    if (!m_pcMenu->parent() && !TaskRecord::of(this)->m_bMenuHeld) // the table of before has gone
+        m_pcMenu->setParent(pcTable, m_pcMenu->windowFlags());
     m_pcMenu->popup(pcTable->mapToGlobal(cPos + QPoint(0, MENU_OFFSET)));
 }
 
 void TaskInfo::addArithm(QAction *pcAction)
 {
+    const MenuHold cMenuHold(*this);
     const int nRow = selectedRow(*this);
     if (nRow >= 0) {
         insertArithm(nRow, pcAction);
@@ -314,6 +355,7 @@ void TaskInfo::insertArithm(int nRow, QAction *pcAction)
 
 void TaskInfo::delArithm()
 {
+    const MenuHold cMenuHold(*this);
     const TaskHold cHold(*this);
     if (!cHold.mayEdit())
         return;
@@ -343,6 +385,7 @@ void TaskInfo::prepareForRemoveArithm(TaskItem) {}
 
 void TaskInfo::modifyOption()
 {
+    const MenuHold cMenuHold(*this);
     const TaskHold cHold(*this);
     if (!mayEditWithArithms(cHold))
         return;
@@ -414,6 +457,7 @@ void TaskInfo::DataSourceClicked()
 
 void TaskInfo::runHere()
 {
+    const MenuHold cMenuHold(*this);
     const TaskHold cHold(*this);
     if (!cHold.mayEdit())
         return;

@@ -122,8 +122,8 @@ TaskInfo::~TaskInfo()
 {
     stopForDestruction(this);
     disconnectEvents();
-    if (m_pcMenu)
-        m_pcMenu->deleteLater(); // it may be the menu whose action deletes the task
+    if (m_pcMenu && !TaskRecord::of(this)->m_bMenuHeld)
+        m_pcMenu->deleteLater();
     delete m_pcDS;
     Drawing::disarm(m_pcAPM);
     ArithmParamMgr::deleteInstance(m_pcAPM);

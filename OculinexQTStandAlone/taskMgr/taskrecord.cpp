@@ -162,10 +162,58 @@ bool TaskRecord::isBusy() const
     return m_pcTask->IsRunning() || m_nCallersRuns > 0;
 }
 
-void TaskRecord::enterThread()
+int TaskRecord::begin()
+{
+    std::unique_lock<std::mutex> cGuard(m_cLock);
+    if (s_pcOwnRecord != this)
+        m_cChanged.wait(cGuard,
+                        [this] { return m_nThreads == 0 || m_pcTask->m_bRunning || isProcessEnding(); });
+    if (m_pcTask->m_bRunning.exchange(true))
+        return 0;
+    m_pcTask->m_bExit = false;
+    m_pcTask->m_bExited = false;
+    m_bBegun = true;
+    ++m_nThreads;
+    m_cChanged.notify_all();
+    return ++m_nRun;
+}
+
+void TaskRecord::setHandle(int nRun, pthread_t hThread)
 {
     const std::lock_guard<std::mutex> cGuard(m_cLock);
-    ++m_nThreads;
+    if (m_bBegun && nRun == m_nRun)
+        m_pcTask->m_hThread = hThread;
+}
+
+int TaskRecord::askToStop()
+{
+    const std::lock_guard<std::mutex> cGuard(m_cLock);
+    m_pcTask->m_bExit = true;
+    return m_nRun;
+}
+
+bool TaskRecord::isNewest(int nRun) const
+{
+    const std::lock_guard<std::mutex> cGuard(m_cLock);
+    return nRun == m_nRun;
+}
+
+bool TaskRecord::settle()
+{
+    const std::lock_guard<std::mutex> cGuard(m_cLock);
+    if (m_pcTask->m_bRunning && m_nThreads > 0)
+        return false;
+    m_bBegun = false;
+    m_pcTask->m_hThread = 0;
+    m_pcTask->m_bExit = false;
+    m_pcTask->m_bRunning = false;
+    return true;
+}
+
+bool TaskRecord::isBegun() const
+{
+    const std::lock_guard<std::mutex> cGuard(m_cLock);
+    return m_bBegun;
 }
 
 void TaskRecord::leaveThread()
@@ -173,7 +221,7 @@ void TaskRecord::leaveThread()
     const std::lock_guard<std::mutex> cGuard(m_cLock);
     // A host may also run the thread's body itself, without having entered, on a thread that goes on.
     m_nThreads = std::max(0, m_nThreads - 1);
-    m_cLeft.notify_all();
+    m_cChanged.notify_all();
     if (s_pcOwnRecord == this)
         s_pcOwnRecord = nullptr;
 }
@@ -188,7 +236,15 @@ void TaskRecord::waitForThreads()
     if (s_pcOwnRecord == this)
         return;
     std::unique_lock<std::mutex> cGuard(m_cLock);
-    m_cLeft.wait(cGuard, [this] { return m_nThreads == 0 || isProcessEnding(); });
+    m_cChanged.wait(cGuard, [this] { return m_nThreads == 0 || isProcessEnding(); });
+}
+
+void TaskRecord::waitForRun(int nRun)
+{
+    if (s_pcOwnRecord == this)
+        return;
+    std::unique_lock<std::mutex> cGuard(m_cLock);
+    m_cChanged.wait(cGuard, [&] { return m_nThreads == 0 || nRun != m_nRun || isProcessEnding(); });
 }
 
 bool TaskRecord::waitForThreads(int nTimeoutMs)
@@ -196,8 +252,8 @@ bool TaskRecord::waitForThreads(int nTimeoutMs)
     if (s_pcOwnRecord == this)
         return true;
     std::unique_lock<std::mutex> cGuard(m_cLock);
-    return m_cLeft.wait_for(cGuard, std::chrono::milliseconds(nTimeoutMs),
-                            [this] { return m_nThreads == 0; });
+    return m_cChanged.wait_for(cGuard, std::chrono::milliseconds(nTimeoutMs),
+                               [this] { return m_nThreads == 0; });
 }
 
 bool TaskRecord::hasThreads() const

@@ -7,6 +7,8 @@
 #include <mutex>
 #include <vector>
 
+#include <pthread.h>
+
 #include <QPointer>
 
 #include "taskMgr/taskstatus.h"
@@ -63,11 +65,25 @@ public:
 
     static std::shared_ptr<TaskRecord> of(const TaskInfo *pcTask);
 
-    /// The latch: a thread enters before it is made and leaves when it will touch neither the task
-    /// nor anything of it again. Waiting returns at once on a thread that has entered itself.
-    void enterThread();
+    /// Begins a run of the task on a thread of its own as soon as the thread of the one before has left:
+    /// sets the task's flags and enters for the new thread. The number of the run, 0 when the task runs.
+    int begin();
+    /// Unless that run is over already, which may be before its starter comes to it.
+    void setHandle(int nRun, pthread_t hThread);
+    /// The number of the run that is told to stop.
+    int askToStop();
+    bool isNewest(int nRun) const;
+    /// Makes the task idle, unless it runs: somebody may have begun a newer run.
+    bool settle();
+    /// Whether a run has begun and has not been settled: what the host's widgets show.
+    bool isBegun() const;
+
+    /// The latch: a thread is entered before it is made and leaves when it will touch neither the task
+    /// nor anything of it again. Waiting returns at once on a thread that was entered itself.
     void leaveThread();
     void waitForThreads();
+    /// Also until a newer run has begun.
+    void waitForRun(int nRun);
     /// Waits no longer than that; whether all have left.
     bool waitForThreads(int nTimeoutMs);
     bool hasThreads() const;
@@ -91,11 +107,14 @@ public:
     TaskInfo *const m_pcTask;
     const QPointer<TaskInfo> m_pcPointer; ///< the first one: all others need no memory
     std::atomic<int> m_nCallersRuns{0};   ///< runs of the task on the threads that asked for them
+    bool m_bMenuHeld = false;             ///< an action of its menu is at work; GUI thread only
 
 private:
     mutable std::mutex m_cLock;
-    std::condition_variable m_cLeft;
+    std::condition_variable m_cChanged; ///< a thread has left, or a run has begun
     int m_nThreads = 0;
+    int m_nRun = 0; ///< the newest
+    bool m_bBegun = false;
     int m_nHolds = 0;
     bool m_bToGo = false;
     std::shared_ptr<RunFigures> m_pcFigures;

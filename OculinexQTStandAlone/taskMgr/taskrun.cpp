@@ -111,14 +111,14 @@ void pinToCore(int nCore)
         qCInfo(lcTask) << "a task's thread can't be pinned to core" << nCore;
 }
 
-/// Waits until a thread that was told to stop has left its loop and the task itself.
-void waitForThread(TaskInfo &cTask)
+/// Tells the task's thread to stop and waits until it has left its loop and the task itself, or somebody
+/// has started the task again.
+void waitForThread(const TaskInfo &cTask, TaskRecord &cRecord)
 {
-    cTask.m_bExit = true;
-    while (!cTask.m_bExited && !isProcessEnding())
+    const int nRun = cRecord.askToStop();
+    while (!cTask.m_bExited && cRecord.isNewest(nRun) && !isProcessEnding())
         usleep(100000);
-    TaskRecord::of(&cTask)->waitForThreads();
-    cTask.m_hThread = 0;
+    cRecord.waitForRun(nRun);
 }
 
 QString singleRunErrorText(const QString &strName, const QString &strError)
@@ -126,18 +126,17 @@ QString singleRunErrorText(const QString &strName, const QString &strError)
     return QStringLiteral("Arithm \"") + strName + QStringLiteral("\" error, message:") + strError;
 }
 
-void setButtonText(const TaskInfo &cTask, const QString &strText)
+/// Brings the host's widgets up to date: those that change the task can't be used while it runs. Each
+/// asks on its own thread, where what another thread tells may come late.
+void showState(const TaskInfo &cTask, const std::shared_ptr<TaskRecord> &pcRecord)
 {
-    inWidgetThread<QAbstractButton>(cTask.m_pcRunTask,
-                                    [strText](QAbstractButton *pcButton) { pcButton->setText(strText); });
-}
-
-/// The widgets that change the task, which can't be used while it runs.
-void enableControls(const TaskInfo &cTask, bool bEnabled)
-{
+    inWidgetThread<QAbstractButton>(cTask.m_pcRunTask, [pcRecord](QAbstractButton *pcButton) {
+        pcButton->setText(pcRecord->isBegun() ? QStringLiteral("停止任务") : QStringLiteral("执行任务"));
+    });
     for (QObject *pcControl :
          {cTask.m_pcDataSource, cTask.m_pcViewSelect, cTask.m_pcThreadSelect, cTask.m_pcTaskFlow})
-        inWidgetThread<QWidget>(pcControl, [bEnabled](QWidget *pcWidget) { pcWidget->setEnabled(bEnabled); });
+        inWidgetThread<QWidget>(
+            pcControl, [pcRecord](QWidget *pcWidget) { pcWidget->setEnabled(!pcRecord->isBegun()); });
 }
 } // namespace
 
@@ -177,40 +176,38 @@ void TaskInfo::startTask()
         return;
     }
     m_lstArithm.detach(); // may lack memory
-    if (m_bRunning.exchange(true))
+    const int nRun = pcRecord->begin();
+    if (nRun == 0)
         return;
-    pcRecord->waitForThreads();
-    m_bExit = false;
-    m_bExited = false;
-    pcRecord->enterThread();
     pthread_t hThread{};
     if (const int nError = pthread_create(&hThread, nullptr, threadTaskFunc, this)) {
         pcRecord->leaveThread();
         m_bExited = true;
-        m_bRunning = false;
+        pcRecord->settle();
         qCWarning(lcTask).noquote() << "task" << m_strName << "has no thread:" << qt_error_string(nError);
         return;
     }
-    m_hThread = hThread;
-    setButtonText(*this, QStringLiteral("停止任务"));
-    enableControls(*this, false);
+    pcRecord->setHandle(nRun, hThread);
+    showState(*this, pcRecord);
 }
 
 void TaskInfo::stopTask()
 {
     if (!m_bRunning)
         return;
-    waitForThread(*this);
-    m_bExit = false;
-    setButtonText(*this, QStringLiteral("执行任务"));
-    m_bRunning = false;
-    enableControls(*this, true);
+    const auto pcRecord = TaskRecord::of(this);
+    waitForThread(*this, *pcRecord);
+    if (pcRecord->settle())
+        showState(*this, pcRecord);
 }
 
 void stopThread(TaskInfo *pcTask)
 {
-    if (pcTask->m_hThread != 0 || TaskRecord::of(pcTask)->hasThreads())
-        waitForThread(*pcTask);
+    const auto pcRecord = TaskRecord::of(pcTask);
+    if (pcTask->m_hThread == 0 && !pcRecord->hasThreads())
+        return;
+    waitForThread(*pcTask, *pcRecord);
+    pcTask->m_hThread = 0;
 }
 
 void TaskInfo::runTaskOnce()
@@ -220,7 +217,8 @@ void TaskInfo::runTaskOnce()
             m_fnHaveErrorMessage(strMsg);
         strMsg.clear();
     };
-    const CallersRun cCallersRun(*this);
+    const TaskHold cHold(*this);
+    std::optional<CallersRun> cCallersRun(std::in_place, *this);
     if (TaskRecord::of(this)->isToGo())
         return;
     QString strMsg;
@@ -230,8 +228,10 @@ void TaskInfo::runTaskOnce()
         cFlow.emplace(*this);
         return true;
     });
-    if (!bReady)
+    if (!bReady) {
+        cCallersRun.reset();
         return fnReport(strMsg);
+    }
     if (m_pcDS)
         m_pcDS->start();
     runPart(*this, strMsg, [&] { return cFlow->run(strMsg, false, -1, -1); });
@@ -242,6 +242,7 @@ void TaskInfo::runTaskOnce()
     });
     if (m_pcDS)
         m_pcDS->stop();
+    cCallersRun.reset(); // the last message may lead to a start
     fnReport(strMsg);
 }
 
@@ -314,10 +315,7 @@ void TaskInfo::threadFinishedArrived(QString strMsg, bool bSuccess)
         m_fnHaveErrorMessage(strMsg);
     // The host may have deleted the task or started it again since the thread ended: a new run is
     // left alone.
-    if (!pcThis || (m_bRunning && TaskRecord::of(this)->hasThreads()))
-        return;
-    m_hThread = 0;
-    setButtonText(*this, QStringLiteral("执行任务"));
-    m_bRunning = false;
-    enableControls(*this, true);
+    const auto pcRecord = pcThis ? TaskRecord::of(this) : nullptr;
+    if (pcRecord && pcRecord->settle())
+        showState(*this, pcRecord);
 }

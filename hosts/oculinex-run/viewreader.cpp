@@ -3,6 +3,7 @@
 #include <chrono>
 
 #include "OculinexQTStandAloneInQt.h"
+#include "globalfunction.h"
 
 namespace
 {
@@ -66,12 +67,13 @@ void ViewReader::work()
     }
 }
 
-/// Draws all that waits; whether that was anything.
+/// Draws what waits, but no more than the queue holds: tasks may draw faster than this. Whether that was
+/// anything.
 bool ViewReader::drawQueued(View &cView)
 {
     bool bDrawn = false;
     int nResult = 1;
-    while (nResult == 1) {
+    for (int nDrawn = 0; nResult == 1 && nDrawn < GlobalFunction::ViewDrawOption::QUEUE_LENGTH; ++nDrawn) {
         nResult = getDrawingWindow(cView.m_nView, cView.m_cPicture.bits(), cView.m_cPicture.width(),
                                    cView.m_cPicture.height());
         bDrawn |= nResult >= 0;
