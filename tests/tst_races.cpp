@@ -96,8 +96,6 @@ char *fill(char *pchConfig, ArithmParamMgr *pcAPM)
     const int nX = static_cast<int>(random(64));
     pcAPM->getParamPoints(1)->clearPoints();
     pcAPM->getParamPoints(1)->addPoint({nX, 5});
-    pcAPM->getParamLines(1)->clearLines();
-    pcAPM->getParamLines(1)->addLine({nX, 5, 20, nX});
     pcAPM->getParamStrings(1)->clearStrings();
     pcAPM->getParamStrings(1)->addString(QString::number(nX));
     usleep(random(300));
@@ -138,8 +136,8 @@ QByteArray tasks(const QString &strTasks)
 const QByteArray ALL_TASKS = tasks(R"(
 Probe, RGB, 0: fill 0|KQ_MemoryDisk <MemDisk>0</MemDisk><InputID>1</InputID><InputType>RGB</InputType>
 Probe, Gray8, 1: fill 90|KQ_MemoryDisk <MemDisk>1</MemDisk><InputID>1</InputID><InputType>Gray8</InputType>
-Memory Disk 0, RGB, 0: fill 60|DRAW 0|DRAW 3|DRAW 4|DRAW 7
-Probe, RGB, 2: fill 60|DRAW 0|DRAW 3|DRAW 4|DRAW 7
+Memory Disk 0, RGB, 0: fill 60|DRAW 0|DRAW 3|DRAW 7
+Probe, RGB, 2: fill 60|DRAW 0|DRAW 3|DRAW 7
 Memory Disk 1, Gray8, 1: DRAW 1|fill 40|probe <Result><CMD>print:p</CMD></Result>
 Memory Disk 0, RGB, 3: SAVE|fill 50
 Probe, RGB, 2: fill 2
