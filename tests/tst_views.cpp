@@ -116,8 +116,6 @@ private slots:
         drawStep(1, &cStore);
         drawStep(1, &cStore);
         cStore.getParamPoints(1)->addPoint({WIDTH - 1, HEIGHT - 1});
-        useDrawingWindow(1, 600, 500); // keeps the queue
-        QCOMPARE(ViewHold(1)->m_nViewWidth, 600);
 
         Buffer achExpected(BYTES, 0);
         for (size_t y = 0; y < HEIGHT; ++y)
@@ -176,12 +174,6 @@ private slots:
         QVERIFY(!cView->haveDrawingOpt());
         QCOMPARE(cView->m_nViewHeight, 2);
 
-        QLoggingCategory::setFilterRules("oculinex.task.info=true");
-        QTest::ignoreMessage(QtInfoMsg, "there is no view 4 to draw into");
-        ArithmParamMgr cStore;
-        drawStep(4, &cStore);
-        QTest::ignoreMessage(QtInfoMsg, QRegularExpression("names nothing .*<DataType>9"));
-        drawStep(5, &cStore, 9);
         QCOMPARE(Probe::s_lstDestroyed, QVector<int>({1, 2}));
     }
 
@@ -217,19 +209,6 @@ private slots:
         QCOMPARE(achBuffer, Buffer(BYTES, 0)); // cleared by the grey picture
         QCOMPARE(read(0, achBuffer), 0);
         QCOMPARE(int{achBuffer[ROW_BYTES + 3 + 2]}, 255); // the living task's point
-
-        // Queued once more, it is as dead as before, wherever its store lay.
-        Drawing::DrawingOpt *pcAgain = new Drawing::PointsDrawingOpt(1);
-        pcAgain->m_pcAPM = cLiving.m_pcAPM;
-        {
-            const ViewHold cView(0);
-            cView->pushDrawingOpt(pcAgain);
-            QCOMPARE(cView->popDrawingOpt(), pcAgain);
-            Drawing::disarm(cLiving.m_pcAPM);
-            cView->pushDrawingOpt(pcAgain);
-        }
-        QCOMPARE(read(0, achBuffer), 0);
-        QVERIFY(isUntouched(achBuffer));
     }
 
     void dyingStoreWaitsForAReader()
