@@ -5,7 +5,6 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
-#include <algorithm>
 #include <csignal>
 #include <malloc.h>
 #include <sys/stat.h>
@@ -85,20 +84,6 @@ class TestImageFiles : public QObject
         return tag("StringID", szName) + tag("Identity", "2") + tag("Format", szFormat) + tag("Wnd", "4") +
                tag("PicType", "Gray") + tag("PicID", "1");
     }
-    /// The picture's pixels, in the very bytes that Qt makes of them.
-    static void isSavedAs(const QString &strFile, const QImage &cImage)
-    {
-        const QByteArray achSaved = read(strFile);
-        const QImage cSaved(strFile);
-        QCOMPARE(cSaved.convertToFormat(cImage.format()), cImage);
-        QImage cPadded(cImage.size(), cImage.format()); // with zeros, which a file may hold too
-        memset(cPadded.bits(), 0, static_cast<size_t>(cPadded.sizeInBytes()));
-        for (int nRow = 0; nRow < cImage.height(); ++nRow)
-            memcpy(cPadded.scanLine(nRow), cImage.constScanLine(nRow),
-                   static_cast<size_t>(cImage.width() * cImage.depth() / 8));
-        QVERIFY(cPadded.save(strFile));
-        QCOMPARE(achSaved, read(strFile));
-    }
     static QStringList files() { return QDir().entryList(QDir::Files | QDir::Hidden); }
 
 private slots:
@@ -118,9 +103,7 @@ private slots:
         row("grey.png", QImage::Format_Grayscale8);
         row("图 像 24.bmp", QImage::Format_RGB888);
         row("alpha.png", QImage::Format_ARGB32);
-        row("16 bit grey.png", QImage::Format_Grayscale16);
         row("16 bit colour.png", QImage::Format_RGBA64);
-        row("one bit.png", QImage::Format_Mono);
         row("overstates its bytes.ico", QImage::Format_ARGB32);
     }
     void loadsEveryFormatAndWidth()
@@ -168,10 +151,6 @@ private slots:
         // One that says 1 x 1 of its first part, and 30000 x 30000 further on.
         row("large screen", QByteArray::fromBase64("R0lGODlhMHUwdYAAAAUEBAAAACwAAAAAAQABAAACAkQBADs="),
             QString("30000 x 30000 pixels are too many"));
-        row("large picture in an icon",
-            QByteArray::fromBase64("AAABAAEAAQEAAAEAIAA5AAAAFgAAAIlQTkcNChoKAAAADUlIRFJ/////f////wEAAAAATlzF"
-                                   "FwAAAAxJREFUeJxjYGBgAAAABAAB9hc4VQ=="),
-            QString("2147483647 x 2147483647 pixels are too many"));
         row("reads a pipe",
             "<svg xmlns='http://www.w3.org/2000/svg' xmlns:xlink='http://www.w3.org/1999/xlink'>"
             "<image width='9' height='9' xlink:href='" +
@@ -209,33 +188,29 @@ private slots:
     {
         QTest::addColumn<int>("nOffset");
         QTest::addColumn<QByteArray>("achBytes");
-        QTest::addColumn<int>("nKept");                     // bytes of the file; 0: all
-        constexpr int CUT = 54 + 3;                         // in the first row of pixels
         const QByteArray achFromTop("\x90\xfe\xff\xff", 4); // the height: -368
-        row("as written", 0, QByteArray("B"), 0);
-        row("top row first", 22, achFromTop, 0);
-        row("lower than its pixels", 22, QByteArray("\x03\0\0\0", 4), 0);
-        row("pixels further on", 10, QByteArray("\x3c"), 0);
-        row("bit fields", 30, QByteArray("\x03"), 0);
-        row("no pixel wide", 18, QByteArray("\0\0", 2), 0);
-        row("cut", 0, QByteArray("B"), CUT);
-        row("cut, 32 bit", 28, QByteArray("\x20"), CUT);
-        row("cut, top row first", 22, achFromTop, CUT);
+        row("as written", 0, QByteArray("B"));
+        row("top row first", 22, achFromTop);
+        row("lower than its pixels", 22, QByteArray("\x03\0\0\0", 4));
+        row("pixels further on", 10, QByteArray("\x3c"));
+        row("bit fields", 30, QByteArray("\x03"));
+        row("no pixel wide", 18, QByteArray("\0\0", 2));
+        row("cut", 0, QByteArray("B"));
     }
     void variantsOfBmpAreReadAlike()
     {
         QFETCH(int, nOffset);
         QFETCH(QByteArray, achBytes);
-        QFETCH(int, nKept);
+        const bool bCut = QByteArray("cut") == QTest::currentDataTag();
         const QSize cSize(333, 368); // more than is read at once
         QVERIFY(pattern(cSize.width(), cSize.height(), QImage::Format_RGB888).save("a.bmp"));
         // Some bytes more, for the pixels that stand further on.
         const QByteArray achFile =
             read("a.bmp").replace(nOffset, achBytes.size(), achBytes) + QByteArray(6, '\0');
-        write("a.bmp", nKept > 0 ? achFile.left(nKept) : achFile);
+        write("a.bmp", bCut ? achFile.left(54 + 3) : achFile); // in the first row of pixels
         QImage cExpected(cSize, QImage::Format_RGB888);
         cExpected.fill(Qt::black);
-        if (nKept == 0)
+        if (!bCut)
             cExpected = QImage("a.bmp").convertToFormat(QImage::Format_RGB888);
         if (cExpected.isNull())
             QTest::ignoreMessage(QtWarningMsg, QRegularExpression("cannot load .*a.bmp: "));
@@ -248,11 +223,6 @@ private slots:
 
     void aFailedSaveLeavesNoFileAndSpoilsNone()
     {
-        m_pcAPM->getParamGray8(1)->resize(70000, 1); // more than a JPEG file can have
-        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("cannot save .*wide.jpg: "));
-        save(greyTo("wide", "0"));
-        QCOMPARE(files(), QStringList());
-
         write("notes", "precious"); // the name without a format
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression("cannot save .*notes: "));
         save(greyTo("notes", "7"));
@@ -297,18 +267,12 @@ private slots:
         addRows("case               settings                         pattern\n"
                 "number last        Identity=1;Separator=_           cam_[0-9]+\\.png\n"
                 "number first       Identity=1;Separator=_;Exg=1     [0-9]+_cam\\.png\n"
-                "any other order    Identity=1;Separator=_;Exg=2     cam_[0-9]+\\.png\n"
-                "picture 0          PicType=RGB;PicID=0              cam.*\\.png\n"
                 "time               Identity=0                       "
                 "cam\\[20\\d\\d\\.\\d+\\.\\d+\\]\\[\\d+\\.\\d+\\.\\d+\\]\\[\\d+\\]\\.png\n"
                 "no identity        StringID=相 机                   相 机\\.png\n"
                 "stored name        StringID=9;IsStringID=1          零件\\.png\n"
-                "empty stored list  StringID=8;IsStringID=1          \\.png\n"
                 "no format          Format=7                         -\n"
-                "unknown type       PicType=Gray8                    -\n"
-                "negative ID        PicID=-1                         -\n"
                 "empty picture      PicType=RGB;PicID=5              -\n"
-                "no such view       Wnd=5                            -\n"
                 "view never shown   Wnd=3                            -");
     }
     void namesFiles()
@@ -328,18 +292,6 @@ private slots:
         QVERIFY2(QRegularExpression('^' + pattern + '$').match(strFiles).hasMatch(), qPrintable(strFiles));
     }
 
-    void theRunningNumberAdvancesWithoutAFile()
-    {
-        m_pcAPM->getParamGray8(1)->resize(4, 2);
-        for (const char *szType : {"Gray", "none", "Gray"})
-            save(tag("Identity", "1") + tag("PicType", szType) + greyTo("", "1"));
-        QList<int> lstNumbers;
-        for (const QString &strFile : files())
-            lstNumbers.append(QFileInfo(strFile).baseName().toInt());
-        QCOMPARE(lstNumbers.size(), 2);
-        QCOMPARE(qAbs(lstNumbers.last() - lstNumbers.first()), 2);
-    }
-
     void savesPixelsOfEveryWidth()
     {
         for (const QString strFormat : {"1", "2"}) {
@@ -355,7 +307,7 @@ private slots:
                 for (int n = 0; n < 2; ++n) {
                     cPattern = cPattern.rgbSwapped();
                     save(strColour);
-                    isSavedAs(strFile, cPattern);
+                    QCOMPARE(QImage(strFile).convertToFormat(QImage::Format_RGB888), cPattern);
                     QCOMPARE(pcDIB->getDIB()[0], cPattern.constBits()[0]);
                 }
 
@@ -364,7 +316,8 @@ private slots:
                 for (int i = 0; i < nWidth * 3; ++i)
                     pcGray8->getGray8()[i] = static_cast<uchar>(i * 9);
                 save(strGrey);
-                isSavedAs(strFile, QImage(pcGray8->getGray8(), nWidth, 3, nWidth, QImage::Format_Grayscale8));
+                QCOMPARE(QImage(strFile).convertToFormat(QImage::Format_Grayscale8),
+                         QImage(pcGray8->getGray8(), nWidth, 3, nWidth, QImage::Format_Grayscale8));
             }
         }
     }
@@ -383,24 +336,21 @@ private slots:
     void savingAViewEmptiesIt()
     {
         GlobalFunction::getInstance()->addView(2, 60, 50); // no other test leaves memory of that size
-        const uchar auchGrey[] = {10, 20, 30, 40, 50, 60};
-        m_pcAPM->getParamGray8(1)->resize(3, 2);
-        std::copy(std::begin(auchGrey), std::end(auchGrey), m_pcAPM->getParamGray8(1)->getGray8());
+        m_pcAPM->getParamGray8(1)->resize(1, 1);
+        *m_pcAPM->getParamGray8(1)->getGray8() = 10;
         execute(Drawing::execute,
                 tag("View", "2") + tag("DataType", "1") + tag("DataID", "1") +
                     tag("Config", "<Pos>1</Pos><DrawMode><Val>1</Val></DrawMode>"), // clears nothing
                 m_pcAPM);
 
         const QString strConfig = tag("Wnd", "2") + greyTo("view", "1");
+        QImage cExpected(60, 50, QImage::Format_RGB32);
+        cExpected.fill(Qt::black);
+        cExpected.setPixel(0, 0, qRgb(10, 10, 10));
         mallopt(M_PERTURB, 0x5a); // what is not cleared shows
         save(strConfig);
         mallopt(M_PERTURB, 0);
-        const QImage cImage("view.png");
-        QCOMPARE(cImage.size(), QSize(60, 50));
-        QCOMPARE(cImage.pixel(0, 0), qRgb(10, 10, 10));
-        QCOMPARE(cImage.pixel(1, 1), qRgb(50, 50, 50));
-        QCOMPARE(cImage.pixel(59, 49), qRgb(0, 0, 0));
-
+        QCOMPARE(QImage("view.png").convertToFormat(QImage::Format_RGB32), cExpected);
         QFile::remove("view.png");
         save(strConfig);
         QVERIFY(files().isEmpty());
