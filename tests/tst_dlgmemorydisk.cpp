@@ -31,7 +31,6 @@ struct Store : ArithmParamMgr {
     Store()
     {
         getParamDIB(7)->setName("彩色七");
-        getParamDIB(7)->setDescribe("相机");
         getParamDIB(3)->setName("彩色三");
         getParamGray8(7)->setName("灰度七");
         getParamGray8(0);
@@ -48,27 +47,6 @@ class TestDlgMemoryDisk : public QObject
     Q_OBJECT
 
 private slots:
-    void offersThePictures()
-    {
-        Store cStore;
-        const QString strLong(99, 'W');
-        cStore.getParamDIB(3)->setDescribe(strLong);
-        QString strSeen;
-        int nWidth = 0;
-        const auto fnLook = [&](QWidget &cDialog) {
-            auto *pcTable = cDialog.findChild<QTableWidget *>("tblRGB");
-            nWidth = pcTable->columnWidth(1);
-            strSeen = cDialog.windowTitle();
-            for (int nColumn = 0; nColumn < 2; ++nColumn)
-                for (const QTableWidgetItem *pcItem : {pcTable->horizontalHeaderItem(nColumn),
-                                                       pcTable->item(0, nColumn), pcTable->item(1, nColumn)})
-                    strSeen += '|' + pcItem->text();
-        };
-        QCOMPARE(configure<MemoryDisk>("<InputID>7</InputID>", &cStore, {fnLook, CANCEL}), "");
-        QCOMPARE(strSeen, "写内存盘配置|名称|彩色三|彩色七|描述|" + strLong + "|相机");
-        QVERIFY(nWidth > QApplication::fontMetrics().horizontalAdvance(strLong)); // all can be read
-    }
-
     void makesTheConfig()
     {
         for (const QString strType : {"RGB", "Gray8"}) {
@@ -92,12 +70,6 @@ private slots:
                 strSeen,
                 QString("%1|%2|内存盘2|%1|%2|内存盘0|").arg(strType == "RGB" ? "彩色七" : "灰度七", strType));
         }
-        // The type is shown also where no picture was named.
-        QString strSeen;
-        Store cStore;
-        configure<MemoryDisk>("<InputID></InputID><InputType>Gray8</InputType>", &cStore,
-                              {look(strSeen), CANCEL});
-        QCOMPARE(strSeen, "|Gray8|内存盘0|");
     }
 
     void storeDiesMeanwhile()
@@ -133,7 +105,6 @@ private slots:
             }
             return lstText.join(' ');
         };
-        QTimer *pcTimer = cDialog.findChild<QTimer *>();
         const auto tick = [&] { QMetaObject::invokeMethod(&cDialog, "OnTimer"); };
         QCOMPARE(bars(), "0/6 0/6 0/6 0/6 0/6 0/6");
         QTRY_COMPARE(bars(), "0/6 0/6 3/6 1/6 0/6 0/6");
@@ -147,19 +118,6 @@ private slots:
         DialogUser::click(cDialog, "btnClear1");
         QCOMPARE(cDisk.getGray8IdleNum(), 6);
         cDisk.releaseDIB(pcRecord);
-
-        // A group that shows none empties the last memory disk.
-        DialogUser::set("cmbDataType0=1 cmbMemDisk0=6")(cDialog);
-        QVERIFY(!cDialog.findChild<QComboBox *>("cmbDataType0")->isEnabled());
-        tick();
-        QCOMPARE(bars(), "0/6 0/6 0/6 0/6 0/6 0/6");
-        DialogUser::click(cDialog, "btnClear0");
-        QCOMPARE(MemoryDisk::getInstance(5)->getGray8IdleNum(), 6);
-
-        DialogUser::set("cmbInteval=0")(cDialog); // not connected
-        QCOMPARE(pcTimer->interval(), 1000);
-        QMetaObject::invokeMethod(&cDialog, "on_comboBox_currentIndexChanged", Q_ARG(int, 2));
-        QCOMPARE(pcTimer->interval(), 300);
     }
 };
 
