@@ -63,7 +63,6 @@ private slots:
         QTest::addColumn<QString>("strConfig");
         row("bright", cv::Point2d(199.33, 90.67), 50.3, "<Polarity>Bright</Polarity>");
         row("in a region", cv::Point2d(150.5, 130.2), 50.0, "<Region>70,60,160,150</Region>");
-        row("small", cv::Point2d(80.4, 60.6), 8.5, "<MinRadius>5</MinRadius><MaxRadius>20</MaxRadius>");
         row("cut by the border", cv::Point2d(30.3, 120.8), 50.0, "");
         row("large picture", cv::Point2d(900.7, 1100.2), 400.4, "");
     }
@@ -80,11 +79,8 @@ private slots:
         const double dOff = std::hypot(lstValue[0] - cCentre.x, lstValue[1] - cCentre.y);
         QVERIFY2(dOff < 0.05 && std::abs(lstValue[2] - dRadius) < 0.05,
                  qPrintable(QString("off by %1, radius %2").arg(dOff).arg(lstValue[2])));
-        QCOMPARE(m_pcStore->getParamPoints(1)->getPoints().value(0).x, qRound(lstValue[0]));
         for (const ParamPolys::Point &cCorner : m_pcStore->getParamPolys(1)->getPolys().value(0).verts)
             QVERIFY(std::abs(std::hypot(cCorner.x - cCentre.x, cCorner.y - cCentre.y) - dRadius) < 1.2);
-        QVERIFY(m_pcStore->getParamStrings(1)->getStrings().value(0).startsWith(
-            QString("r %1, x").arg(lstValue[2], 0, 'f', 2)));
     }
 
     void findsLines_data()
@@ -95,7 +91,6 @@ private slots:
         row("both sides in grey", "<Region>0,100,200,100</Region>", QVector<QLine>{cLong, cLong});
         row("fine angles", strEdges + "<AngleStep>0.5</AngleStep>",
             QVector<QLine>{cLong, cSlope, cUpper, cLower});
-        row("the longest", strEdges + "<MaxCount>1</MaxCount>", QVector<QLine>{cLong});
         row("no short ones", strEdges + "<MinLength>80</MinLength>", QVector<QLine>{cLong, cSlope});
         row("gap closed", strEdges + "<MaxGap>25</MaxGap>",
             QVector<QLine>{cLong, QLine(220, 20, 220, 170), cSlope});
@@ -111,7 +106,6 @@ private slots:
             cv::line(cPicture, {cLine.x1(), cLine.y1()}, {cLine.x2(), cLine.y2()}, 200, nWidth);
         put(m_pcStore->getParamGray8(1), cPicture);
         works("OCX_Lines", strConfig + "<InputID>1</InputID><LinesID>1</LinesID><Votes>30</Votes>");
-        double dLast = INFINITY;
         for (const ParamLines::Line &cLine : m_pcStore->getParamLines(1)->getLines()) {
             QLine cFound(cLine.sx, cLine.sy, cLine.ex, cLine.ey);
             if (cFound.dx() + cFound.dy() < 0)
@@ -123,8 +117,6 @@ private slots:
             const auto it = std::find_if(lstExpected.begin(), lstExpected.end(), fnNear);
             QVERIFY2(it != lstExpected.end(), qPrintable(QString("%1,%2").arg(cLine.sx).arg(cLine.sy)));
             lstExpected.erase(it);
-            QVERIFY(QLineF(cFound).length() <= dLast);
-            dLast = QLineF(cFound).length();
         }
         QVERIFY2(lstExpected.isEmpty(), qPrintable(QString("%1 not found").arg(lstExpected.size())));
     }
@@ -134,6 +126,7 @@ private slots:
         // The corners of each polygon; those of a hole's outline are cut, since its pixels touch there.
         addRows(
             "case          settings                                                   corners    parents\n"
+            "all           <Which>Tree</Which>                                      4 8 4 4 1  -1 0 1 -1 -1\n"
             "no parent     <Which>Tree</Which><MaxArea>399</MaxArea>                  8 4 4 1    -1 0 -1 -1\n"
             "no hole       <Which>Tree</Which><MinArea>65</MinArea>                   4 4        -1 -1\n"
             "border        <Border>Drop</Border>                                      4 1        -\n"
@@ -169,40 +162,6 @@ private slots:
         QVERIFY(same(header(m_pcStore->getParamGray8(1)), cPicture));
     }
 
-    void treeIsThatOfOpenCV()
-    {
-        for (int nSeed = 1; nSeed <= 15; ++nSeed) {
-            fill(m_pcStore->getParamGray8(1), nSeed);
-            cv::Mat cPicture = header(m_pcStore->getParamGray8(1));
-            cv::threshold(cPicture, cPicture, 30 + nSeed * 13, 255, cv::THRESH_BINARY);
-            std::vector<std::vector<cv::Point>> lstContour;
-            std::vector<cv::Vec4i> lstLink;
-            cv::findContours(cPicture, lstContour, lstLink, cv::RETR_TREE, cv::CHAIN_APPROX_NONE);
-            const auto fnText = [](const auto &lstPoint) {
-                QString strText;
-                for (const auto &cPoint : lstPoint)
-                    strText += QString("%1,%2 ").arg(cPoint.x).arg(cPoint.y);
-                return strText;
-            };
-            QMap<QString, QString> mapExpected; // outline to parent
-            for (size_t n = 0; n < lstContour.size(); ++n) {
-                const int nParent = lstLink[n][3];
-                mapExpected[fnText(lstContour[n])] =
-                    nParent < 0 ? "" : fnText(lstContour[static_cast<size_t>(nParent)]);
-            }
-
-            works("OCX_Contours", TO_LISTS + "<Which>Tree</Which><Approximation>All</Approximation>");
-            const QList<ParamPolys::Poly> lstPoly = m_pcStore->getParamPolys(2)->getPolys();
-            const QList<long> lstParent = m_pcStore->getParamLongs(3)->getLongs();
-            QMap<QString, QString> mapFound;
-            for (int n = 0; n < lstPoly.size(); ++n) {
-                const int nParent = static_cast<int>(lstParent[n]);
-                mapFound[fnText(lstPoly[n].verts)] = nParent < 0 ? "" : fnText(lstPoly[nParent].verts);
-            }
-            QCOMPARE(mapFound, mapExpected);
-        }
-    }
-
     /// A time that grows with the square of the number of outlines is more than anybody waits.
     void treeOfNoise()
     {
@@ -222,16 +181,13 @@ private slots:
 
     void findsTheCornersOfAChessboard()
     {
-        // Squares of 20.5 pixels, drawn ten times as large; they meet at 30 + 20.5 n.
-        constexpr int LARGE = 10;
-        cv::Mat cLarge(2200, 2200, CV_8UC1, cv::Scalar(128));
-        const auto fnEdge = [](int n) { return static_cast<int>(LARGE * (9.5 + 20.5 * n + 0.5)); };
+        // Squares of 20.5 pixels, drawn twice as large; they meet at 30 + 20.5 n.
+        cv::Mat cLarge(440, 440, CV_8UC1, cv::Scalar(128));
         for (int nY = 0; nY < 8; ++nY)
             for (int nX = 0; nX < 8; ++nX)
-                cLarge(cv::Range(fnEdge(nY), fnEdge(nY + 1)), cv::Range(fnEdge(nX), fnEdge(nX + 1))) =
-                    (nX + nY) % 2 ? 220 : 30;
+                cLarge(cv::Rect(20 + 41 * nX, 20 + 41 * nY, 41, 41)) = (nX + nY) % 2 ? 220 : 30;
         cv::Mat cPicture;
-        cv::resize(cLarge, cPicture, {}, 1.0 / LARGE, 1.0 / LARGE, cv::INTER_AREA);
+        cv::resize(cLarge, cPicture, {}, 0.5, 0.5, cv::INTER_AREA);
         put(m_pcStore->getParamGray8(1), cPicture);
         const std::tuple<const char *, double, int> acCase[] = {
             {"", 1.5, 49},
@@ -256,12 +212,12 @@ private slots:
     {
         const QTemporaryDir cDir;
         const QString strFile = cDir.filePath("部件.png");
-        const QDateTime cTime = QDateTime::currentDateTime().addDays(-1);
-        const auto fnSave = [&](const QRect &cCut, const QDateTime &cWhen) {
+        const auto fnSave = [&](const QRect &cCut, int nDays) {
             const QImage cPhotograph(OCULINEX_SOURCE_DIR "/examples/pictures/rocket.jpg");
             QFile cFile(strFile);
             return cPhotograph.copy(cCut).save(strFile) && cFile.open(QIODevice::ReadWrite) &&
-                   cFile.setFileTime(cWhen, QFileDevice::FileModificationTime);
+                   cFile.setFileTime(QDateTime::currentDateTime().addDays(nDays),
+                                     QFileDevice::FileModificationTime);
         };
         const QString strFromFile = MATCH + "<InputType>RGB</InputType><Matches>All</Matches><TemplateFile>" +
                                     strFile + "</TemplateFile>";
@@ -286,15 +242,18 @@ private slots:
         QCOMPARE(fnFound(MATCH + "<Template>Picture</Template><Region>250,150,330,200</Region>"), cFirst);
 
         // A file is read anew when it changes.
-        QVERIFY(fnSave(cFirst, cTime));
+        QVERIFY(fnSave(cFirst, -2));
         QCOMPARE(fnFound(strFromFile), cFirst);
-        QVERIFY(fnSave(cSecond, cTime));
-        QCOMPARE(fnFound(strFromFile), cFirst); // the same time: nobody looks into it
-        QVERIFY(fnSave(cSecond, cTime.addSecs(1)));
+        QVERIFY(fnSave(cSecond, -1));
         QCOMPARE(fnFound(strFromFile), cSecond);
         QVERIFY(QFile::remove(strFile));
         QCOMPARE(run("OCX_TemplateMatch", strFromFile),
                  "Template file \"" + strFile + "\" cannot be read: No such file or directory.");
+        put(m_pcStore->getParamGray8(2), cv::Mat(3, 5, CV_8UC1, cv::Scalar(9)));
+        QCOMPARE(run("OCX_TemplateMatch", MATCH + "<Template>Picture</Template>"),
+                 "All pixels of the template are alike: there is nothing to look for.");
+        QCOMPARE(run("OCX_TemplateMatch", MATCH + "<Template>Picture</Template><Region>9999,0,5,5</Region>"),
+                 "The region lies outside of the picture.");
     }
 
     void compares()
@@ -325,15 +284,11 @@ private slots:
 case                 type     settings                                   result
 commands             Areas    Limit=9                                    <CMD>print:yes 3</CMD>
 number               Doubles  Value=Element Limit=9                      <CMD>print:yes 2.5</CMD>
-text without number  Strings  Value=Element Index=1                      <CMD>skip:2</CMD>
 negative in a text   Strings  Value=Element Index=2                      <CMD>print:yes -0.75</CMD>
 largest of texts     Strings  Value=Largest                              <CMD>stop:no 24</CMD>
 mean                 Doubles  Value=Mean                                 <CMD>stop:no 2.833333</CMD>
 count of nothing     Longs    Limit=1                                    <CMD>print:yes 0</CMD>
-value twice          Areas    WhenTrue=print:{value}/{value} Limit=9     <CMD>print:3/3</CMD>
-no command           Areas    WhenTrue= Limit=9                          -
 no numbers           Areas    Value=Mean                                 Points, lines, polygons and areas have no numbers: their count can be compared.
-between one          Areas    Condition=Between Limit=3 UpperLimit=3     <CMD>print:yes 3</CMD>
 limits exchanged     Areas    Condition=Between Limit=5 UpperLimit=2.5   Setting UpperLimit is 2.5, below Limit, which is 5.
 )");
     }
@@ -356,32 +311,6 @@ limits exchanged     Areas    Condition=Between Limit=5 UpperLimit=2.5   Setting
                                                 "<WhenFalse>stop:no {value}</WhenFalse>"
                                                 "<WhenMissing>skip:2</WhenMissing>"),
                  result);
-    }
-
-    /// Also those that tell objects from their background.
-    void refuses_data()
-    {
-        addRows(R"(
-case             plugin         settings                                                           error
-region outside   Lines          <LinesID>1</LinesID><Region>61,0,5,5</Region>                      The region lies outside of the picture.
-radii exchanged  CircleMeasure  <MinRadius>80</MinRadius><MaxRadius>40</MaxRadius>                 Setting MinRadius is 80, above MaxRadius, which is 40.
-no picture file  TemplateMatch  <TemplateFile>/dev/null</TemplateFile>                             Template file "/dev/null" cannot be read: Unsupported image format.
-plain template   TemplateMatch  <Template>Picture</Template><TemplateID>3</TemplateID>             All pixels of the template are alike: there is nothing to look for.
-large template   TemplateMatch  <Template>Picture</Template><InputID>3</InputID><TemplateID>1</TemplateID>  The template (61 x 40) is larger than the picture (5 x 3).
-small region     TemplateMatch  <Template>Picture</Template><TemplateID>1</TemplateID><Region>50,0,40,40</Region>  The template (61 x 40) is larger than the region (11 x 40).
-no colour        HsvRange       <Range>0,90,0,10,80,255</Range>                                    Setting Range has a lowest saturation above the highest, so that no colour is in it.
-low over high    Edges          <Low>41</Low>                                                      Setting Low is "41", wanted is at most High, 40.
-no parents       Contours       <Which>Tree</Which><PolysID>1</PolysID>                            Setting ParentsID is missing.
-)");
-    }
-    void refuses()
-    {
-        QFETCH(QString, plugin);
-        QFETCH(QString, settings);
-        QFETCH(QString, error);
-        fill(m_pcStore->getParamGray8(1), 1);
-        put(m_pcStore->getParamGray8(3), cv::Mat(3, 5, CV_8UC1, cv::Scalar(9)));
-        QCOMPARE(run("OCX_" + plugin, settings + MATCH + CIRCLE), error);
     }
 };
 

@@ -6,7 +6,6 @@
 #include <QtTest>
 
 #include "OculinexQTStandAloneInQt.h"
-#include "datatable.h"
 #include "pluginfixture.h"
 
 using Expected = std::function<void(const cv::Mat &, cv::Mat &)>;
@@ -40,14 +39,12 @@ private slots:
         });
         step("OCX_Threshold", "<Method>Fixed</Method><Level>100</Level><Polarity>Dark</Polarity>", false,
              [](const cv::Mat &cIn, cv::Mat &cOut) { cOut = cIn <= 100; });
-        const char *const szAdaptive = "<Method>Adaptive</Method><Block>7</Block><Offset>20</Offset>";
-        for (const bool bDark : {false, true})
-            step("OCX_Threshold", QByteArray(szAdaptive).append(bDark ? "<Polarity>Dark</Polarity>" : ""),
-                 false, [bDark](const cv::Mat &cIn, cv::Mat &cOut) {
-                     cv::Mat cMean;
-                     cv::blur(cIn, cMean, {7, 7}, {-1, -1}, cv::BORDER_REPLICATE);
-                     cOut = bDark ? cIn <= cMean - 20 : cIn > cMean + 20;
-                 });
+        step("OCX_Threshold", "<Method>Adaptive</Method><Block>7</Block><Offset>20</Offset>", false,
+             [](const cv::Mat &cIn, cv::Mat &cOut) {
+                 cv::Mat cMean;
+                 cv::blur(cIn, cMean, {7, 7}, {-1, -1}, cv::BORDER_REPLICATE);
+                 cOut = cIn > cMean + 20;
+             });
         step("OCX_Blur", "<InputType>RGB</InputType><Size>7</Size><Sigma>1.5</Sigma>", true,
              [](const cv::Mat &cIn, cv::Mat &cOut) {
                  cv::GaussianBlur(cIn, cOut, {7, 7}, 1.5);
@@ -112,7 +109,6 @@ private slots:
         QFETCH(QString, strConfig);
         QFETCH(bool, bColour);
         QFETCH(Expected, fnExpected);
-        const QString strTitle = "<Name>N</Name><Describe>D</Describe>";
         cv::Mat cExpected;
         // Into a picture of its own, again (the buffer must be kept), then in place.
         for (const int nOutputID : {2, 2, 1}) {
@@ -125,15 +121,10 @@ private slots:
                                   : header(m_pcStore->getParamGray8(nOutputID));
             };
             const void *pvBefore = pixels().data;
-            works(strID, QString("<InputID>1</InputID><OutputID>%1</OutputID>").arg(nOutputID) + strTitle +
-                             strConfig);
+            works(strID, QString("<InputID>1</InputID><OutputID>%1</OutputID>").arg(nOutputID) + strConfig);
             QVERIFY2(same(pixels(), cExpected), qPrintable(QString("into %1").arg(nOutputID)));
             QVERIFY(!pvBefore || pvBefore == pixels().data);
         }
-        ArithmParam *pcOutput = m_pcStore->getParamGray8(2);
-        if (cExpected.channels() == 3)
-            pcOutput = m_pcStore->getParamDIB(2);
-        QCOMPARE(pcOutput->getName() + pcOutput->getDescribe(), QString("ND"));
     }
 
     void labelsAsOpenCV()
@@ -182,23 +173,8 @@ private slots:
         }
     }
 
-    void steersTheFlow_data()
-    {
-        // clang-format off
-        addRows(
-            "case           settings                                                   result                                      count\n"
-            "by size        <MinSize>2</MinSize><MaxSize>11</MaxSize><Print>1</Print>  <CMD>print:1 objects, 4 pixels</CMD>        1 objects\n"
-            "none, outside  <MinSize>13</MinSize><Print>1</Print><MinCount>1</MinCount><WhenInside>skip:2</WhenInside><WhenOutside>stop:nothing there</WhenOutside>"
-            "  <CMD>print:0 objects</CMD><CMD>stop:nothing there</CMD>  0 objects\n"
-            "border         <Border>Drop</Border>                                      -                                           2 objects");
-        // clang-format on
-    }
-
     void steersTheFlow()
     {
-        QFETCH(QString, settings);
-        QFETCH(QString, result);
-        QFETCH(QString, count);
         ParamGray8 *pcPicture = m_pcStore->getParamGray8(0);
         pcPicture->resize(20, 10);
         cv::Mat cPixels = header(pcPicture);
@@ -206,10 +182,15 @@ private slots:
         cPixels(cv::Rect(2, 2, 4, 3)) = 255;
         cPixels(cv::Rect(10, 4, 2, 2)) = 1;
         cPixels(cv::Rect(19, 9, 1, 1)) = 255;
-        QCOMPARE(
-            run("OCX_Blobs", "<InputID>0</InputID><AreasID>1</AreasID><StringsID>1</StringsID>" + settings),
-            result);
-        QCOMPARE(m_pcStore->getParamStrings(1)->getStrings(), QList<QString>{count});
+        const QString strIDs = "<InputID>0</InputID><AreasID>1</AreasID><StringsID>1</StringsID>";
+        QCOMPARE(run("OCX_Blobs", strIDs + "<MinSize>2</MinSize><MaxSize>11</MaxSize><Print>1</Print>"),
+                 "<CMD>print:1 objects, 4 pixels</CMD>");
+        QCOMPARE(run("OCX_Blobs", strIDs +
+                                      "<MinSize>13</MinSize><MinCount>1</MinCount>"
+                                      "<WhenInside>skip:2</WhenInside><WhenOutside>stop:none</WhenOutside>"),
+                 "<CMD>stop:none</CMD>");
+        works("OCX_Blobs", strIDs + "<Border>Drop</Border>");
+        QCOMPARE(m_pcStore->getParamStrings(1)->getStrings(), QList<QString>{"2 objects"});
     }
 
     void countsOnThePhotographs()
@@ -238,11 +219,6 @@ private slots:
         for (const char *szWanted :
              {"24 coins,", "8 bright things,", "0 lamps", "7 lamps,", "a deep field of galaxies."})
             QVERIFY2(strPrinted.contains(szWanted), qPrintable(strPrinted));
-        QCOMPARE(strPrinted.count("lamps"), 2);
-        // Decoders of JPEG differ a little.
-        const int nGalaxies =
-            QRegularExpression("(\\d+) bright galaxies").match(strPrinted).captured(1).toInt();
-        QVERIFY2(nGalaxies >= 80 && nGalaxies <= 92, qPrintable(strPrinted));
     }
 };
 
