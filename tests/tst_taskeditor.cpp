@@ -343,6 +343,29 @@ private slots:
         QVERIFY(!cTask.m_pcMenu);
     }
 
+    /// All goes while an action that was clicked in the menu is at work, in which Qt's own code still is.
+    void menuOutlivesItsAction()
+    {
+        auto pcBench = std::make_unique<Bench>();
+        pcBench->m_cTable.selectRow(0);
+        emit pcBench->m_cTable.customContextMenuRequested(QPoint(1, 1));
+        const QPointer<QMenu> pcMenu = pcBench->m_pcTask->m_pcMenu;
+        const QPoint cDelete = pcMenu->actionGeometry(pcMenu->actions().at(4)).center();
+        bool bKept = false;
+        const DialogUser cUser({[&](QWidget &cBox) {
+            const QPointer<QWidget> pcBox(&cBox);
+            pcBench.reset();
+            QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+            bKept = pcMenu;
+            if (pcBox)
+                pcBox->close();
+        }});
+        QTest::mouseMove(pcMenu, cDelete);
+        QTest::mouseClick(pcMenu, Qt::LeftButton, {}, cDelete);
+        QVERIFY(bKept);
+        QTRY_VERIFY(!pcMenu);
+    }
+
     /// A task that goes while a box or a step's window is open is there until that is closed.
     void tasksGoMeanwhile()
     {

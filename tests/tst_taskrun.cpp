@@ -208,6 +208,8 @@ a budget of nothing            a                      -1       0  a       -
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression("is not started in the middle"));
         QCOMPARE(fnTrace("d|bad, 999999999;x", [] { s_pcTask->startTask(); }), "start d x stop");
         QVERIFY(!s_pcTask->IsRunning());
+        fnTrace("e, 999999999;y|bad", [] { s_pcTask->startTask(); }); // in the last message
+        QVERIFY(s_pcTask->IsRunning());
         TaskMgr::deleteThis();
     }
 };

@@ -233,6 +233,43 @@ source ends the thread         a|bad, last                        start a stop  
         QTRY_VERIFY(!s_pcTask);
     }
 
+    /// A run ends, and the GUI thread hears of it, before the starter on another thread is done.
+    void startedElsewhere()
+    {
+        Widgets cWidgets;
+        Fake::Task cTask("a|bad");
+        cWidgets.attach(cTask);
+        std::atomic<bool> bTold{false};
+        std::thread cStarter([&] {
+            MadeThreads::s_fnMade = [&] { Fake::spinUntil([&] { return bTold.load(); }); };
+            cTask.startTask();
+        });
+        bTold = QTest::qWaitFor([&] { return Fake::hasTraced("stop") && !Fake::s_lstErrors.isEmpty(); });
+        cStarter.join();
+        MadeThreads::s_fnMade = nullptr;
+        QCoreApplication::processEvents();
+        QCOMPARE(cWidgets.shown(), "执行任务11111");
+        QVERIFY(bTold && cTask.m_hThread == 0);
+    }
+
+    /// A stop waits for the run that it told to stop, not for one that somebody begins meanwhile.
+    void stopMeetsStart()
+    {
+        Fake::Task cTask("a");
+        cTask.startTask();
+        std::atomic<bool> bStopped{false};
+        std::thread cStopper([&] {
+            cTask.stopTask();
+            bStopped = true;
+        });
+        Fake::spinUntil([&] { return !cTask.IsRunning(); });
+        cTask.startTask();
+        const bool bBack = Fake::spinUntil([&] { return bStopped.load(); });
+        cTask.m_bExit = !bBack; // lets go of a stop that waits for the wrong run
+        cStopper.join();
+        QVERIFY(bBack && cTask.IsRunning());
+    }
+
     void noThread()
     {
         QPushButton cRun("text");
