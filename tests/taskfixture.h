@@ -94,17 +94,16 @@ inline unsigned char *requestPicture(int, const char *, int *pnWidth, int *pnHei
 
 inline void reset()
 {
-    static const bool s_bRegistered = [] {
-        auto *pcArithm = new Arithm(
-            false, [] { return "fake"; }, nullptr, execute);
-        ArithmFactory::getInstance()->getArithms()->append({"测试", "假", pcArithm});
+    ArithmFactory *pcFactory = ArithmFactory::getInstance();
+    if (!pcFactory->getArithm("fake")) {
+        pcFactory->getArithms()->append({"测试", "假",
+                                         new Arithm(
+                                             false, [] { return "fake"; }, nullptr, execute)});
         // In the place of the drawing algorithm, whose config text this one shows.
         auto *pcDrawing = new Arithm(
             false, [] { return "KQ_Drawing"; }, nullptr, execute);
-        ArithmFactory::getInstance()->m_mapArithm.insert("KQ_Drawing", pcDrawing);
-        return true;
-    }();
-    Q_UNUSED(s_bRegistered)
+        pcFactory->m_mapArithm.insert("KQ_Drawing", pcDrawing);
+    }
     s_lstTrace.clear();
     s_lstPrinted.clear();
     s_lstErrors.clear();
@@ -138,15 +137,12 @@ public:
         setPrintCallBack(onPrint);
         for (const QString &strStep : strFlow.split(", ", Qt::SkipEmptyParts))
             m_lstArithm.append(parse(strStep));
-        static DataSource::DataSourceInfo s_cInfo = [] {
-            DataSource::DataSourceInfo cInfo;
-            cInfo.m_fnRequestPicture = requestPicture;
-            cInfo.m_fnReleasePicture = [](int) {};
-            cInfo.m_fnStart = [](int) { reach("start"); };
-            cInfo.m_fnStop = [](int) { reach("stop"); };
-            return cInfo;
-        }();
-        m_pcDS = s_cInfo.newInstance({}, m_pcAPM);
+        DataSource::DataSourceInfo cInfo;
+        cInfo.m_fnRequestPicture = requestPicture;
+        cInfo.m_fnReleasePicture = [](int) {};
+        cInfo.m_fnStart = [](int) { reach("start"); };
+        cInfo.m_fnStop = [](int) { reach("stop"); };
+        m_pcDS = cInfo.newInstance({}, m_pcAPM);
         m_pcDS->setDataType("Gray8");
         m_pcDS->setDataID(1);
     }

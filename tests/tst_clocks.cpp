@@ -69,9 +69,6 @@ private slots:
         QFETCH_GLOBAL(int, jump);
         const QDateTime cQt = QDateTime::currentDateTimeUtc();
         QVERIFY(qAbs(cQt.secsTo(QDateTime::currentDateTimeUtc()) - jump) < 60);
-        const auto cStandard = std::chrono::system_clock::now();
-        QVERIFY(std::chrono::abs(std::chrono::system_clock::now() - cStandard - std::chrono::seconds(jump)) <
-                std::chrono::minutes(1));
     }
 
     void budgetOfARun()
@@ -106,7 +103,7 @@ private slots:
     void statusFigures()
     {
         Fake::s_mapHandlers["slow!"] = [] { QTest::qSleep(5); };
-        Fake::Task cTask("slow!|{print:1}, 2;b, c|||{stop:}, 999999999;end");
+        Fake::Task cTask("slow!|{print:1}, 2;b, c|||bad, 999999999;end|worse");
         for (int nStart = 0; nStart < 2; ++nStart) { // the figures start anew
             Fake::s_mapExecutions.clear();
             QElapsedTimer cTimer;
@@ -117,7 +114,8 @@ private slots:
             const qint64 nPassedNs = cTimer.nsecsElapsed();
             QCOMPARE(cStatus.m_nRuns, qint64(3));
             QCOMPARE(cStatus.m_nPictures, qint64(3));
-            QCOMPARE(cStatus.m_nFailures, qint64(0)); // an end by "stop:" is none
+            QCOMPARE(cStatus.m_nFailures, qint64(2));
+            QCOMPARE(cStatus.m_strLastError, "算法\"end\"出错, 错误信息:worse");
             QVERIFY(cStatus.m_nLastRunNs >= 5000000 && cStatus.m_nLastRunNs <= cStatus.m_nWorstRunNs);
             QVERIFY(cStatus.m_nTotalRunNs >= 15000000 && cStatus.m_nTotalRunNs < nPassedNs);
             QString strExecutions;
@@ -125,8 +123,8 @@ private slots:
                 strExecutions += QString::number(cStep.m_nExecutions);
             QCOMPARE(strExecutions, "3231");
             const StepStatus cSlow = cStatus.m_lstStep.at(0);
-            QVERIFY(cSlow.m_nLastNs >= 5000000 && cSlow.m_nLastNs <= cSlow.m_nWorstNs &&
-                    cSlow.m_nTotalNs >= 15000000 && cSlow.m_nTotalNs < nPassedNs);
+            QVERIFY(cSlow.m_nLastNs >= 5000000 && cSlow.m_nLastNs <= cSlow.m_nWorstNs);
+            QVERIFY(cSlow.m_nTotalNs >= 15000000 && cSlow.m_nTotalNs < nPassedNs);
             QCOMPARE(cSlow.m_strLastResult, "<CMD>print:1</CMD>");
         }
     }
@@ -140,7 +138,6 @@ private slots:
         Fake::Task cTask("1;first, hang");
         cTask.startTask();
         QVERIFY(cFirst.waitEntered());
-        QCOMPARE(cTask.getStatus().m_eState, TaskStatus::State::Running);
         TaskInfo::setStatusEnabled(true);
         cFirst.open();
         QVERIFY(cSecond.waitEntered());
@@ -153,23 +150,9 @@ private slots:
         const TaskStatus cLater = cTask.getStatus();
         QVERIFY(cLater.m_nSincePictureNs >= cLater.m_nCurrentStepNs &&
                 cLater.m_nSincePictureNs < 60000000000);
-        cTask.m_bExit = true;
-        QCOMPARE(cTask.getStatus().m_eState, TaskStatus::State::Stopping);
         cSecond.open();
         cTask.stopTask();
         QCOMPARE(cTask.getStatus().m_eState, TaskStatus::State::Idle);
-        QCOMPARE(cTask.getStatus().m_nRuns, qint64(2));
-    }
-
-    void failures()
-    {
-        Fake::Task cTask("a||bad, 999999999;end|worse");
-        cTask.startTask();
-        QTRY_VERIFY(!cTask.IsRunning());
-        QCOMPARE(cTask.getStatus().m_nRuns, qint64(2)); // a failed run is one
-        QCOMPARE(cTask.getStatus().m_nFailures, qint64(2));
-        QCOMPARE(cTask.getStatus().m_strLastError, "算法\"end\"出错, 错误信息:worse");
-        QCOMPARE(cTask.getStatus().m_lstStep.at(0).m_strLastResult, "bad");
     }
 };
 

@@ -73,30 +73,21 @@ private slots:
         for (const char *szFile :
              {"baseArithm/ORDER_B-Two-N2.so", "baseArithm/order_a-One-N1.so", "baseArithm/order_c-One-N1.SO",
               "baseArithm/order_d-One-N3.So", "extArithm/order_0-One-N2.so", "extArithm/ORDER_B-Two-N2.so",
-              "baseArithm/order_e-One-N1.so.1", "baseArithm/order_g.so/x.so",
-              "extArithm/KQ_Drawing-Two-N2.so"})
+              "baseArithm/order_e-One-N1.so.1", "extArithm/KQ_Drawing-Two-N2.so"})
             m_cHere.plugin(szFile);
         QCOMPARE(rebuild()->m_lstArithmLib.size(), 7);
         QCOMPARE(pluginIDs(), "order_a ORDER_B order_c order_d KQ_Drawing order_0 ORDER_B");
 
         ArithmMgr &cMgr = *ArithmMgr::getInstance();
-        QCOMPARE(cMgr.getArithmClassNames().mid(1), QList<QString>({"One", "Two"}));
         QCOMPARE(cMgr.getArithmNames("One"), QList<QString>({"N1", "N3", "N2"}));
         QCOMPARE(cMgr.getArithm("One", "N1"), "order_a");
-        QCOMPARE(cMgr.getArithm("One", "n1"), "");
-        for (const char *szUnknown : {"order_b", ""})
-            QCOMPARE(cMgr.getArithm(szUnknown), nullptr);
-        Arithm *const pcBase = cMgr.getArithm("ORDER_B");
-        QVERIFY(!pcBase->IsExtLib());
+        QCOMPARE(cMgr.getArithm("order_b"), nullptr);
+        QVERIFY(!cMgr.getArithm("ORDER_B")->IsExtLib());
         QVERIFY(cMgr.getArithm("order_0")->IsExtLib());
 
         auto &lstArithm = *ArithmFactory::getInstance()->getArithms();
-        static Arithm s_cSame(
-            false, [] { return "ORDER_B"; }, nullptr, nullptr);
         static Arithm s_cEmpty(true, nullptr, nullptr, nullptr);
-        for (Arithm *pcArithm : {&s_cSame, &s_cEmpty})
-            lstArithm.append({"C", "N2", pcArithm});
-        QCOMPARE(cMgr.getArithm("ORDER_B"), pcBase);
+        lstArithm.append({"C", "N2", &s_cEmpty});
         QCOMPARE(cMgr.getArithm("KQ_Drawing"), lstArithm.at(1).m_pcArithm);
         QCOMPARE(cMgr.getArithm(""), &s_cEmpty);
         QCOMPARE(s_cEmpty.showConfigWindow("config", nullptr), "");
@@ -107,7 +98,6 @@ private slots:
         const QByteArray achGood = m_cHere.named();
         QTest::addColumn<QByteArray>("achFile");
         row("text", QByteArray("#!/bin/sh\necho not a library\n"));
-        row("header", achGood.left(64));
         row("zeros at the end", achGood.left(4096).leftJustified(achGood.size(), '\0'));
         row("missing import", m_cHere.namedWithout("dladdr"));
     }
@@ -136,43 +126,35 @@ private slots:
         QCOMPARE(cWarnings.taken().size(), 1);
     }
 
-    /// The host's timers may remove the task, or its table, whose use shows what can't be loaded.
+    /// The host's timers may remove the task whose use shows what can't be loaded.
     void boxInTheMiddle()
     {
         m_cHere.write("baseArithm/broken.so", "text");
-        const QList<std::function<void(TaskInfo &)>> lstUse = {
-            [](TaskInfo &cTask) { cTask.startTask(); }, [](TaskInfo &cTask) { cTask.modifyOption(); },
-            [](TaskInfo &cTask) { cTask.showConfigWindow(0); },
-            [](TaskInfo &cTask) { cTask.showContextmenu(QPoint()); },
-            [](TaskInfo &cTask) { cTask.showContextmenu(QPoint()); }};
-        for (int nUse = 0; nUse < lstUse.size(); ++nUse) {
-            const bool bTableGoes = nUse == lstUse.size() - 1;
-            QPointer<QTableWidget> pcTable = new QTableWidget(1, 3);
-            pcTable->setItem(0, 0, new QTableWidgetItem);
-            pcTable->selectRow(0);
+        for (const auto fnUse :
+             {+[](TaskInfo &cTask) { cTask.startTask(); }, +[](TaskInfo &cTask) { cTask.modifyOption(); },
+              +[](TaskInfo &cTask) { cTask.showConfigWindow(0); },
+              +[](TaskInfo &cTask) { cTask.showContextmenu(QPoint()); }}) {
+            QTableWidget cTable(1, 3);
+            cTable.setItem(0, 0, new QTableWidgetItem);
+            cTable.selectRow(0);
             QPointer<TaskInfo> pcTask = new TaskInfo(QString(), nullptr);
-            pcTask->addTaskFlowListWidget(pcTable);
+            pcTask->addTaskFlowListWidget(&cTable);
             pcTask->getTaskItem().append(TaskItem());
             pcTask->getTaskItem()[0].m_strArithmID = "KQ_MemoryDisk";
             forget(ArithmFactory::s_pcAF);
-            const auto fnRemove = [&](QWidget &) { bTableGoes ? delete pcTable : delete pcTask; };
-            const DialogUser cUser({fnRemove, DialogUser::type(Qt::Key_Return)});
-            lstUse[nUse](*pcTask);
-            QCOMPARE(pcTask.isNull(), !bTableGoes);
-            delete pcTask;
-            delete pcTable;
+            const DialogUser cUser({[&](QWidget &) { delete pcTask; }, DialogUser::type(Qt::Key_Return)});
+            fnUse(*pcTask);
+            QVERIFY(!pcTask);
         }
     }
 
-    /// What is no file, a link into nowhere, and a library that is no plug-in are passed over without
+    /// What is no file and a library that is no plug-in are passed over without
     /// a word. The library stays loaded: its code may have begun to run.
     void passesOverInSilence()
     {
         const QString strLibrary = "baseArithm/lacks_execute.so";
         m_cHere.write(strLibrary, m_cHere.namedWithout("execute"));
-        QVERIFY(QFile::link("nowhere.so", m_cHere.path("baseArithm/dangling.so")));
         QCOMPARE(mkfifo(qPrintable(m_cHere.path("baseArithm/fifo.so")), 0600), 0);
-        QVERIFY(QFile::link("fifo.so", m_cHere.path("baseArithm/link.so")));
         const Warnings cWarnings;
         const DialogUser cUser({});
         QCOMPARE(rebuild()->m_lstArithmLib.size(), 0);
@@ -213,11 +195,10 @@ private slots:
         const Warnings cWarnings;
         QString strConfig = LONG;
         const QByteArray achConfig = LONG.toUtf8();
-        for (int i = 0; i < 2; ++i) { // the same text
+        for (int i = 0; i < 2; ++i) // the same text
             QCOMPARE(cArithm.execute(strConfig, nullptr), strResult);
-            QCOMPARE(cArithm.executeUtf8(achConfig, nullptr), strResult);
-        }
-        QCOMPARE(cWarnings.taken().size(), bLogged ? 4 : 0);
+        QCOMPARE(cArithm.executeUtf8(achConfig, nullptr), strResult);
+        QCOMPARE(cWarnings.taken().size(), bLogged ? 3 : 0);
         // The window gives the same, but no text of an exception: its result is a configuration.
         QCOMPARE(cArithm.showConfigWindow(LONG, nullptr), bLogged ? QString() : strResult);
     }

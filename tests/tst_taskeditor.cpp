@@ -103,16 +103,9 @@ private slots:
         QCOMPARE(lstItem.at(0).m_nMaxExeTimes, TaskItem::CLEAN_UP_TIMES);
         QCOMPARE(lstItem.at(1).m_nMaxExeTimes, -1);
         QCOMPARE(cBench.m_cTable.item(1, 1)->text(), "abc");
-
-        // A second press on a selected cell takes the selection off.
-        for (const bool bSelected : {true, false, true}) {
-            QTest::mouseClick(cBench.m_cTable.viewport(), Qt::LeftButton, Qt::NoModifier,
-                              cBench.m_cTable.visualItemRect(cBench.m_cTable.item(1, 0)).center());
-            QCOMPARE(!cBench.m_cTable.selectedItems().isEmpty(), bSelected);
-        }
     }
 
-    /// The core, the cells and the presses on them stay connected; whatever else listened goes too.
+    /// Whatever else listened is taken off, too.
     void eventsTakenOff()
     {
         Bench cBench;
@@ -126,14 +119,6 @@ private slots:
         emit cBench.m_cTable.customContextMenuRequested(QPoint());
         QVERIFY(!bHeard && !cTask.IsRunning() && !cTask.m_pcMenu);
         QCOMPARE(cTask.m_nWhichView, 3);
-
-        cBench.m_cCore.setCurrentIndex(0);
-        cBench.m_cTable.item(0, 0)->setText("again");
-        cBench.m_cTable.selectRow(0);
-        emit cBench.m_cTable.itemPressed(cBench.m_cTable.item(0, 0));
-        QCOMPARE(cTask.m_nWhichKernel, 0);
-        QCOMPARE(cTask.getTaskItem().at(0).m_strDescribe, "again");
-        QCOMPARE(cTask.m_pcLastSelectedItem, cBench.m_cTable.item(0, 0));
     }
 
     void addAndInsert()
@@ -235,33 +220,6 @@ private slots:
         QCOMPARE(cTask.getTaskItem().at(0).m_strOptionStr, "new0");
         QCOMPARE(cTask.getTaskItem().at(1).m_strOptionStr, strKept);
         QCOMPARE(s_lstError, QStringList("ERR:no"));
-
-        // A run that fails before the window is told, and the window opens all the same.
-        s_lstError.clear();
-        cTask.getTaskItem()[1].m_strOptionStr = "<Window>new1</Window>";
-        delete std::exchange(cTask.m_pcDS, nullptr);
-        cTask.showConfigWindow(1);
-        QCOMPARE(cTask.getTaskItem().at(1).m_strOptionStr, "new1");
-        QCOMPARE(s_lstError, QStringList("No datasource assigned."));
-    }
-
-    /// A task that the host starts in answer to a failure keeps its source.
-    void startedInAnswer()
-    {
-        Bench cBench;
-        TaskInfo &cTask = *cBench.m_pcTask;
-        cTask.getTaskItem()[0].m_strArithmID = "unknown";
-        cTask.m_pcDS->m_fnStop = [](int) { s_lstError.append("stopped"); };
-        const DialogUser cUser({[&](QWidget &cBox) {
-            cTask.getTaskItem()[0].m_strArithmID = "probe";
-            cTask.startTask();
-            cBox.close();
-        }});
-        cBench.m_cTable.selectRow(2);
-        cTask.modifyOption();
-        QVERIFY(cTask.IsRunning() && s_lstError.isEmpty());
-        cTask.stopTask();
-        QCOMPARE(s_lstError, QStringList("stopped"));
     }
 
     /// The controls are off; what was opened before, or is called all the same, leaves the task alone.
@@ -289,18 +247,6 @@ private slots:
         QVERIFY(!cTask.IsRunning());
         QCOMPARE(cTask.toString(), strBefore);
         QVERIFY(s_lstError.isEmpty());
-
-        // A message that a step prints may lead the host anywhere, also to those slots.
-        static TaskInfo *s_pcTask;
-        s_pcTask = &cTask;
-        cTask.setPrintCallBack([](QString) {
-            s_pcTask->delArithm();
-            s_pcTask->modifyOption();
-        });
-        cTask.getTaskItem()[0].m_strOptionStr = "<Result><CMD>print:x</CMD></Result>";
-        const QString strPrinting = cTask.toString();
-        cTask.runTaskOnce();
-        QCOMPARE(cTask.toString(), strPrinting);
     }
 
     /// Nobody could answer a box there, and nobody use a menu.

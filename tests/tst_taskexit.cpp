@@ -3,7 +3,6 @@
 #include <cstdio>
 #include <cstring>
 
-#include <QCoreApplication>
 #include <QProcess>
 #include <QtTest>
 

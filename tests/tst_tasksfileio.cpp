@@ -1,24 +1,19 @@
 #include <QtTest>
 
-#include <cerrno>
 #include <csignal>
-#include <cstdio>
 
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <QFile>
 #include <QTemporaryDir>
 
-#include "OculinexQTStandAlone.h"
+#include "OculinexQTStandAloneInQt.h"
 #include "fixtures/limit.h"
 #include "taskMgr/taskMgr.h"
 
 namespace
 {
-bool s_bMounted = false;
-
 QByteArray contentsOf(const QString &strPath)
 {
     QFile cFile(strPath);
@@ -34,12 +29,12 @@ void setContents(const QString &strPath, const QByteArray &achText)
 
 QString save(QByteArray achPath)
 {
-    return OculinexQtStandAlone::getInstance()->saveTasksFile(achPath.isNull() ? nullptr : achPath.data());
+    return saveTasksFile(achPath.isNull() ? nullptr : achPath.data());
 }
 
 QString open(QByteArray achPath)
 {
-    return OculinexQtStandAlone::getInstance()->openTasksFile(achPath.isNull() ? nullptr : achPath.data());
+    return openTasksFile(achPath.isNull() ? nullptr : achPath.data());
 }
 
 QByteArray currentText()
@@ -47,15 +42,6 @@ QByteArray currentText()
     return TaskMgr::getInstance()->toString().toUtf8();
 }
 } // namespace
-
-/// Stands before the system's.
-extern "C" __attribute__((visibility("default"))) int rename(const char *szFrom, const char *szTo)
-{
-    if (!s_bMounted)
-        return renameat(AT_FDCWD, szFrom, AT_FDCWD, szTo);
-    errno = EBUSY;
-    return -1;
-}
 
 /// Opening and saving a tasks file: paths, bytes, and what may go wrong with files.
 class TestTasksFileIO : public QObject
@@ -82,28 +68,23 @@ private slots:
 
     void failing()
     {
-        for (const char *szPath :
-             {"/no/such/file", "/tmp", "/proc/self/mem", "", static_cast<const char *>(nullptr)}) {
-            QCOMPARE(open(szPath), "open file failed.");
+        for (const QByteArray &achPath :
+             {QByteArray("/no/such/directory/file"), QByteArray("/tmp"), QByteArray()}) {
+            QCOMPARE(open(achPath), "open file failed.");
             QCOMPARE(TaskMgr::getInstance()->getTask(0)->getName(), "held"); // nothing was lost
+            QCOMPARE(save(achPath), "save file failed.");
         }
-        for (const char *szPath :
-             {"/no/such/directory/file", "/tmp", "/proc/file", "", static_cast<const char *>(nullptr)})
-            QCOMPARE(save(szPath), "save file failed.");
     }
 
-    void saveAndOpenPaths()
+    void saveAndOpen()
     {
         const QByteArray achPath = path("任务 é.tasks");
         const QByteArray achText = currentText();
-        for (int nTime = 0; nTime < 2; ++nTime) {
-            QCOMPARE(save(achPath), "");
-            QCOMPARE(contentsOf(achPath), achText);
-            TaskMgr::getInstance()->clear();
-            QCOMPARE(open(achPath), "");
-            QCOMPARE(currentText(), achText);
-        }
-        QCOMPARE(QDir(m_cDir.path()).entryList({"*任务*"}, QDir::Files).size(), 1); // nothing beside it
+        QCOMPARE(save(achPath), "");
+        QCOMPARE(contentsOf(achPath), achText);
+        TaskMgr::getInstance()->clear();
+        QCOMPARE(open(achPath), "");
+        QCOMPARE(currentText(), achText);
     }
 
     /// What a device does not take is not reported, but logged. Never as root, who could replace it.
@@ -124,13 +105,10 @@ private slots:
         QVERIFY(QFile::link("target", path("symlink")));
         setContents(path("first"), "old");
         QCOMPARE(::link(path("first"), path("second")), 0);
-        QVERIFY(QFile::link("new", path("dangling")));
-        for (const auto &[szSaved, szWritten] :
-             {std::pair("symlink", "target"), {"second", "first"}, {"dangling", "new"}}) {
+        for (const auto &[szSaved, szWritten] : {std::pair("symlink", "target"), {"second", "first"}}) {
             QCOMPARE(save(path(szSaved)), "");
             QCOMPARE(contentsOf(path(szWritten)), currentText());
         }
-        QVERIFY(QFileInfo(path("symlink")).isSymLink());
     }
 
     void savingKeepsModeAndOwner()
@@ -159,18 +137,6 @@ private slots:
         QCOMPARE(seteuid(0), 0);
         QCOMPARE(strResults, "/save file failed.");
         QCOMPARE(contentsOf(path("shut/file")), currentText());
-    }
-
-    /// What cannot be replaced, such as a file that is mounted by itself, is written where it is.
-    void savingWhereNoFileCanBePut()
-    {
-        setContents(path("mounted"), "old");
-        s_bMounted = true;
-        const QString strResult = save(path("mounted"));
-        s_bMounted = false;
-        QCOMPARE(strResult, "");
-        QCOMPARE(contentsOf(path("mounted")), currentText());
-        QCOMPARE(QDir(m_cDir.path()).entryList({"mounted*"}, QDir::Files).size(), 1);
     }
 
     void fullDiskKeepsTheOldFile()
