@@ -1,11 +1,15 @@
 #ifndef TIDY_H
 #define TIDY_H
 
+#include <algorithm>
+
 #include <QAbstractButton>
 #include <QComboBox>
 #include <QDialog>
+#include <QFontDatabase>
 #include <QHeaderView>
 #include <QLabel>
+#include <QRawFont>
 #include <QSplitterHandle>
 #include <QTabBar>
 #include <QTest>
@@ -30,6 +34,17 @@ inline QString captions(const QWidget *pcWidget)
         for (int nSection = 0; nSection < pcHeader->count(); ++nSection)
             strText += pcHeader->model()->headerData(nSection, pcHeader->orientation()).toString();
     return strText;
+}
+
+inline bool hasGlyphs(const QFont &cFont, const QString &strText)
+{
+    const QRawFont cLatin = QRawFont::fromFont(cFont);
+    const QRawFont cHan = QRawFont::fromFont(cFont, QFontDatabase::SimplifiedChinese);
+    const QVector<uint> lstCharacter = strText.toUcs4();
+    return std::all_of(lstCharacter.begin(), lstCharacter.end(), [&](uint nCharacter) {
+        return QChar::isSpace(nCharacter) || cLatin.supportsCharacter(nCharacter) ||
+               cHan.supportsCharacter(nCharacter);
+    });
 }
 
 inline bool isCut(const QWidget *pcWidget)
@@ -99,6 +114,8 @@ inline QString fault(QWidget *pcWindow)
     for (const QWidget *pcWidget : pcWindow->findChildren<QWidget *>()) {
         if (pcWidget->visibleRegion().isEmpty() || pcWidget->window() != pcWindow)
             continue;
+        if (!hasGlyphs(pcWidget->font(), captions(pcWidget)))
+            return "glyphs are missing: " + name(pcWidget);
         // What the style puts there itself, such as the arrows of a bar of tools.
         const bool bInner =
             pcWidget->objectName().startsWith("qt_") || qobject_cast<const QSplitterHandle *>(pcWidget);

@@ -144,6 +144,8 @@ private slots:
                          qPrintable(QString::asprintf("type %d, %dx%d in %dx%d: ", nDrawing % 2, w, h,
                                                       cView.width(), cView.height()) +
                                     strSettings));
+                if (pcColour) // has exchanged red and blue in its copy
+                    QCOMPARE(QImage(pcColour->m_puchData, w, h, nStride, QImage::Format_RGB888), cShown);
             }
         }
         const Drawing::Gray8DrawingOpt cOpt(1, nullptr, 1, 1);

@@ -151,6 +151,10 @@ private slots:
         // One that says 1 x 1 of its first part, and 30000 x 30000 further on.
         row("large screen", QByteArray::fromBase64("R0lGODlhMHUwdYAAAAUEBAAAACwAAAAAAQABAAACAkQBADs="),
             QString("30000 x 30000 pixels are too many"));
+        row("largest picture in an icon",
+            QByteArray::fromBase64("AAABAAEAAQEAAAEAIAA5AAAAFgAAAIlQTkcNChoKAAAADUlIRFJ/////f////wEAAAAATlzF"
+                                   "FwAAAAxJREFUeJxjYGBgAAAABAAB9hc4VQ=="),
+            QString("2147483647 x 2147483647 pixels are too many"));
         row("reads a pipe",
             "<svg xmlns='http://www.w3.org/2000/svg' xmlns:xlink='http://www.w3.org/1999/xlink'>"
             "<image width='9' height='9' xlink:href='" +
