@@ -116,7 +116,6 @@ private slots:
 case          type    ID           made
 colour        RGB     1            0 1 名D
 grey          Gray8   7            1 7 名D
-16 bits       Gray16  4            2 4 名D
 lower case    rgb     4            -
 least ID      RGB     0            -
 )");

@@ -139,10 +139,6 @@ private slots:
             for (int nTime = 0; nTime < 2; ++nTime)
                 QCOMPARE(pcManager->toString(), strExample);
         }
-        // A position without a task is left out.
-        pcManager->addTask(nullptr, 77);
-        QCOMPARE(pcManager->toString(), lstExample.constLast().mid(6));
-
         // A source that can't be made is forgotten with the next save.
         QVERIFY(pcManager->getTask(0)->m_pcDS);
         pcManager->fromString(pcManager->toString().replace("<DSName>", "<DSName>no such "));
