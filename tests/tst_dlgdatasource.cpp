@@ -5,6 +5,7 @@
 #include <QtTest>
 
 #include <QListWidget>
+#include <QTableWidget>
 
 #include "DataSource/datasource.h"
 #include "DataSource/dlgdatasourceconfig.h"
@@ -188,12 +189,62 @@ private slots:
             s_fnCalled = nullptr;
             QCOMPARE(s_lstCall.filter("remove").size(), 1);
         }
+
+        // Nor does a click count in a dialog that goes.
+        s_lstCall.clear();
+        ArithmParamMgr cStore;
+        auto pcDialog = std::make_unique<DlgDataSource>(&DataSource::getInstance()->m_mapDataSourceInfo,
+                                                        &cStore, QString(), nullptr);
+        pcDialog->show();
+        use("假")(*pcDialog);
+        s_fnCalled = [&, &cDialog = *pcDialog](const QString &) {
+            s_fnCalled = nullptr;
+            for (const char *szButton : {"btnCancel", "btnSetting"})
+                DialogUser::click(cDialog, szButton);
+        };
+        pcDialog.reset();
+        QCOMPARE(s_lstCall.filter("remove").size(), 1);
     }
 
-    /// A task that is read anew stays until it has been read.
-    void taskGoesMeanwhile()
+    /// A host uses the task whose source goes, and removes the one that is read.
+    void hostGoesOnMeanwhile()
     {
         TaskMgr &cTasks = *TaskMgr::getInstance();
+        const QString strTask = "<=TaskInfo=><-DataSource-><DSName>假</DSName>"
+                                "</-DataSource-><-TaskItem->x</-TaskItem-></=TaskInfo=>";
+        cTasks.fromString(strTask);
+        TaskInfo *const pcTask = cTasks.getTask(0);
+        QTableWidget cTable(1, 3);
+        cTable.setItem(0, 0, new QTableWidgetItem);
+        pcTask->addTaskFlowListWidget(&cTable);
+        pcTask->connectEvents();
+        const DataSource::DataSourceInstance *const pcOld = pcTask->m_pcDS;
+        s_fnCalled = [&](const QString &strCall) {
+            if (strCall != "remove")
+                return;
+            QVERIFY(pcTask->m_pcDS != pcOld);
+            cTable.item(0, 0)->setText("typed");
+        };
+        DialogUser cUser({use("假"), DialogUser::set("edtName=n"), OK});
+        pcTask->selectDataSource();
+
+        // Nothing is done any more with a task that goes.
+        s_lstCall.clear();
+        s_fnCalled = [&](const QString &) {
+            s_fnCalled = nullptr;
+            cTable.selectRow(0);
+            cTable.item(0, 0)->setText("typed");
+            pcTask->startTask();
+            pcTask->runTaskOnce();
+            pcTask->runHere();
+            pcTask->modifyOption();
+            pcTask->delArithm();
+            pcTask->selectDataSource();
+        };
+        cTasks.clear();
+        QCOMPARE(s_lstCall, QStringList("remove"));
+
+        // One that is read anew stays until it has been read.
         cTasks.addTask(new TaskInfo(QString(), nullptr), 0);
         const QPointer<TaskInfo> pcRead = cTasks.getTask(0);
         bool bStayed = false;

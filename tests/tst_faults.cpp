@@ -15,8 +15,10 @@
 #include "Drawing/drawing.h"
 #include "MemoryDisk/memorydisk.h"
 #include "OculinexQTStandAloneInQt.h"
+#include "arithmMgr/arithmregister.h"
 #include "arithmparammgr.h"
 #include "fixtures/madethreads.h"
+#include "fixtures/neighbourhood.h"
 #include "globalfunction.h"
 #include "taskMgr/taskMgr.h"
 
@@ -160,6 +162,7 @@ private slots:
     {
         QFETCH(bool, bThread);
         const Outcome &cGood = m_acGood[bThread];
+        int nRuns = 0;
         int nErrors = 0;
         int nSkipped = 0; // pictures
         const auto fnCheck = [&](const QByteArray &achWhich) {
@@ -172,6 +175,7 @@ private slots:
                 QVERIFY2(strFile == "view.png" ? !QImage::fromData(achFile).isNull()
                                                : achFile == cGood.m_mapFiles.at(strFile),
                          achWhich + " breaks " + strFile.toUtf8());
+            ++nRuns;
             nErrors += !cFaulty.m_lstErrors.isEmpty();
             nSkipped += cFaulty.m_lstErrors.isEmpty() && !(cFaulty == cGood);
             // The same task runs again as if nothing had been.
@@ -183,9 +187,11 @@ private slots:
                 QCOMPARE(MemoryDisk::getInstance(nDisk)->getGray8IdleNum(), MemoryDisk::DISK_NUM);
             }
         };
-        failEach(
+        const int nFailed = failEach(
             {0, 4}, [&] { prepare(bThread); }, [&] { run(bThread); }, fnCheck);
         QVERIFY(nErrors > 50 && nSkipped > 3);
+        qInfo("%d allocations, %d runs: %d ended with an error text, %d skipped a picture, %d went on",
+              nFailed, nRuns, nErrors, nSkipped, nRuns - nErrors - nSkipped);
     }
 
     /// Opening gives the new tasks or, with a text, the old ones or none; what is saved is always whole.
@@ -216,6 +222,35 @@ private slots:
             QVERIFY2(*szOpened == '\0' && *szSaved == '\0' && tasksText() == achNew, achWhich);
         });
         QVERIFY(nFailed > 70);
+        qInfo("%d allocations", nFailed);
+    }
+
+    /// Each is made whole or not at all, and then by the next who asks.
+    void registries()
+    {
+        const auto fnNames = [] {
+            QStringList lstNames(DataSource::getInstance()->m_mapDataSourceInfo.keys());
+            for (const ArithmFactory::ArithmInfo &cInfo : *ArithmFactory::getInstance()->getArithms())
+                lstNames += {cInfo.m_strClass, cInfo.m_strName, cInfo.m_pcArithm->getID()};
+            return lstNames;
+        };
+        const QStringList lstWhole = fnNames();
+        const auto fnMake = [] {
+            try {
+                DataSource::getInstance();
+                ArithmFactory::getInstance();
+            } catch (const std::bad_alloc &) { // NOLINT(bugprone-empty-catch): one of the two outcomes
+            }
+        };
+        const auto fnForget = [] {
+            forget(DataSource::s_pcThis);
+            forget(ArithmFactory::s_pcAF);
+        };
+        const int nFailed = failEach({0, 4, INT_MAX}, fnForget, fnMake, [&](const QByteArray &achWhich) {
+            QVERIFY2(fnNames() == lstWhole, achWhich);
+        });
+        QVERIFY(nFailed > 100);
+        qInfo("%d allocations", nFailed);
     }
 
     /// No exception of the library meets a host that asks for little.

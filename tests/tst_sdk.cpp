@@ -62,6 +62,15 @@ private:
     unsigned char m_achPixels[800];
 };
 
+/// Whether a table with that tag can't be built.
+constexpr bool isReserved(const char *szTag, bool bSource)
+{
+    const Plugin::Setting acSetting[] = {Plugin::Integer("Size", {}, 1), Plugin::Integer(szTag, {}, 1)};
+    return Plugin::usesReservedTag(acSetting, 2, bSource);
+}
+static_assert(isReserved("outputname", false) && isReserved("OutputID", true) &&
+              !isReserved("OutputID", false));
+
 constexpr auto &isText = Plugin::hasProperText;
 static_assert(isText(Plugin::Text("T", {}, "a<b")) && !isText(Plugin::Text("T", {}, "a<b>")) &&
               !isText(Plugin::Command("C", {}, "jump:3")) && !isText(Plugin::Colour("C", {}, "#ff80ag")) &&
@@ -108,6 +117,9 @@ private slots:
         QCOMPARE(int(cStore.getParamDIB(2)->getDIB()[23]), 15);
         QCOMPARE(cStore.getParamPoints(3)->getName(), QString("Ecken"));
         QCOMPARE(cStore.getParamPoints(3)->getPointNum(), 1);
+        const unsigned char *puchPixels = cStore.getParamDIB(2)->getDIB();
+        runProbe(cStore, strConfig);
+        QVERIFY(cStore.getParamDIB(2)->getDIB() == puchPixels); // no new buffer for a picture of that size
 
         cStore.getParamGray8(1)->resize(2, 2);
         QCOMPARE(runProbe(cStore, IDS + "<InputType>Gray16</InputType>"),
