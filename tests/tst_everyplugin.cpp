@@ -1,11 +1,10 @@
-// What holds for every plug-in: its README explains its settings, its window gives back what it got, and
-// nothing that it is given makes it crash, hang or speak of its insides.
+// What holds for every plug-in: its window gives back what it got, and nothing that it is given makes it
+// crash, hang or speak of its insides.
 
 #include <algorithm>
 #include <functional>
 
 #include <QDir>
-#include <QFile>
 #include <QHash>
 #include <QMap>
 #include <QRegularExpression>
@@ -52,14 +51,12 @@ QList<PluginTable> dataSources()
     return lstTable;
 }
 
-QString tagged(const QString &strTag, const QString &strValue)
-{
-    return QStringLiteral("<%1>%2</%1>").arg(strTag, strValue);
-}
-
 QString config(const PluginTable &cTable, const Values &hashValue)
 {
     QString strConfig;
+    const auto fnAdd = [&](const QString &strTag, const QString &strInitial) {
+        strConfig += QStringLiteral("<%1>%2</%1>").arg(strTag, hashValue.value(strTag, strInitial));
+    };
     for (const PluginSetting &cSetting : cTable.m_lstSetting) {
         const QString strInitial = cSetting.isInput()                           ? QStringLiteral("1")
                                    : cSetting.isOutput()                        ? QStringLiteral("2")
@@ -68,9 +65,9 @@ QString config(const PluginTable &cTable, const Values &hashValue)
                                    : cSetting.m_strFilter.contains(QLatin1String("png"))
                                        ? OCULINEX_SOURCE_DIR "/plugins/baseArithm/TemplateMatch/lamp.png"
                                        : cSetting.m_strInitial;
-        strConfig += tagged(cSetting.m_strTag, hashValue.value(cSetting.m_strTag, strInitial));
+        fnAdd(cSetting.m_strTag, strInitial);
         if (cSetting.isInput() && hashValue.contains(cSetting.m_strTypeTag))
-            strConfig += tagged(cSetting.m_strTypeTag, hashValue[cSetting.m_strTypeTag]);
+            fnAdd(cSetting.m_strTypeTag, {});
     }
     return strConfig;
 }
@@ -98,9 +95,7 @@ std::unique_ptr<ArithmParamMgr> filledStore(const cv::Mat &cGrey)
     pcStore->getParamPolys(1)->setPolys({{{{1, 1}, {9, 1}, {9, 9}}}});
     pcStore->getParamAreas(1)->setAreas({{4, {1, 2, 1, 2}, 1, 1}});
     pcStore->getParamStrings(1)->setStrings({"24 coins"});
-    pcStore->getParamLongs(1)->addLong(24);
     pcStore->getParamDoubles(1)->addDouble(2.5);
-    pcStore->getParamBools(1)->addBool(true);
     return pcStore;
 }
 
@@ -197,15 +192,6 @@ QStringList nonsense(const PluginSetting &cSetting)
     return lstValue;
 }
 
-/// The tags that a README's table explains.
-QStringList explained(const QString &strReadme)
-{
-    QStringList lstTag;
-    for (const QString &strLine : strReadme.split('\n'))
-        if (strLine.startsWith("| ") && !strLine.startsWith("| setting") && strLine.count(" | ") >= 3)
-            lstTag += strLine.mid(2).section(" | ", 0, 0).split(", ");
-    return lstTag;
-}
 } // namespace
 
 class TestEveryPlugin : public QObject
@@ -213,32 +199,6 @@ class TestEveryPlugin : public QObject
     Q_OBJECT
 
 private slots:
-    void readme_data() { rows(algorithms() + dataSources()); }
-    void readme()
-    {
-        QFETCH(PluginTable, cTable);
-        const QString strID = cTable.m_strID;
-        QVERIFY(!cTable.m_cHelp.m_strChinese.isEmpty() && !cTable.m_cHelp.m_strEnglish.isEmpty());
-        const bool bAlgorithm = ArithmFactory::getInstance()->getArithm(strID);
-        const QString strName = strID.mid(bAlgorithm ? strlen("OCX_") : 0).remove(' ');
-        QFile cFile(QStringLiteral(OCULINEX_SOURCE_DIR "/plugins/") +
-                    (bAlgorithm ? "baseArithm/" : "DataSource/") + strName + "/README.md");
-        QVERIFY2(cFile.open(QIODevice::ReadOnly), qPrintable(cFile.fileName()));
-        const QString strReadme = cFile.readAll();
-        QVERIFY(!bAlgorithm ||
-                strReadme.contains("ID `" + strID + "`, " + cTable.m_strClass + " / " + cTable.m_strName));
-        QStringList lstTag = explained(strReadme);
-        for (const PluginSetting &cSetting : cTable.m_lstSetting) {
-            QVERIFY2(lstTag.removeOne(cSetting.m_strTag), qPrintable(cSetting.m_strTag));
-            lstTag.removeOne(cSetting.m_strTypeTag);
-            if (cSetting.isOutput())
-                QVERIFY(lstTag.removeOne(cSetting.m_strPrefix + "Name") &&
-                        lstTag.removeOne(cSetting.m_strPrefix + "Describe"));
-            QVERIFY(!cSetting.m_cCaption.m_strChinese.isEmpty());
-        }
-        QCOMPARE(lstTag, QStringList());
-    }
-
     void window_data() { rows(algorithms() + dataSources()); }
 
     /// On a store with real results.
