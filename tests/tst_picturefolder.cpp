@@ -48,8 +48,6 @@ private slots:
                 QVERIFY(same(bGrey ? header(m_pcStore->getParamGray8(1)) : header(m_pcStore->getParamDIB(1)),
                              cExpected));
             }
-            QVERIFY(!m_pcSource->execute());
-            QCOMPARE(m_pcSource->getLastError(), QString());
         }
     }
 
@@ -110,10 +108,6 @@ private slots:
         open(m_pcDir->path(), "<Loop>1</Loop>");
         QCOMPARE(play(2), "1 5");
         QCOMPARE(m_pcSource->getLastError(), path("4.png") + ": It cannot be decoded.");
-
-        write("4.png", 4);
-        QCOMPARE(play(3), "1 4 5"); // the others are not told of again
-        QCOMPARE(m_pcSource->getLastError(), path("3.jpg") + ": It is empty.");
     }
 
     void survivesAVanishedFolder()
@@ -125,8 +119,6 @@ private slots:
         QCOMPARE(m_pcSource->getLastError(), strFolder + " does not exist.");
 
         QVERIFY(QDir().mkdir(strFolder));
-        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("no pictures at .*in"));
-        QCOMPARE(play(1), "0");
         write("in/1.png", 1);
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression("in has pictures again"));
         QCOMPARE(play(2), "1 1");
