@@ -28,11 +28,11 @@ inline QString cleanUp(const QString &strConfig)
     return step(strConfig, 999999999);
 }
 
-inline QString source(const QString &strConfig, const QString &strKind = "Probe", const QString &strID = "1")
+inline QString source(const QString &strConfig, const QString &strKind = "Probe")
 {
-    return QString("<-DataSource->\n<DSName>%1</DSName><OutputType>RGB</OutputType><OutputID>%2</OutputID>"
-                   "<Config>%3</Config>\n</-DataSource->\n")
-        .arg(strKind, strID, strConfig);
+    return QString("<-DataSource->\n<DSName>%1</DSName><OutputType>RGB</OutputType><OutputID>1</OutputID>"
+                   "<Config>%2</Config>\n</-DataSource->\n")
+        .arg(strKind, strConfig);
 }
 
 inline QString task(const QString &strName, const QString &strContent)
@@ -101,15 +101,6 @@ public:
         return {cTool.exitStatus() == QProcess::NormalExit ? cTool.exitCode() : -1,
                 QString::fromUtf8(cTool.readAllStandardOutput()),
                 QString::fromUtf8(cTool.readAllStandardError())};
-    }
-
-    /// What the tool has printed once a text has come so often, or the tool has ended.
-    static QString readUntil(QProcess &cTool, const char *szText, int nTimes)
-    {
-        QByteArray achOut;
-        while (achOut.count(szText) < nTimes && cTool.waitForReadyRead(TIMEOUT_MS))
-            achOut += cTool.readAllStandardOutput();
-        return QString::fromUtf8(achOut);
     }
 
     static void stop(const QProcess &cTool, int nSignal)
