@@ -44,11 +44,6 @@ QImage picture(int nPicture, bool bMarked)
     return cImage;
 }
 
-/// What the summary says of the first view.
-QJsonObject firstView(const QString &strOut)
-{
-    return objects(strOut).last()["views"].toArray().at(0).toObject();
-}
 } // namespace
 
 class TestOculinexRunViews : public QObject, private OculinexRun
@@ -77,11 +72,9 @@ private slots:
         // The reader finds the queue empty in the midst of each run, and once the run is over.
         const QString strTasks =
             task("overlay later", view(0) + strSource + DRAW_PICTURE + PAUSE + drawMask() + PAUSE) +
-            task("picture again", view(1) + strSource + drawMask() + PAUSE + DRAW_PICTURE) +
-            // This one, which draws all the time, does not disturb.
-            task("c", view(2) + source("<Pictures>40</Pictures><Wait>10</Wait>") + DRAW_PICTURE + drawMask());
-        const Outcome cOutcome = run(
-            out("0=4x3") + QStringList{"--view=1=4x3", "--view=2=6x5", "--until-idle=1.2", file(strTasks)});
+            task("picture again", view(1) + strSource + drawMask() + PAUSE + DRAW_PICTURE);
+        const Outcome cOutcome =
+            run(out("0=4x3") + QStringList{"--view=1=4x3", "--until-idle=1.2", file(strTasks)});
         QCOMPARE(cOutcome.m_strErr, QString());
         QCOMPARE(cOutcome.m_nExitCode, 0);
 
@@ -92,11 +85,6 @@ private slots:
                 QCOMPARE(written(QString("%1%2.png").arg(strView).arg(nPicture + 1)),
                          picture(nPicture, nView == 0));
         }
-        QCOMPARE(written("view2-000001.png").size(), QSize(6, 5));
-
-        const QJsonObject cView = firstView(cOutcome.m_strOut);
-        QCOMPARE(cView["written"].toInt(), 3);
-        QCOMPARE(cView["last"].toString(), m_strOut + "/view0-000003.png");
     }
 
     void neverHalfAnUpdate()
@@ -149,7 +137,7 @@ private slots:
         const Outcome cOutcome = end(cTool);
         QCOMPARE(cOutcome.m_nExitCode, 0);
         QVERIFY(fnHasGap());
-        const QJsonObject cView = firstView(cOutcome.m_strOut);
+        const QJsonObject cView = objects(cOutcome.m_strOut).last()["views"].toArray().at(0).toObject();
         QCOMPARE(cView["written"].toInt(), files().size());
         QCOMPARE(cView["written"].toInt() + cView["dropped"].toInt(), cView["updates"].toInt());
         // The newest always comes through.
