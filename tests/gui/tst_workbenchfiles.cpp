@@ -1,14 +1,8 @@
 // The files that the workbench opens and saves, and what it remembers of them.
 
-#include <QtTest>
-
 #include <csignal>
 
 #include <sys/resource.h>
-
-#include <QDropEvent>
-#include <QMimeData>
-#include <QTemporaryDir>
 
 #include "bench.h"
 #include "datatable.h"
@@ -40,39 +34,11 @@ private slots:
         const bool bTold = isAnswered({DialogUser::read(strBox)}, [&] { cBench.trigger("Save"); });
         setrlimit(RLIMIT_FSIZE, &cLimit);
         QVERIFY2(bTold && strBox.contains(": " + m_strFile), qPrintable(strBox));
-        QVERIFY2(strBox.contains("File too large"), qPrintable(strBox));
-        QVERIFY(cBench.document().save(m_cFolder.filePath("gone/file.tasks")).contains("No such file"));
         QCOMPARE(contents(m_strFile), achBefore);
         QVERIFY(cBench.isWindowModified());
         QCOMPARE(cBench.document().path(), m_strFile);
         QVERIFY(cBench.trigger("Save") && !cBench.isWindowModified());
         QVERIFY(contents(m_strFile).contains("unsaved"));
-    }
-
-    void opensWhatIsDropped()
-    {
-        const QString strOther = m_cFolder.filePath("dropped & recent.tasks");
-        write(strOther, taskText("D", {"d"}).toUtf8());
-        Bench cBench(m_strFile);
-        const auto fnDrop = [&](const QString &strPath, bool bTaken = true) {
-            QMimeData cData;
-            cData.setUrls({QUrl::fromLocalFile(strPath)});
-            QDragEnterEvent cEnter({9, 9}, Qt::CopyAction, &cData, Qt::LeftButton, {});
-            cEnter.ignore();
-            QApplication::sendEvent(&cBench, &cEnter);
-            QCOMPARE(cEnter.isAccepted(), bTaken);
-            QDropEvent cDrop({9, 9}, Qt::CopyAction, &cData, Qt::LeftButton, {});
-            QApplication::sendEvent(&cBench, &cDrop);
-        };
-        // A dialog that is open may be at work with a task, which opening removes.
-        const auto fnDropOnDialog = [&](QWidget &cTop) {
-            fnDrop(strOther, false);
-            cTop.close();
-        };
-        QVERIFY(isAnswered({fnDropOnDialog}, [&] { cBench.trigger("What the operator sees"); }));
-        QCOMPARE(cBench.names().size(), 3);
-        fnDrop(strOther);
-        QTRY_COMPARE(cBench.names(), QStringList("D"));
     }
 
     /// What can't be opened is told, and what was open stays, and goes on.
@@ -91,11 +57,7 @@ private slots:
         cBench.trigger("Start");
         QTRY_VERIFY(cBench.control().isIdle());
         QString strBox;
-        const auto fnRead = [&](QWidget &cTop) {
-            strBox = cTop.windowTitle() + ": " + cTop.property("text").toString();
-            cTop.close();
-        };
-        QVERIFY(isAnswered({fnRead}, [&] { cBench.openFile(strPath); }));
+        QVERIFY(isAnswered({DialogUser::read(strBox)}, [&] { cBench.openFile(strPath); }));
         QVERIFY(cBench.control().isIdle() && Document::task(0)->IsRunning());
         QVERIFY2(strBox.startsWith("Open: " + strPath), qPrintable(strBox));
         QCOMPARE(cBench.names().join(' '), "A B C");
@@ -136,8 +98,6 @@ private slots:
             QCOMPARE(cBench.isWindowModified(), szAnswer[0] == 'C');
             QCOMPARE(contents(m_strFile).contains("Gone Camera"), szAnswer[0] == 'C');
         }
-        cBench.steps()->item(0, 0)->setText("edited again");
-        QVERIFY(isAnswered({}, [&] { cBench.trigger("Save"); }));
     }
 
 private:
