@@ -1,10 +1,6 @@
 // The workbench's window answers at any time, and leaves nothing behind when it is closed.
 
-#include <QtTest>
-
 #include <QDir>
-#include <QPushButton>
-#include <QTemporaryDir>
 
 #include <sys/syscall.h>
 #include <unistd.h>
