@@ -97,32 +97,24 @@ public:
     QTableWidget *tasks() { return findChild<QTableWidget *>("tasks"); }
     FlowPage *page() { return findChild<FlowPane *>()->page(); }
     QTableWidget *steps() { return page()->steps().table(); }
-    QString name(int nTask) { return tasks()->item(nTask, 0)->text(); }
-    QStringList names()
+    static QStringList firstColumn(const QTableWidget &cTable)
     {
-        QStringList lstName;
-        for (int nTask = 0; nTask < tasks()->rowCount(); ++nTask)
-            lstName.append(name(nTask));
-        return lstName;
+        QStringList lstText;
+        for (int nRow = 0; nRow < cTable.rowCount(); ++nRow)
+            lstText.append(cTable.item(nRow, 0)->text());
+        return lstText;
     }
-    QString stepNames()
-    {
-        QStringList lstName;
-        for (int nStep = 0; nStep < steps()->rowCount(); ++nStep)
-            lstName.append(steps()->item(nStep, 0)->text());
-        return lstName.join(' ');
-    }
+    QStringList names() { return firstColumn(*tasks()); }
+    QString stepNames() { return firstColumn(*steps()).join(' '); }
     void select(int nTask) { tasks()->setCurrentCell(nTask, 0); }
 
     QAction *action(const QString &strText)
     {
-        // "Undo" is followed by what it undoes.
-        for (const QString &strRest : {QStringLiteral("…?"), QStringLiteral(" .*")})
-            for (QAction *pcAction : findChildren<QAction *>())
-                if (QRegularExpression('^' + strText + strRest + '$')
-                        .match(pcAction->text().remove('&'))
-                        .hasMatch())
-                    return pcAction;
+        // "Undo" and "Redo" are followed by what they do.
+        const QRegularExpression cText('^' + strText + (strText.endsWith("do") ? "( .*)?$" : "…?$"));
+        for (QAction *pcAction : findChildren<QAction *>())
+            if (cText.match(pcAction->text().remove('&')).hasMatch())
+                return pcAction;
         qFatal("there is no action %s", qUtf8Printable(strText));
     }
     bool trigger(const QString &strText)
