@@ -18,6 +18,7 @@
 namespace Stamp
 {
 constexpr int LEVELS = 250;
+inline char s_chEmpty = 0; ///< the result of each step
 
 /// Config: "width,height".
 inline char *stamp(char *pchConfig, ArithmParamMgr *pcStore)
@@ -33,28 +34,25 @@ inline char *stamp(char *pchConfig, ArithmParamMgr *pcStore)
     const int nLevel = 1 + s_nRun++ % LEVELS;
     const size_t nHalf = static_cast<size_t>(nWidth) / 2;
     const size_t nRow = static_cast<size_t>((nWidth + 1) * 3 & ~3);
+    // The other halves are as they were made: 0.
     for (size_t nY = 0; nY < static_cast<size_t>(nHeight); ++nY) {
         memset(cColour.getDIB() + nY * nRow, nLevel, nHalf * 3);
-        memset(cColour.getDIB() + nY * nRow + nHalf * 3, 0, nRow - nHalf * 3);
-        memset(cGrey.getGray8() + nY * static_cast<size_t>(nWidth), 0, nHalf);
         memset(cGrey.getGray8() + nY * static_cast<size_t>(nWidth) + nHalf, nLevel,
                static_cast<size_t>(nWidth) - nHalf);
     }
-    static char s_chEmpty = 0;
     return &s_chEmpty;
 }
 
 inline char *sleep(char *pchConfig, ArithmParamMgr *)
 {
     std::this_thread::sleep_for(std::chrono::milliseconds(atoi(pchConfig)));
-    static char s_chEmpty = 0;
     return &s_chEmpty;
 }
 
 /// Steps that stamp pictures of that size, draw one, wait, draw the other, and wait again.
 inline QList<TaskItem> steps(const QSize &cSize, int nBetweenMs, int nAfterMs)
 {
-    static const bool s_bRegistered = [] {
+    [[maybe_unused]] static const bool s_bRegistered = [] {
         auto *pcArithms = ArithmFactory::getInstance()->getArithms();
         pcArithms->append({"测试", "stamp",
                            new Arithm(
@@ -64,7 +62,6 @@ inline QList<TaskItem> steps(const QSize &cSize, int nBetweenMs, int nAfterMs)
                                false, [] { return "sleep"; }, nullptr, sleep)});
         return true;
     }();
-    Q_UNUSED(s_bRegistered)
     const QString strColour =
         "<DataType>0</DataType><DataID>1</DataID><Config><Scale>3</Scale><Pos>0</Pos></Config>";
     const QString strGrey =
