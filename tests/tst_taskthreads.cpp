@@ -240,10 +240,10 @@ source ends the thread         a|bad, last                        start a stop  
         Fake::Task cTask("a|bad");
         cWidgets.attach(cTask);
         std::atomic<bool> bTold{false};
-        std::thread cStarter([&] {
-            MadeThreads::s_fnMade = [&] { Fake::spinUntil([&] { return bTold.load(); }); };
-            cTask.startTask();
-        });
+        MadeThreads::s_fnMade = [&, cGui = std::this_thread::get_id()] {
+            Fake::spinUntil([&] { return bTold || std::this_thread::get_id() == cGui; });
+        };
+        std::thread cStarter([&] { cTask.startTask(); });
         bTold = QTest::qWaitFor([&] { return Fake::hasTraced("stop") && !Fake::s_lstErrors.isEmpty(); });
         cStarter.join();
         MadeThreads::s_fnMade = nullptr;
