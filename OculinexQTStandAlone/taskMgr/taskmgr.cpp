@@ -122,8 +122,8 @@ TaskInfo::~TaskInfo()
 {
     stopForDestruction(this);
     disconnectEvents();
-    if (m_pcMenu && !TaskRecord::of(this)->m_bMenuHeld)
-        m_pcMenu->deleteLater();
+    if (m_pcMenu && !TaskRecord::of(this)->m_bMenuHeld) // else it goes when its action is done
+        m_pcMenu->deleteLater();                        // Qt may be in the midst of showing it
     delete m_pcDS;
     Drawing::disarm(m_pcAPM);
     ArithmParamMgr::deleteInstance(m_pcAPM);
